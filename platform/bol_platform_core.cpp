@@ -1,0 +1,281 @@
+/*
+ * Platform services that hold no state: the doubly linked list, address
+ * text, byte comparison and the bounds-checked memory and formatting
+ * functions. Shared by the default platform and the test platform.
+ */
+#include <stdarg.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "bol_platform.h"
+
+namespace {
+
+bool Overlaps(const void *pvA, const void *pvB, size_t count)
+{
+    uintptr_t a = reinterpret_cast<uintptr_t>(pvA);
+    uintptr_t b = reinterpret_cast<uintptr_t>(pvB);
+    return (a < b) ? (b - a < count) : (a - b < count);
+}
+
+/* Formats into dest (destMax bytes, destMax > 0); returns the length the
+ * whole text has, or -1 for a format error. dest is always terminated. */
+int FormatInto(char *dest, size_t destMax, const char *format, va_list args)
+{
+    int iLen = vsnprintf(dest, destMax, format, args);
+    if (iLen < 0) {
+        dest[0] = '\0';
+    }
+    return iLen;
+}
+
+} /* namespace */
+
+extern "C" {
+
+/* ---- Doubly linked list ------------------------------------------------ */
+
+void DLL_Insert_In_Middle(BOL_SRPOLICY_LIST_HEAD_S *pstList, BOL_SRPOLICY_LIST_NODE_S *pstPrev,
+                          BOL_SRPOLICY_LIST_NODE_S *pstNew, BOL_SRPOLICY_LIST_NODE_S *pstNext)
+{
+    pstNew->pstPrev = pstPrev;
+    pstNew->pstNext = pstNext;
+    pstPrev->pstNext = pstNew;
+    pstNext->pstPrev = pstNew;
+    pstList->ulCount++;
+}
+
+void DLL_Delete(BOL_SRPOLICY_LIST_HEAD_S *pstList, BOL_SRPOLICY_LIST_NODE_S *pstNode)
+{
+    pstNode->pstPrev->pstNext = pstNode->pstNext;
+    pstNode->pstNext->pstPrev = pstNode->pstPrev;
+    pstNode->pstNext = nullptr;
+    pstNode->pstPrev = nullptr;
+    pstList->ulCount--;
+}
+
+/* ---- Address text and byte comparison ---------------------------------- */
+
+char *KEO_IpAddrToStr(uint32_t ulAddr, char *pcBuf)
+{
+    if (pcBuf == nullptr) {
+        return nullptr;
+    }
+    (void)snprintf(pcBuf, 16, "%u.%u.%u.%u", (ulAddr >> 24) & 0xFFu, (ulAddr >> 16) & 0xFFu, (ulAddr >> 8) & 0xFFu,
+                   ulAddr & 0xFFu);
+    return pcBuf;
+}
+
+/* RFC 5952: lower-case hex without leading zeros; the longest run of two or
+ * more zero groups (the first of equal runs) becomes "::"; IPv4-mapped
+ * addresses end in dotted decimal. */
+uint32_t KEO_Inet_ntoa_b_ipv6(KEO_IN6ADDR_S stAddr, char *pcBuf)
+{
+    if (pcBuf == nullptr) {
+        return 1u;
+    }
+    const uint16_t *ausG = stAddr.ausGroup;
+    bool bMapped = ausG[0] == 0 && ausG[1] == 0 && ausG[2] == 0 && ausG[3] == 0 && ausG[4] == 0 && ausG[5] == 0xFFFFu;
+    int iGroups = bMapped ? 6 : 8;
+
+    int iBestStart = -1;
+    int iBestLen = 0;
+    for (int i = 0; i < iGroups;) {
+        if (ausG[i] != 0) {
+            i++;
+            continue;
+        }
+        int j = i;
+        while (j < iGroups && ausG[j] == 0) {
+            j++;
+        }
+        if (j - i > iBestLen) {
+            iBestStart = i;
+            iBestLen = j - i;
+        }
+        i = j;
+    }
+    if (iBestLen < 2) {
+        iBestStart = -1;
+    }
+
+    char *pc = pcBuf;
+    for (int i = 0; i < iGroups; i++) {
+        if (i == iBestStart) {
+            *pc++ = ':';
+            *pc++ = ':';
+            i += iBestLen - 1;
+            continue;
+        }
+        if (i != 0 && pc[-1] != ':') {
+            *pc++ = ':';
+        }
+        pc += snprintf(pc, 5, "%x", ausG[i]);
+    }
+    if (bMapped) {
+        if (pc[-1] != ':') {
+            *pc++ = ':';
+        }
+        pc += snprintf(pc, 16, "%u.%u.%u.%u", ausG[6] >> 8, ausG[6] & 0xFFu, ausG[7] >> 8, ausG[7] & 0xFFu);
+    }
+    *pc = '\0';
+    return 0u;
+}
+
+int32_t KEO_MemCmp(const void *pvA, const void *pvB, uint32_t ulLen)
+{
+    if (ulLen == 0u) {
+        return 0;
+    }
+    int iRet = memcmp(pvA, pvB, ulLen);
+    return (iRet < 0) ? -1 : ((iRet > 0) ? 1 : 0);
+}
+
+/* ---- Bounds-checked memory and formatting ------------------------------ */
+
+int memset_s(void *dest, size_t destMax, int c, size_t count)
+{
+    if (dest == nullptr) {
+        return BOL_SEC_EINVAL;
+    }
+    if (count > destMax) {
+        memset(dest, c, destMax);
+        return BOL_SEC_ERANGE;
+    }
+    memset(dest, c, count);
+    return 0;
+}
+
+int memcpy_s(void *dest, size_t destMax, const void *src, size_t count)
+{
+    if (dest == nullptr) {
+        return BOL_SEC_EINVAL;
+    }
+    int iRet = 0;
+    if (src == nullptr) {
+        iRet = BOL_SEC_EINVAL;
+    } else if (count > destMax) {
+        iRet = BOL_SEC_ERANGE;
+    } else if (count != 0u && Overlaps(dest, src, count)) {
+        iRet = BOL_SEC_EOVERLAP;
+    }
+    if (iRet != 0) {
+        memset(dest, 0, destMax);
+        return iRet;
+    }
+    if (count != 0u) {
+        memcpy(dest, src, count);
+    }
+    return 0;
+}
+
+int sprintf_s(char *dest, size_t destMax, const char *format, ...)
+{
+    if (dest == nullptr || destMax == 0u) {
+        return -1;
+    }
+    if (format == nullptr) {
+        dest[0] = '\0';
+        return -1;
+    }
+    va_list args;
+    va_start(args, format);
+    int iLen = FormatInto(dest, destMax, format, args);
+    va_end(args);
+    if (iLen < 0 || static_cast<size_t>(iLen) >= destMax) {
+        dest[0] = '\0';
+        return -1;
+    }
+    return iLen;
+}
+
+int snprintf_s(char *dest, size_t destMax, size_t count, const char *format, ...)
+{
+    if (dest == nullptr || destMax == 0u) {
+        return -1;
+    }
+    if (format == nullptr || count >= destMax) {
+        dest[0] = '\0';
+        return -1;
+    }
+    va_list args;
+    va_start(args, format);
+    int iLen = FormatInto(dest, count + 1u, format, args);
+    va_end(args);
+    if (iLen < 0) {
+        dest[0] = '\0';
+        return -1;
+    }
+    if (static_cast<size_t>(iLen) > count) {
+        return -1; /* cut to count characters */
+    }
+    return iLen;
+}
+
+int snprintf_truncated_s(char *dest, size_t destMax, const char *format, ...)
+{
+    if (dest == nullptr || destMax == 0u) {
+        return -1;
+    }
+    if (format == nullptr) {
+        dest[0] = '\0';
+        return -1;
+    }
+    va_list args;
+    va_start(args, format);
+    int iLen = FormatInto(dest, destMax, format, args);
+    va_end(args);
+    if (iLen < 0) {
+        return -1;
+    }
+    return (static_cast<size_t>(iLen) >= destMax) ? static_cast<int>(destMax - 1u) : iLen;
+}
+
+/* ---- Report texts ------------------------------------------------------ */
+
+/* A report value is a text when it is the address of readable memory that
+ * holds printable characters and a zero within 128 bytes. The bytes are
+ * fetched through a pipe so that an address that is only a number can never
+ * fault: the kernel refuses what is not mapped. */
+uint32_t BOL_PlatformProbeReportText(uintptr_t uvValue, char *pcText)
+{
+    const uintptr_t uvLowestAddress = 0x10000u;
+    const size_t ulTextMax = 128u;
+    if (pcText == nullptr || uvValue < uvLowestAddress) {
+        return 0u;
+    }
+    int aiPipe[2];
+    if (pipe(aiPipe) != 0) {
+        return 0u;
+    }
+    /* The raw system call: the bytes are only probed, so a memory checker's
+     * view of object bounds does not apply to them. */
+    ssize_t lPut = static_cast<ssize_t>(syscall(SYS_write, aiPipe[1], reinterpret_cast<const void *>(uvValue), ulTextMax));
+    ssize_t lGot = 0;
+    char acRaw[128];
+    if (lPut > 0) {
+        lGot = read(aiPipe[0], acRaw, static_cast<size_t>(lPut));
+    }
+    (void)close(aiPipe[0]);
+    (void)close(aiPipe[1]);
+
+    for (ssize_t i = 0; i < lGot; i++) {
+        if (acRaw[i] == '\0') {
+            if (i == 0) {
+                return 0u;
+            }
+            memcpy(pcText, acRaw, static_cast<size_t>(i) + 1u);
+            return 1u;
+        }
+        unsigned char uc = static_cast<unsigned char>(acRaw[i]);
+        if (uc < 0x20u || uc > 0x7Eu) {
+            return 0u;
+        }
+    }
+    return 0u;
+}
+
+} /* extern "C" */

@@ -1,0 +1,138 @@
+/*
+ * Default platform: memory modules backed by the system allocator with
+ * per-module counts of live blocks and bytes, and assertion reports on
+ * standard error as "module:line value" (a report text as text).
+ */
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <mutex>
+
+#include "bol_platform.h"
+
+namespace {
+
+/* Every block carries its module and size in front of it, aligned so that the
+ * caller's part keeps the allocator's alignment. */
+union BlockHeader {
+    struct {
+        uint32_t ulModule;
+        uint32_t ulSize;
+    } st;
+    max_align_t stAlign;
+};
+
+struct ModuleUsage {
+    uint32_t ulModule;
+    uint32_t ulBlocks;
+    uint32_t ulBytes;
+};
+
+const size_t kModuleSlots = 64u;
+
+struct Accounting {
+    std::mutex mtx;
+    ModuleUsage astUsage[kModuleSlots] = {};
+    uint32_t ulUsed = 0u;
+};
+
+Accounting &TheAccounting()
+{
+    static Accounting s_stAccounting;
+    return s_stAccounting;
+}
+
+/* The usage slot of a module, created on first use; null when all slots
+ * are taken (the block is then served but not counted). */
+ModuleUsage *UsageOf(Accounting &stAcc, uint32_t ulModule, bool bCreate)
+{
+    for (uint32_t i = 0; i < stAcc.ulUsed; i++) {
+        if (stAcc.astUsage[i].ulModule == ulModule) {
+            return &stAcc.astUsage[i];
+        }
+    }
+    if (!bCreate || stAcc.ulUsed == kModuleSlots) {
+        return nullptr;
+    }
+    ModuleUsage *pstUsage = &stAcc.astUsage[stAcc.ulUsed++];
+    pstUsage->ulModule = ulModule;
+    return pstUsage;
+}
+
+} /* namespace */
+
+extern "C" {
+
+void *ZUN_SimpleAlloc_F(uint32_t ulMemModuleId, uint32_t ulSize, const char *pcModule, uint32_t ulLine)
+{
+    (void)pcModule;
+    (void)ulLine;
+    size_t ulTotal = sizeof(BlockHeader) + static_cast<size_t>(ulSize);
+    if (ulSize == 0u || ulTotal < ulSize) {
+        return nullptr;
+    }
+    BlockHeader *pstHdr = static_cast<BlockHeader *>(malloc(ulTotal));
+    if (pstHdr == nullptr) {
+        return nullptr;
+    }
+    pstHdr->st.ulModule = ulMemModuleId;
+    pstHdr->st.ulSize = ulSize;
+
+    Accounting &stAcc = TheAccounting();
+    std::lock_guard<std::mutex> lock(stAcc.mtx);
+    ModuleUsage *pstUsage = UsageOf(stAcc, ulMemModuleId, true);
+    if (pstUsage != nullptr) {
+        pstUsage->ulBlocks++;
+        pstUsage->ulBytes += ulSize;
+    }
+    return pstHdr + 1;
+}
+
+uint32_t ZUN_Free_F(void *pvMem, const char *pcModule, uint32_t ulLine)
+{
+    (void)pcModule;
+    (void)ulLine;
+    if (pvMem == nullptr) {
+        return 1u;
+    }
+    BlockHeader *pstHdr = static_cast<BlockHeader *>(pvMem) - 1;
+    {
+        Accounting &stAcc = TheAccounting();
+        std::lock_guard<std::mutex> lock(stAcc.mtx);
+        ModuleUsage *pstUsage = UsageOf(stAcc, pstHdr->st.ulModule, false);
+        if (pstUsage != nullptr) {
+            pstUsage->ulBlocks--;
+            pstUsage->ulBytes -= pstHdr->st.ulSize;
+        }
+    }
+    free(pstHdr);
+    return 0u;
+}
+
+void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *pulBytes)
+{
+    Accounting &stAcc = TheAccounting();
+    std::lock_guard<std::mutex> lock(stAcc.mtx);
+    const ModuleUsage *pstUsage = UsageOf(stAcc, ulMemModuleId, false);
+    if (pulBlocks != nullptr) {
+        *pulBlocks = (pstUsage != nullptr) ? pstUsage->ulBlocks : 0u;
+    }
+    if (pulBytes != nullptr) {
+        *pulBytes = (pstUsage != nullptr) ? pstUsage->ulBytes : 0u;
+    }
+}
+
+void ZUN_Assert(const char *pcModule, uint32_t ulLine, uintptr_t uvValue)
+{
+    char acText[128];
+    const char *pcWho = (pcModule != nullptr) ? pcModule : "?";
+    if (BOL_PlatformProbeReportText(uvValue, acText) != 0u) {
+        (void)fprintf(stderr, "%s:%u %s\n", pcWho, ulLine, acText);
+    } else {
+        (void)fprintf(stderr, "%s:%u %#llx\n", pcWho, ulLine, static_cast<unsigned long long>(uvValue));
+    }
+}
+
+} /* extern "C" */

@@ -1,0 +1,466 @@
+/*
+ * Internal interface of the SR Policy plug-in: the decoded attribute record,
+ * the report helpers, and every exported function that the host reaches only
+ * through the handler tables.
+ */
+#ifndef BOL_SRPOLICY_PRIV_H
+#define BOL_SRPOLICY_PRIV_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "bol_platform.h"
+#include "bol_srpolicy.h"
+
+/* ======================================================================== */
+/* Reports                                                                   */
+/* ======================================================================== */
+
+/* Source module names used in assertion reports and allocation tags. */
+#define BOL_MOD_SRPOLICY "bol_srpolicy"
+#define BOL_MOD_ATTR "bol_srpolicy_attr"
+#define BOL_MOD_CMP "bol_srpolicy_cmp"
+#define BOL_MOD_FORMAT "bol_srpolicy_format"
+#define BOL_MOD_PARSE "bol_srpolicy_parse"
+#define BOL_MOD_PARSE_BINDSID "bol_srpolicy_parse_bindsid"
+
+/* Each source file defines BOL_THIS_MODULE before including this header. */
+#define BOL_REPORT(value) ZUN_Assert(BOL_THIS_MODULE, (uint32_t)__LINE__, (uintptr_t)(value))
+
+/* A null required pointer: report it and return ret. */
+#define BOL_CHECK_PTR(ptr, ret)                                   \
+    do {                                                          \
+        if ((ptr) == NULL) {                                      \
+            ZUN_Assert(BOL_THIS_MODULE, (uint32_t)__LINE__, 0u);  \
+            return ret;                                           \
+        }                                                         \
+    } while (0)
+
+/* Allocation from the instance's memory module, tagged with module and line. */
+#define BOL_ALLOC(pstInst, size) ZUN_SimpleAlloc_F((pstInst)->ulMemModuleId, (size), BOL_THIS_MODULE, __LINE__)
+#define BOL_FREE(pv) ((void)ZUN_Free_F((pv), BOL_THIS_MODULE, __LINE__))
+
+#define BOL_REPORT_TEXT_LEN 128u
+
+#ifdef __cplusplus
+/* Report a failed bounds-checked call as "<pcFmt>" with its code in a zeroed
+ * 128-byte text (at most 127 characters). pcFmt is "retCode:%d" or
+ * "secRetCode:%d". */
+namespace bol {
+void ReportCode(const char *pcModule, uint32_t ulLine, const char *pcFmt, int iCode);
+}
+#define BOL_REPORT_RET(code) bol::ReportCode(BOL_THIS_MODULE, (uint32_t)__LINE__, "retCode:%d", (code))
+#define BOL_REPORT_SEC(code) bol::ReportCode(BOL_THIS_MODULE, (uint32_t)__LINE__, "secRetCode:%d", (code))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ======================================================================== */
+/* Decoded Tunnel Encapsulation attribute                                    */
+/* ======================================================================== */
+
+#define BOL_SRPOLICY_NAME_MAX 255u
+
+/* One Segment List sub-TLV; its value bytes follow the fixed part. */
+typedef struct BOL_SRPOLICY_SEGLIST_NODE_S {
+    BOL_SRPOLICY_LIST_NODE_S stNode;
+    uint16_t usSegListLen;
+    uint8_t aucSegList[2]; /* usSegListLen bytes, allocated with the node */
+} BOL_SRPOLICY_SEGLIST_NODE_S;
+
+#define BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN offsetof(BOL_SRPOLICY_SEGLIST_NODE_S, aucSegList)
+
+/* One SRv6 Binding SID sub-TLV. */
+typedef struct BOL_SRPOLICY_SRV6_BSID_NODE_S {
+    BOL_SRPOLICY_LIST_NODE_S stNode;
+    uint8_t ucFlags;
+    uint32_t aulSid[4];
+    uint16_t usEndpointBehavior;
+    uint8_t ucLbLen;
+    uint8_t ucLnLen;
+    uint8_t ucFunLen;
+    uint8_t ucArgLen;
+} BOL_SRPOLICY_SRV6_BSID_NODE_S;
+
+struct BOL_SRPOLICY_TNLENCAP_ATTR_S {
+    uint8_t ucPrefExist;
+    uint8_t ucPrefFlags;
+    uint32_t ulPreference;
+    uint8_t ucBsidExist;
+    uint8_t ucBsidType; /* 0 none, 1 MPLS label, 2 SRv6 SID */
+    uint8_t ucBsidFlags;
+    uint8_t ucBsidValueExist;
+    uint32_t aulBsidValue[4];
+    uint8_t *pucPolicyName;
+    uint16_t usPolicyNameLen;
+    uint8_t ucPolicyNameValid;
+    uint8_t *pucCPathName;
+    uint16_t usCPathNameLen;
+    uint8_t ucCPathNameValid;
+    uint8_t ucCfgModuleIdExist;
+    uint8_t ucCfgModuleIdFlags;
+    uint32_t ulCfgModuleId;
+    uint8_t ucSliceIdExist;
+    uint8_t ucSliceIdFlags;
+    uint8_t ucSliceIdKind; /* 0x01 private, 0x02 standard, 0x04 route flag */
+    uint32_t ulStdSliceId;
+    uint32_t ulPrivSliceId;
+    BOL_SRPOLICY_LIST_HEAD_S *pstSegListHead;
+    BOL_SRPOLICY_LIST_HEAD_S stSRv6BsidList;
+    BOL_SRPOLICY_INSTANCE_S *pstInst;
+    uint16_t usRecvAttrLen;
+    uint8_t ucPolicyNameExist;
+    uint8_t ucCPathNameExist;
+    uint8_t *pucRealPrivAttr;
+    uint8_t *pucCurLenField;
+    uint16_t usRealPrivAttrLen;
+    uint8_t ucSubTlvLenWidth;
+    uint16_t usTunnelType;
+};
+
+#define BOL_SRPOLICY_SLICE_KIND_PRIV 0x01u
+#define BOL_SRPOLICY_SLICE_KIND_STD 0x02u
+#define BOL_SRPOLICY_SLICE_KIND_RTFLAG 0x04u
+
+/* Tunnel and sub-TLV type codes. */
+#define BOL_SRPOLICY_TUNNEL_TYPE 15u
+#define BOL_SRPOLICY_SUBTLV_PREF 12u
+#define BOL_SRPOLICY_SUBTLV_BSID 13u
+#define BOL_SRPOLICY_SUBTLV_SRV6_BSID 20u
+#define BOL_SRPOLICY_SUBTLV_STD_SLICE_ID 123u
+#define BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID 126u
+#define BOL_SRPOLICY_SUBTLV_CFG_MODULE_ID 127u
+#define BOL_SRPOLICY_SUBTLV_SEGLIST 128u
+#define BOL_SRPOLICY_SUBTLV_CPATH_NAME 129u
+#define BOL_SRPOLICY_SUBTLV_POLICY_NAME 130u
+
+/* Segment sub-TLV types inside a Segment List. */
+#define BOL_SRPOLICY_SEG_MPLS 1u
+#define BOL_SRPOLICY_SEG_SRV6 2u
+#define BOL_SRPOLICY_SEG_WEIGHT 9u
+#define BOL_SRPOLICY_SEG_TYPE13 13u
+#define BOL_SRPOLICY_SEG_BSID 33u
+#define BOL_SRPOLICY_SEG_PATH_MTU 220u
+
+/* ======================================================================== */
+/* Plug-in frame                                                             */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API void *BOL_SRPOLICY_Malloc(BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulSize);
+BOL_SRPOLICY_API void BOL_SRPOLICY_Free(void **ppvMem, BOL_SRPOLICY_INSTANCE_S *pstInst);
+
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetPktParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetPktFormatEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetAttrSetEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetBgpiMsgParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetBgpiMsgFormatEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetHaiMsgParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetHaiMsgFormatEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetAttrMsgParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetAttrMsgFormatEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetCfgParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetCfgFormatEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetDataCmpEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetData2StrEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetConstructSubsKeyEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(uint32_t ulType);
+BOL_SRPOLICY_API const BOL_SRPOLICY_PROC_ENTRY_S *BOL_SRPOLICY_GetOutputTnlEncapTlvEntry(uint32_t ulType);
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_Construct_CondRtSubsKey(void *pv1, void *pv2, void *pv3, void *pv4);
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputData(void **ppvOut, const BOL_PARSE_DESC_S *pstDesc,
+                                                  uint32_t ulMemModuleId);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalcOutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *pulLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputKey(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain,
+                                                 const BOL_PARSE_DESC_S *pstDesc, uint16_t *pusOffset);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputAttr(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain,
+                                                  const BOL_PARSE_DESC_S *pstDesc, uint16_t *pusOffset);
+
+/* ======================================================================== */
+/* SR Policy NLRI                                                            */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCtx, void **ppvOut,
+                                                   uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseMpUnNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCtx,
+                                                     void **ppvOut, uint32_t *pulMore,
+                                                     BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseBgpNlri(uint8_t **ppucCur, uint32_t ulNlriBytes, void **ppvOut,
+                                                    uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatMpNlri(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                    uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatMpUnNlri(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                      uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+
+/* ======================================================================== */
+/* Tunnel Encapsulation attribute codec                                      */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                           BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulAttrLen);
+BOL_SRPOLICY_API void BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                                   BOL_SRPOLICY_INSTANCE_S *pstInst);
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                                               BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                               BOL_SRPOLICY_INSTANCE_S *pstInst,
+                                                               uint8_t **ppucPrivSliceIdPos,
+                                                               uint8_t **ppucStdSliceIdPos);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint32_t ulLen,
+                                                                         void *pvHostCtx, void **ppvOut,
+                                                                         uint32_t *pulMore,
+                                                                         BOL_SRPOLICY_INSTANCE_S *pstInst);
+/* Copy writer of the normalised attribute; each advances *ppucPos. */
+BOL_SRPOLICY_API void BOL_SRPOLICY_CopyAttrLenAndType(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                      const uint8_t *pucAttr, uint32_t ulAttrLen,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API void BOL_SRPOLICY_SetRealPrivateAttr(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                      uint32_t ulType, uint32_t ulLen, const uint8_t *pucValue,
+                                                      uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos);
+BOL_SRPOLICY_API void BOL_SRPOLICY_SetRealPrivateAttrName(uint8_t **ppucPos, const uint8_t *pucName,
+                                                          uint16_t usNameLen, uint8_t *pucLenField,
+                                                          uint8_t ucWidth);
+BOL_SRPOLICY_API void BOL_SRPOLICY_GetSliceIDAttrPos(uint8_t **ppucPos, uint32_t ulType,
+                                                     uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos);
+BOL_SRPOLICY_API void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr);
+
+/* Sub-TLV decoders. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_Preference(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                              uint8_t *pucValue, uint32_t ulLen,
+                                                              BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                                        uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                               uint8_t *pucValue, uint32_t ulLen,
+                                                               BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_CfgModuleId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                               uint8_t *pucValue, uint32_t ulLen,
+                                                               BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_SliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                                           uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_Standard_SliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                                    uint8_t *pucValue, uint32_t ulLen,
+                                                                    BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_SRv6BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                            uint8_t *pucValue, uint32_t ulLen,
+                                                            BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_CPathName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                             uint8_t *pucValue, uint32_t ulLen,
+                                                             BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                              uint8_t *pucValue, uint32_t ulLen,
+                                                              BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_ENLP(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                                        uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseSubTlv_Priority(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                            uint8_t *pucValue, uint32_t ulLen,
+                                                            BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API void BOL_SRPOLICY_SaveSRv6BSID(uint8_t *pucValue, BOL_SRPOLICY_SRV6_BSID_NODE_S *pstNode,
+                                                BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API void BOL_SRPOLICY_SaveSRv6BSIDEndPoint(uint8_t *pucBehavior, BOL_SRPOLICY_SRV6_BSID_NODE_S *pstNode,
+                                                        BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen);
+
+/* Segment-list validation. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ulLen);
+BOL_SRPOLICY_API void BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(uint8_t *pucValue, uint32_t ulLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSubTlvValid(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                        uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType1Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType2Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType3Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType4Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType5Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType6Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType7Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType8Vaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t ulType);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmenWeightVaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                              uint32_t ulLen, uint32_t *pulWeightSeen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType13Vaild(uint32_t ulType, uint32_t ulLen,
+                                                               uint32_t *pulMtuSeen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentType220Vaild(uint32_t ulLen, uint32_t *pulMtuSeen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentListBSidValid(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                                 uint32_t ulLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSegmentSidEncodingVaild(const uint8_t *pucValue, const uint8_t *pucEnd,
+                                                                    uint32_t ulLen, uint32_t ulType);
+
+/* Attribute set and encoding. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_SetTunnelEncapsulationAttr(const BOL_RT_DATA_S *pstRtData, uint32_t ulFlags,
+                                                                  void **ppvOut, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_TryPackTnlEncapAttr(uint8_t **ppucPacked, uint8_t *pucRealPrivAttr,
+                                                           uint8_t *pucPrivSliceId, BOL_SRPOLICY_INSTANCE_S *pstInst,
+                                                           uint16_t usRealPrivAttrLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(const BOL_RT_DATA_S *pstRtData,
+                                                                          uint8_t **ppucCur, uint32_t ulRoom,
+                                                                          BOL_SRPOLICY_INSTANCE_S *pstInst);
+
+/* ======================================================================== */
+/* Text rendering                                                            */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_IPv6AddrToStr(const uint32_t *pulAddr, uint32_t ulAddrLen, char *pcBuf,
+                                                     uint32_t ulBufLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_MpNlriData2Str(const BOL_RT_DATA_S *pstRtData, char *pcBuf, uint32_t ulBufLen,
+                                                      uint32_t *pulOffset, uint32_t *pulMore,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_TunnelEncapsulationAttr2Str(const BOL_RT_DATA_S *pstRtData, char *pcBuf,
+                                                                   uint32_t ulBufLen, uint32_t *pulOffset,
+                                                                   uint32_t *pulMore,
+                                                                   BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputTunnelEncapAttr(const uint8_t *pucTlv, uint32_t ulAttrLen,
+                                                             uint32_t ulRoom, char *pcBuf, uint32_t *pulOffset,
+                                                             uint32_t *pulMore);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatTnlEncapAttrHeader(uint32_t ulOffset, char **ppcPos,
+                                                                uint32_t *pulRoom);
+BOL_SRPOLICY_API void BOL_SRPOLICY_OutputGetCopyName(char *pcDst, uint32_t ulDstSize, const uint8_t *pucSrc,
+                                                     uint32_t ulCount);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_TLVGetTypeAndLen(const uint8_t *pucTlv, uint32_t ulLen, uint8_t *pucType,
+                                                        uint16_t *pusLen);
+BOL_SRPOLICY_API void BOL_SRPOLICY_OutputENLP(void);
+BOL_SRPOLICY_API void BOL_SRPOLICY_OutputPriorityData(void);
+
+/* Sub-TLV printers (the printer contract of the attribute text walk). */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputPreferenceData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                            uint32_t ulRoom, uint32_t *pulWritten,
+                                                            uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputBSIDData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                      uint32_t ulRoom, uint32_t *pulWritten, uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputSegmentList(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                         uint32_t ulRoom, uint32_t *pulWritten, uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputCfgModuleData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                           uint32_t ulRoom, uint32_t *pulWritten,
+                                                           uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputSliceIdData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                         uint32_t ulRoom, uint32_t *pulWritten, uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputSRv6BSIDData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                          uint32_t ulRoom, uint32_t *pulWritten,
+                                                          uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputCPathName(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                       uint32_t ulRoom, uint32_t *pulWritten, uint32_t *pulInner);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputPolicyName(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
+                                                        uint32_t ulRoom, uint32_t *pulWritten, uint32_t *pulInner);
+
+/* Segment-list text. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_OutputSegmentListHead(char **ppcPos, uint32_t *pulRoom, uint32_t *pulWritten,
+                                                             uint32_t ulInner);
+BOL_SRPOLICY_API int32_t BOL_SRPOLICY_OutputSegListSubType(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf,
+                                                           uint32_t ulType, uint32_t ulLen,
+                                                           uint32_t *pulUnsupported);
+BOL_SRPOLICY_API int32_t BOL_SRPOLICY_OutputSegListType2Type13(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf,
+                                                               uint32_t ulType, uint32_t ulLen);
+BOL_SRPOLICY_API int32_t BOL_SRPOLICY_OutputSegListBSid(uint32_t ulRoom, uint32_t ulType, uint32_t ulLen,
+                                                        const uint8_t *pucSeg, char *pcBuf);
+
+/* ======================================================================== */
+/* Comparison                                                                */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API int32_t BOL_SRPOLICY_CmpKey(const void *pvA, uint32_t ulLenA, const void *pvB, uint32_t ulLenB);
+BOL_SRPOLICY_API int32_t BOL_SRPOLICY_CmpAttr(const void *pvA, uint32_t ulLenA, const void *pvB, uint32_t ulLenB);
+
+/* ======================================================================== */
+/* Internal messages                                                         */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtSubsKey(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                           uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtRouteKey(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                            uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtAttr(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                        uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseCondRtSubsKey(const uint8_t *pucMsg, uint32_t ulLen, void **ppvOut,
+                                                          BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtPreference(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                              uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtCfgModuleId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                               uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtBindSid(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                           uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtSegmentList(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                               uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtSliceId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                           uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtSRv6BSID(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                            uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtCPathName(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                             uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtPolicyName(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                              uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtOneSegmentList(const BOL_SRPOLICY_SEGLIST_NODE_S *pstNode,
+                                                                  uint8_t **ppucCur, const uint8_t *pucEnd);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtOneSRv6BSID(const BOL_SRPOLICY_SRV6_BSID_NODE_S *pstNode,
+                                                               uint8_t **ppucCur, const uint8_t *pucEnd);
+
+/* The segment record read by BOL_SRPOLICY_FormatCondRtOneSegment. */
+typedef struct BOL_SRPOLICY_CONDRT_SEGMENT_S {
+    BOL_SRPOLICY_LIST_NODE_S stNode;
+    uint8_t ucExist; /* must be 1 */
+    uint8_t ucRsv0;
+    uint8_t ucType;
+    uint8_t ucRsv1;
+    uint32_t ulValue;
+} BOL_SRPOLICY_CONDRT_SEGMENT_S;
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCondRtOneSegment(const BOL_SRPOLICY_CONDRT_SEGMENT_S *pstSeg,
+                                                              uint8_t **ppucCur, const uint8_t *pucEnd);
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatHaRtPrefixTlv(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                           uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseHaRtPrefixTlv(const uint8_t *pucMsg, uint32_t ulLen, void **ppvOut,
+                                                          BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                                 uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv(const uint8_t *pucMsg, uint32_t ulLen,
+                                                                  void **ppvOut, BOL_SRPOLICY_INSTANCE_S *pstInst);
+
+/* ======================================================================== */
+/* Configuration                                                             */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseCfgPrefix(const void *pvCfg, uint32_t ulLen, void **ppvOut,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCfgPrefix(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                       uint32_t ulRoom, uint32_t *pulOffset, uint32_t *pulMore);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ulLen, void **ppvOut,
+                                                                   BOL_SRPOLICY_INSTANCE_S *pstInst);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCfgTunnelEncapsulation(const BOL_RT_DATA_S *pstRtData,
+                                                                    uint8_t **ppucCur, uint32_t ulRoom,
+                                                                    uint32_t *pulOffset, uint32_t *pulMore);
+BOL_SRPOLICY_API void BOL_SRPOLICY_ParseCfgBSID(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint8_t **ppucPos);
+BOL_SRPOLICY_API void BOL_SRPOLICY_ParseCfgSRv6BSID(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint8_t **ppucPos);
+BOL_SRPOLICY_API void BOL_SRPOLICY_ParseCfgSegmentList(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg,
+                                                       uint8_t **ppucPos);
+BOL_SRPOLICY_API void BOL_SRPOLICY_ParseCfgSegListBSid(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList);
+BOL_SRPOLICY_API void BOL_SRPOLICY_ParseCfgSegment(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_GetSrpType1SegmentValue(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList,
+                                                               uint32_t ulIndex);
+BOL_SRPOLICY_API const uint32_t *BOL_SRPOLICY_GetSrpType2SegmentValue(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList,
+                                                                      uint32_t ulIndex);
+BOL_SRPOLICY_API void BOL_SRPOLICY_CalculateTunAttrLen(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint16_t *pusTotal);
+BOL_SRPOLICY_API void BOL_SRPOLICY_CalculateBsidLen(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint16_t *pusSize);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSegmentListLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList,
+                                                               uint16_t *pusLen);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSegmentListBSidLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList);
+
+/* ======================================================================== */
+/* Route checks                                                              */
+/* ======================================================================== */
+
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSRv4Route(const BOL_SRPOLICY_NLRI_S *pstKey, uint32_t *pulValid);
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSRv6Route(const BOL_SRPOLICY_NLRI_S *pstKey, uint32_t *pulValid);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* BOL_SRPOLICY_PRIV_H */

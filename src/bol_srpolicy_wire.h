@@ -1,0 +1,289 @@
+/*
+ * Bounded access to wire bytes. Every read and write of a big-endian field
+ * goes through these helpers: a Reader walks a byte range with a remaining
+ * count, a View gives checked random access to a range (decoders clear bytes
+ * in place through it), and a Writer appends to a buffer with a room count.
+ * Length arithmetic happens here and nowhere else.
+ */
+#ifndef BOL_SRPOLICY_WIRE_H
+#define BOL_SRPOLICY_WIRE_H
+
+#include <stdint.h>
+#include <string.h>
+
+namespace bol {
+
+inline uint16_t LoadBe16(const uint8_t *puc)
+{
+    return static_cast<uint16_t>((static_cast<uint32_t>(puc[0]) << 8) | puc[1]);
+}
+
+inline uint32_t LoadBe32(const uint8_t *puc)
+{
+    return (static_cast<uint32_t>(puc[0]) << 24) | (static_cast<uint32_t>(puc[1]) << 16) |
+           (static_cast<uint32_t>(puc[2]) << 8) | static_cast<uint32_t>(puc[3]);
+}
+
+inline void StoreBe16(uint8_t *puc, uint16_t usVal)
+{
+    puc[0] = static_cast<uint8_t>(usVal >> 8);
+    puc[1] = static_cast<uint8_t>(usVal);
+}
+
+inline void StoreBe32(uint8_t *puc, uint32_t ulVal)
+{
+    puc[0] = static_cast<uint8_t>(ulVal >> 24);
+    puc[1] = static_cast<uint8_t>(ulVal >> 16);
+    puc[2] = static_cast<uint8_t>(ulVal >> 8);
+    puc[3] = static_cast<uint8_t>(ulVal);
+}
+
+/* ---- View: a fixed byte range with checked random access ---------------- */
+
+struct View {
+    uint8_t *puc;
+    uint32_t ulLen;
+};
+
+inline View MakeView(uint8_t *puc, uint32_t ulLen)
+{
+    View stView = {puc, (puc == nullptr) ? 0u : ulLen};
+    return stView;
+}
+
+/* True when [ulOff, ulOff + ulCount) lies inside the view. */
+inline bool ViewHas(const View &stView, uint32_t ulOff, uint32_t ulCount)
+{
+    return ulOff <= stView.ulLen && ulCount <= stView.ulLen - ulOff;
+}
+
+/* Reads outside the view give 0; callers check lengths first, this keeps a
+ * missed check from ever touching a byte outside the range. */
+inline uint8_t GetU8(const View &stView, uint32_t ulOff)
+{
+    return ViewHas(stView, ulOff, 1) ? stView.puc[ulOff] : 0u;
+}
+
+inline uint16_t GetU16(const View &stView, uint32_t ulOff)
+{
+    return ViewHas(stView, ulOff, 2) ? LoadBe16(stView.puc + ulOff) : 0u;
+}
+
+inline uint32_t GetU32(const View &stView, uint32_t ulOff)
+{
+    return ViewHas(stView, ulOff, 4) ? LoadBe32(stView.puc + ulOff) : 0u;
+}
+
+/* Writes outside the view are dropped. */
+inline void SetU8(const View &stView, uint32_t ulOff, uint8_t ucVal)
+{
+    if (ViewHas(stView, ulOff, 1)) {
+        stView.puc[ulOff] = ucVal;
+    }
+}
+
+inline void SetU16(const View &stView, uint32_t ulOff, uint16_t usVal)
+{
+    if (ViewHas(stView, ulOff, 2)) {
+        StoreBe16(stView.puc + ulOff, usVal);
+    }
+}
+
+inline void SetU32(const View &stView, uint32_t ulOff, uint32_t ulVal)
+{
+    if (ViewHas(stView, ulOff, 4)) {
+        StoreBe32(stView.puc + ulOff, ulVal);
+    }
+}
+
+/* The sub-range [ulOff, ulOff + ulCount); empty when it does not fit. */
+inline View SubView(const View &stView, uint32_t ulOff, uint32_t ulCount)
+{
+    if (!ViewHas(stView, ulOff, ulCount)) {
+        return View{nullptr, 0u};
+    }
+    return View{stView.puc + ulOff, ulCount};
+}
+
+/* Four big-endian words at ulOff (an IPv6 address or SRv6 SID). */
+inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
+{
+    for (uint32_t i = 0; i < 4u; i++) {
+        aulOut[i] = GetU32(stView, ulOff + 4u * i);
+    }
+}
+
+/* ---- Reader: sequential reads with a remaining count -------------------- */
+
+struct Reader {
+    uint8_t *puc;
+    uint32_t ulLeft;
+};
+
+inline Reader MakeReader(uint8_t *puc, uint32_t ulLen)
+{
+    Reader stRd = {puc, (puc == nullptr) ? 0u : ulLen};
+    return stRd;
+}
+
+inline Reader MakeReader(const View &stView)
+{
+    return MakeReader(stView.puc, stView.ulLen);
+}
+
+inline bool ReadU8(Reader &stRd, uint8_t &ucOut)
+{
+    if (stRd.ulLeft < 1u) {
+        return false;
+    }
+    ucOut = stRd.puc[0];
+    stRd.puc += 1;
+    stRd.ulLeft -= 1u;
+    return true;
+}
+
+inline bool ReadU16(Reader &stRd, uint16_t &usOut)
+{
+    if (stRd.ulLeft < 2u) {
+        return false;
+    }
+    usOut = LoadBe16(stRd.puc);
+    stRd.puc += 2;
+    stRd.ulLeft -= 2u;
+    return true;
+}
+
+inline bool ReadU32(Reader &stRd, uint32_t &ulOut)
+{
+    if (stRd.ulLeft < 4u) {
+        return false;
+    }
+    ulOut = LoadBe32(stRd.puc);
+    stRd.puc += 4;
+    stRd.ulLeft -= 4u;
+    return true;
+}
+
+inline bool Skip(Reader &stRd, uint32_t ulCount)
+{
+    if (stRd.ulLeft < ulCount) {
+        return false;
+    }
+    stRd.puc += ulCount;
+    stRd.ulLeft -= ulCount;
+    return true;
+}
+
+/* Takes the next ulCount bytes as a view and steps past them. */
+inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
+{
+    if (stRd.ulLeft < ulCount) {
+        return false;
+    }
+    stOut = View{stRd.puc, ulCount};
+    stRd.puc += ulCount;
+    stRd.ulLeft -= ulCount;
+    return true;
+}
+
+/* ---- Writer: appends with a room count ----------------------------------- */
+
+struct Writer {
+    uint8_t *puc;
+    uint32_t ulRoom;
+};
+
+inline Writer MakeWriter(uint8_t *puc, uint32_t ulRoom)
+{
+    Writer stWr = {puc, (puc == nullptr) ? 0u : ulRoom};
+    return stWr;
+}
+
+inline bool Fits(const Writer &stWr, uint32_t ulCount)
+{
+    return ulCount <= stWr.ulRoom;
+}
+
+inline bool PutU8(Writer &stWr, uint8_t ucVal)
+{
+    if (!Fits(stWr, 1u)) {
+        return false;
+    }
+    stWr.puc[0] = ucVal;
+    stWr.puc += 1;
+    stWr.ulRoom -= 1u;
+    return true;
+}
+
+inline bool PutU16(Writer &stWr, uint16_t usVal)
+{
+    if (!Fits(stWr, 2u)) {
+        return false;
+    }
+    StoreBe16(stWr.puc, usVal);
+    stWr.puc += 2;
+    stWr.ulRoom -= 2u;
+    return true;
+}
+
+inline bool PutU32(Writer &stWr, uint32_t ulVal)
+{
+    if (!Fits(stWr, 4u)) {
+        return false;
+    }
+    StoreBe32(stWr.puc, ulVal);
+    stWr.puc += 4;
+    stWr.ulRoom -= 4u;
+    return true;
+}
+
+/* Four words big-endian, first word first. */
+inline bool PutWords4(Writer &stWr, const uint32_t aulWords[4])
+{
+    if (!Fits(stWr, 16u)) {
+        return false;
+    }
+    for (uint32_t i = 0; i < 4u; i++) {
+        (void)PutU32(stWr, aulWords[i]);
+    }
+    return true;
+}
+
+inline bool PutZeros(Writer &stWr, uint32_t ulCount)
+{
+    if (!Fits(stWr, ulCount)) {
+        return false;
+    }
+    memset(stWr.puc, 0, ulCount);
+    stWr.puc += ulCount;
+    stWr.ulRoom -= ulCount;
+    return true;
+}
+
+/* Steps over bytes that the encoder leaves as the caller's buffer held them. */
+inline bool PutSkip(Writer &stWr, uint32_t ulCount)
+{
+    if (!Fits(stWr, ulCount)) {
+        return false;
+    }
+    stWr.puc += ulCount;
+    stWr.ulRoom -= ulCount;
+    return true;
+}
+
+/* The writer's position as a view of ulCount bytes, stepping past them: for
+ * fields that are filled or patched after the fact (a length written later). */
+inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
+{
+    if (!Fits(stWr, ulCount)) {
+        return false;
+    }
+    stOut = View{stWr.puc, ulCount};
+    stWr.puc += ulCount;
+    stWr.ulRoom -= ulCount;
+    return true;
+}
+
+} /* namespace bol */
+
+#endif /* BOL_SRPOLICY_WIRE_H */

@@ -1,0 +1,153 @@
+/*
+ * Test platform implementation of ZUN_SimpleAlloc_F, ZUN_Free_F and
+ * ZUN_Assert; the other platform functions come from the shared core.
+ */
+#include "test_platform.h"
+
+#include <stdlib.h>
+
+#include <map>
+
+#include "bol_platform.h"
+
+namespace tp {
+namespace {
+
+struct Block {
+    uint32_t ulModule;
+    uint32_t ulSize;
+};
+
+struct State {
+    std::map<void *, Block> mapLive;
+    std::vector<Report> vecReports;
+    uint32_t ulCountdown = 0;  // fail when it reaches 1
+    bool bFailAll = false;
+    uint32_t ulCalls = 0;
+    uint32_t ulFailed = 0;
+    uint32_t ulBadFrees = 0;
+};
+
+State &S()
+{
+    static State s_stState;
+    return s_stState;
+}
+
+}  // namespace
+
+void Reset()
+{
+    State &st = S();
+    st.vecReports.clear();
+    st.ulCountdown = 0;
+    st.bFailAll = false;
+    st.ulCalls = 0;
+    st.ulFailed = 0;
+    st.ulBadFrees = 0;
+}
+
+void FailNthAlloc(uint32_t ulNth) { S().ulCountdown = ulNth; }
+void FailAllAllocs(bool bFail) { S().bFailAll = bFail; }
+uint32_t AllocCalls() { return S().ulCalls; }
+uint32_t FailedAllocs() { return S().ulFailed; }
+uint32_t BadFrees() { return S().ulBadFrees; }
+const std::vector<Report> &Reports() { return S().vecReports; }
+
+uint32_t LiveBlocks(uint32_t ulModule)
+{
+    uint32_t n = 0;
+    for (const auto &kv : S().mapLive) {
+        n += (kv.second.ulModule == ulModule) ? 1u : 0u;
+    }
+    return n;
+}
+
+uint32_t LiveBytes(uint32_t ulModule)
+{
+    uint32_t n = 0;
+    for (const auto &kv : S().mapLive) {
+        n += (kv.second.ulModule == ulModule) ? kv.second.ulSize : 0u;
+    }
+    return n;
+}
+
+uint32_t LiveBlocksAll() { return static_cast<uint32_t>(S().mapLive.size()); }
+
+uint32_t TextReportCount(const std::string &strText)
+{
+    uint32_t n = 0;
+    for (const Report &r : S().vecReports) {
+        n += (r.bIsText && r.strText == strText) ? 1u : 0u;
+    }
+    return n;
+}
+
+}  // namespace tp
+
+extern "C" {
+
+void *ZUN_SimpleAlloc_F(uint32_t ulMemModuleId, uint32_t ulSize, const char *pcModule, uint32_t ulLine)
+{
+    (void)pcModule;
+    (void)ulLine;
+    tp::State &st = tp::S();
+    st.ulCalls++;
+    bool bFail = st.bFailAll || ulSize == 0u;
+    if (st.ulCountdown != 0u) {
+        if (st.ulCountdown == 1u) {
+            bFail = true;
+        }
+        st.ulCountdown--;
+    }
+    if (bFail) {
+        st.ulFailed++;
+        return nullptr;
+    }
+    void *pv = malloc(ulSize);
+    if (pv != nullptr) {
+        st.mapLive[pv] = tp::Block{ulMemModuleId, ulSize};
+    }
+    return pv;
+}
+
+uint32_t ZUN_Free_F(void *pvMem, const char *pcModule, uint32_t ulLine)
+{
+    (void)pcModule;
+    (void)ulLine;
+    tp::State &st = tp::S();
+    auto it = st.mapLive.find(pvMem);
+    if (it == st.mapLive.end()) {
+        st.ulBadFrees++;
+        return 1u;
+    }
+    st.mapLive.erase(it);
+    free(pvMem);
+    return 0u;
+}
+
+void ZUN_Assert(const char *pcModule, uint32_t ulLine, uintptr_t uvValue)
+{
+    tp::Report stRep;
+    stRep.strModule = (pcModule != nullptr) ? pcModule : "";
+    stRep.ulLine = ulLine;
+    stRep.uvValue = uvValue;
+    char acText[128];
+    stRep.bIsText = BOL_PlatformProbeReportText(uvValue, acText) != 0u;
+    if (stRep.bIsText) {
+        stRep.strText = acText;
+    }
+    tp::S().vecReports.push_back(stRep);
+}
+
+void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *pulBytes)
+{
+    if (pulBlocks != nullptr) {
+        *pulBlocks = tp::LiveBlocks(ulMemModuleId);
+    }
+    if (pulBytes != nullptr) {
+        *pulBytes = tp::LiveBytes(ulMemModuleId);
+    }
+}
+
+}  // extern "C"

@@ -1,0 +1,63 @@
+/*
+ * The default platform a host links: per-module accounting and assertion
+ * reports on standard error.
+ */
+#include <gtest/gtest.h>
+
+#include "bol_platform.h"
+#include "bol_srpolicy.h"
+
+namespace {
+
+TEST(DefaultPlatform, CountsBlocksAndBytesPerModule)
+{
+    uint32_t ulBlocks = 9, ulBytes = 9;
+    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 0u);
+    EXPECT_EQ(ulBytes, 0u);
+
+    void *pv1 = ZUN_SimpleAlloc_F(4242u, 100, "test", __LINE__);
+    void *pv2 = ZUN_SimpleAlloc_F(4242u, 28, "test", __LINE__);
+    void *pv3 = ZUN_SimpleAlloc_F(4343u, 5, "test", __LINE__);
+    ASSERT_TRUE(pv1 && pv2 && pv3);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(pv1) % alignof(max_align_t), 0u);
+    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 2u);
+    EXPECT_EQ(ulBytes, 128u);
+    (void)ZUN_Free_F(pv1, "test", __LINE__);
+    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 1u);
+    EXPECT_EQ(ulBytes, 28u);
+    (void)ZUN_Free_F(pv2, "test", __LINE__);
+    (void)ZUN_Free_F(pv3, "test", __LINE__);
+    ZUN_GetModuleUsage(4343u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 0u);
+    EXPECT_EQ(ZUN_SimpleAlloc_F(4242u, 0, "test", __LINE__), nullptr);
+    EXPECT_NE(ZUN_Free_F(nullptr, "test", __LINE__), 0u);
+}
+
+TEST(DefaultPlatform, PluginLifecycleLeavesModuleEmpty)
+{
+    BOL_PROC_TBL_S stTbl;
+    BOL_SRPOLICY_INSTANCE_S *pstInst = BOL_SRPOLICY_Construct(&stTbl, 99u);
+    ASSERT_NE(pstInst, nullptr);
+    uint32_t ulBlocks = 0, ulBytes = 0;
+    ZUN_GetModuleUsage(99u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 1u);
+    EXPECT_EQ(ulBytes, sizeof(BOL_SRPOLICY_INSTANCE_S));
+    BOL_SRPOLICY_Destruct(pstInst);
+    ZUN_GetModuleUsage(99u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 0u);
+}
+
+TEST(DefaultPlatform, ReportsGoToStandardErrorAsModuleLineValueOrText)
+{
+    testing::internal::CaptureStderr();
+    ZUN_Assert("bol_srpolicy_parse", 120, 0);
+    char acText[128] = "retCode:34";
+    ZUN_Assert("bol_srpolicy", 7, reinterpret_cast<uintptr_t>(acText));
+    std::string strErr = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(strErr, "bol_srpolicy_parse:120 0\nbol_srpolicy:7 retCode:34\n");
+}
+
+}  // namespace

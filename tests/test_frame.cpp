@@ -1,0 +1,552 @@
+/*
+ * The plug-in frame as a host meets it: construction, the procedure table,
+ * the memory helpers, the dispatchers and the output records.
+ */
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+using bt::Bytes;
+using bt::kCanary;
+using bt::kModule;
+
+namespace {
+
+/* ---- Construction ---------------------------------------------------------- */
+
+TEST(Construct, RejectsNullTableAndZeroModuleWithoutTouchingTheTable)
+{
+    tp::Reset();
+    EXPECT_EQ(BOL_SRPOLICY_Construct(nullptr, kModule), nullptr);
+    EXPECT_EQ(tp::Reports().size(), 1u);
+
+    BOL_PROC_TBL_S stTbl;
+    memset(&stTbl, kCanary, sizeof(stTbl));
+    EXPECT_EQ(BOL_SRPOLICY_Construct(&stTbl, 0u), nullptr);
+    EXPECT_EQ(tp::Reports().size(), 2u);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
+    for (size_t i = 0; i < sizeof(stTbl); i++) {
+        ASSERT_EQ(reinterpret_cast<uint8_t *>(&stTbl)[i], kCanary) << "byte " << i;
+    }
+}
+
+TEST(Construct, AllocationFailureLeavesTableUntouchedAndNothingAllocated)
+{
+    tp::Reset();
+    BOL_PROC_TBL_S stTbl;
+    memset(&stTbl, kCanary, sizeof(stTbl));
+    tp::FailNthAlloc(1);
+    EXPECT_EQ(BOL_SRPOLICY_Construct(&stTbl, kModule), nullptr);
+    EXPECT_EQ(tp::Reports().size(), 1u);
+    EXPECT_EQ(tp::LiveBlocksAll(), 0u);
+    for (size_t i = 0; i < sizeof(stTbl); i++) {
+        ASSERT_EQ(reinterpret_cast<uint8_t *>(&stTbl)[i], kCanary) << "byte " << i;
+    }
+}
+
+TEST(Construct, InstanceIsZeroedAndCarriesTheModule)
+{
+    tp::Reset();
+    BOL_PROC_TBL_S stTbl;
+    BOL_SRPOLICY_INSTANCE_S *pstInst = BOL_SRPOLICY_Construct(&stTbl, 0x1234u);
+    ASSERT_NE(pstInst, nullptr);
+    EXPECT_EQ(pstInst->ulMemModuleId, 0x1234u);
+    EXPECT_EQ(pstInst->ulScratchInUse, 0u);
+    for (uint8_t uc : pstInst->aucScratch) {
+        ASSERT_EQ(uc, 0u);
+    }
+    EXPECT_EQ(tp::LiveBlocks(0x1234u), 1u);
+    EXPECT_EQ(tp::LiveBytes(0x1234u), sizeof(BOL_SRPOLICY_INSTANCE_S));
+    BOL_SRPOLICY_Destruct(pstInst);
+    EXPECT_EQ(tp::LiveBlocksAll(), 0u);
+    EXPECT_TRUE(tp::Reports().empty());
+}
+
+TEST(Construct, DestructOfNullOnlyReports)
+{
+    tp::Reset();
+    BOL_SRPOLICY_Destruct(nullptr);
+    ASSERT_EQ(tp::Reports().size(), 1u);
+    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy");
+}
+
+class ProcTable : public bt::PluginTest {};
+
+/* The bytes the plug-in writes; everything else keeps the host's canary. */
+TEST_F(ProcTable, WritesExactlyTheContractBytes)
+{
+    const uint8_t *puc = reinterpret_cast<const uint8_t *>(&m_stTbl);
+    const uint8_t aucHdr[] = {0, 0, 0, 0, 0x01, 0x03, 0x02, 0x01};
+    EXPECT_EQ(memcmp(puc, aucHdr, sizeof(aucHdr)), 0);
+    EXPECT_EQ(m_stTbl.usHdrHalf, 1u);
+    EXPECT_EQ(m_stTbl.ucHdrByte, 0u);
+    EXPECT_EQ(m_stTbl.ucHost11, kCanary);
+
+    struct {
+        const uint32_t *pulList;
+        std::vector<uint32_t> vecWant;
+    } astLists[] = {
+        {m_stTbl.aulPktAttrType, {14, 15, 23}},
+        {m_stTbl.aulMsgType, {119, 121, 122}},
+        {m_stTbl.aulHaMsgType, {3, 5}},
+        {m_stTbl.aulAttrMsgType, {47}},
+    };
+    uint32_t ulCanaryWord;
+    memset(&ulCanaryWord, kCanary, sizeof(ulCanaryWord));
+    for (const auto &row : astLists) {
+        for (size_t i = 0; i < 20; i++) {
+            uint32_t ulWant = i < row.vecWant.size() ? row.vecWant[i] : ulCanaryWord;
+            EXPECT_EQ(row.pulList[i], ulWant) << "list entry " << i;
+        }
+    }
+    for (uint32_t ul : m_stTbl.aulZero0) {
+        EXPECT_EQ(ul, 0u);
+    }
+    for (uint32_t ul : m_stTbl.aulZero1) {
+        EXPECT_EQ(ul, 0u);
+    }
+    for (uint8_t uc : m_stTbl.aucHost344) {
+        EXPECT_EQ(uc, kCanary);
+    }
+    for (uint8_t uc : m_stTbl.aucHost364) {
+        EXPECT_EQ(uc, kCanary);
+    }
+
+    EXPECT_EQ(m_stTbl.pfnParsePkt, &BOL_SRPOLICY_ParsePkt);
+    EXPECT_EQ(m_stTbl.pfnFormatPkt, &BOL_SRPOLICY_FormatPkt);
+    EXPECT_EQ(m_stTbl.pfnSetAttr, &BOL_SRPOLICY_SetAttr);
+    EXPECT_EQ(m_stTbl.pfnParseMsg, &BOL_SRPOLICY_ParseMsg);
+    EXPECT_EQ(m_stTbl.pfnFormatMsg, &BOL_SRPOLICY_FormatMsg);
+    EXPECT_EQ(m_stTbl.pfnParseHaMsg, &BOL_SRPOLICY_ParseHaMsg);
+    EXPECT_EQ(m_stTbl.pfnFormatHaMsg, &BOL_SRPOLICY_FormatHaMsg);
+    EXPECT_EQ(m_stTbl.pfnParseAttrMsg, &BOL_SRPOLICY_ParseAttrMsg);
+    EXPECT_EQ(m_stTbl.pfnFormatAttrMsg, &BOL_SRPOLICY_FormatAttrMsg);
+    EXPECT_EQ(m_stTbl.pfnParseCfg, &BOL_SRPOLICY_ParseCfg);
+    EXPECT_EQ(m_stTbl.pfnFormatCfg, &BOL_SRPOLICY_FormatCfg);
+    EXPECT_EQ(m_stTbl.pfnConstructRtpEntry, &BOL_SRPOLICY_ConstructRtpEntry);
+    EXPECT_EQ(m_stTbl.pfnCmpData, &BOL_SRPOLICY_CmpData);
+    EXPECT_EQ(m_stTbl.pfnData2Str, &BOL_SRPOLICY_Data2Str);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount, &BOL_SRPOLICY_SetRtCount);
+    EXPECT_EQ(m_stTbl.pfnGetRtCount, &BOL_SRPOLICY_GetRtCount);
+    EXPECT_EQ(m_stTbl.pfnCheckRoute, &BOL_SRPOLICY_CheckRoute);
+    EXPECT_EQ(m_stTbl.pfnConstructSubsKey, &BOL_SRPOLICY_ConstructSubsKey);
+
+    const BOL_HOST_PF apfnNull[] = {m_stTbl.pfnNone588, m_stTbl.pfnNone596, m_stTbl.apfnNone604[0],
+                                    m_stTbl.apfnNone604[1], m_stTbl.apfnNone604[2], m_stTbl.apfnNone648[0],
+                                    m_stTbl.apfnNone648[1]};
+    for (BOL_HOST_PF pfn : apfnNull) {
+        EXPECT_EQ(pfn, nullptr);
+    }
+    const BOL_HOST_PF *apstHost[] = {&m_stTbl.pfnHost544, &m_stTbl.pfnHost584, &m_stTbl.pfnHost592,
+                                     &m_stTbl.pfnHost600, &m_stTbl.apfnHost636[0], &m_stTbl.apfnHost636[1],
+                                     &m_stTbl.apfnHost636[2], &m_stTbl.apfnHost656[0], &m_stTbl.apfnHost656[5]};
+    for (const BOL_HOST_PF *pSlot : apstHost) {
+        const uint8_t *pucSlot = reinterpret_cast<const uint8_t *>(pSlot);
+        for (size_t i = 0; i < sizeof(*pSlot); i++) {
+            EXPECT_EQ(pucSlot[i], kCanary);
+        }
+    }
+}
+
+TEST_F(ProcTable, ConstructRtpEntryOrsKeyAndAttrBits)
+{
+    uint8_t aucEntry[8] = {0xEE, 0xEE, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE};
+    uint16_t usFlags = 0x0001u;
+    memcpy(aucEntry + 2, &usFlags, 2);
+    int iHost = 0;
+    EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(&iHost, aucEntry), BOL_OK);
+    memcpy(&usFlags, aucEntry + 2, 2);
+    EXPECT_EQ(usFlags, 0x000Bu);
+    EXPECT_EQ(aucEntry[0], 0xEE);
+    EXPECT_EQ(aucEntry[4], 0xEE);
+
+    EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(nullptr, aucEntry), BOL_ERR_PARAM);
+    EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(&iHost, nullptr), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
+}
+
+/* ---- Memory helpers -------------------------------------------------------- */
+
+class Memory : public bt::PluginTest {};
+
+TEST_F(Memory, ScratchIsLentOnceAndLargerRequestsUseTheModule)
+{
+    void *pv1 = BOL_SRPOLICY_Malloc(m_pstInst, 256);
+    EXPECT_EQ(pv1, m_pstInst->aucScratch);
+    EXPECT_EQ(m_pstInst->ulScratchInUse, 1u);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
+
+    void *pv2 = BOL_SRPOLICY_Malloc(m_pstInst, 256);
+    ASSERT_NE(pv2, nullptr);
+    EXPECT_NE(pv2, m_pstInst->aucScratch);
+    EXPECT_EQ(tp::LiveBlocks(kModule), 2u);  // instance + heap block
+
+    BOL_SRPOLICY_Free(&pv2, m_pstInst);
+    EXPECT_EQ(pv2, nullptr);
+    EXPECT_EQ(m_pstInst->ulScratchInUse, 1u);
+    BOL_SRPOLICY_Free(&pv1, m_pstInst);
+    EXPECT_EQ(pv1, nullptr);
+    EXPECT_EQ(m_pstInst->ulScratchInUse, 0u);
+
+    void *pv3 = BOL_SRPOLICY_Malloc(m_pstInst, 257);
+    EXPECT_NE(pv3, m_pstInst->aucScratch);
+    EXPECT_EQ(m_pstInst->ulScratchInUse, 0u);
+    BOL_SRPOLICY_Free(&pv3, m_pstInst);
+    EXPECT_TRUE(tp::Reports().empty());
+}
+
+TEST_F(Memory, ZeroSizeAndNullArguments)
+{
+    EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 0), nullptr);
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(BOL_SRPOLICY_Malloc(nullptr, 8), nullptr);
+    EXPECT_EQ(ReportCount(), 1u);
+
+    void *pvNull = nullptr;
+    BOL_SRPOLICY_Free(&pvNull, m_pstInst);
+    EXPECT_EQ(ReportCount(), 2u);
+    BOL_SRPOLICY_Free(nullptr, m_pstInst);
+    EXPECT_EQ(ReportCount(), 3u);
+    void *pv = BOL_SRPOLICY_Malloc(m_pstInst, 4);
+    BOL_SRPOLICY_Free(&pv, nullptr);
+    EXPECT_EQ(ReportCount(), 4u);
+    EXPECT_EQ(pv, m_pstInst->aucScratch);
+    BOL_SRPOLICY_Free(&pv, m_pstInst);
+}
+
+TEST_F(Memory, HeapFailureGivesNull)
+{
+    void *pvScratch = BOL_SRPOLICY_Malloc(m_pstInst, 16);
+    tp::FailNthAlloc(1);
+    EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 16), nullptr);
+    BOL_SRPOLICY_Free(&pvScratch, m_pstInst);
+}
+
+/* ---- Dispatchers ------------------------------------------------------------ */
+
+class Dispatch : public bt::PluginTest {};
+
+/* Each dispatcher's answer for a type that has no handler. */
+TEST_F(Dispatch, TypesWithoutHandlerGetEachDispatchersOwnResult)
+{
+    uint8_t aucBuf[64] = {0};
+    uint8_t *pucCur = aucBuf;
+    void *pvOut = reinterpret_cast<void *>(0x1);
+    uint32_t ulMore = 77, ulOffset = 0;
+    int iHost = 0;
+    bt::Route rt;
+    char acText[64];
+
+    struct Case {
+        const char *pcName;
+        uint32_t ulGot;
+        uint32_t ulWant;
+    } astCases[] = {
+        {"ParsePkt 16", m_stTbl.pfnParsePkt(&pucCur, 13, &iHost, 16, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM},
+        {"FormatPkt 16", m_stTbl.pfnFormatPkt(&rt.stRt, 16, &pucCur, 64, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"SetAttr 24", m_stTbl.pfnSetAttr(&rt.stRt, 24, 0, &pvOut, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"ParseMsg 121", m_stTbl.pfnParseMsg(aucBuf, 4, 121, &pvOut, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"FormatMsg 120", m_stTbl.pfnFormatMsg(&rt.stRt, 120, &pucCur, 64, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"ParseHaMsg 4", m_stTbl.pfnParseHaMsg(aucBuf, 28, 4, &pvOut, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"FormatHaMsg 4", m_stTbl.pfnFormatHaMsg(&rt.stRt, 4, &pucCur, 64, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"ParseAttrMsg 46", m_stTbl.pfnParseAttrMsg(aucBuf, 4, 46, &pvOut, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"FormatAttrMsg 46", m_stTbl.pfnFormatAttrMsg(&rt.stRt, 46, &pucCur, 64, m_pstInst), BOL_ERR_NO_HANDLER},
+        {"ParseCfg 3", m_stTbl.pfnParseCfg(aucBuf, 89, 3, &pvOut, m_pstInst), BOL_SRPOLICY_ERR_PARA},
+        {"FormatCfg 3", m_stTbl.pfnFormatCfg(&rt.stRt, 3, &pucCur, 64, &ulOffset, &ulMore), BOL_ERR_NO_HANDLER},
+        {"Data2Str 2", m_stTbl.pfnData2Str(&rt.stRt, 2, acText, 64, &ulOffset, &ulMore, m_pstInst),
+         BOL_ERR_NO_STR_HANDLER},
+        {"ConstructSubsKey 120", m_stTbl.pfnConstructSubsKey(&iHost, 120, &iHost, &iHost, &iHost),
+         BOL_SRPOLICY_ERR_PARA},
+    };
+    for (const Case &c : astCases) {
+        EXPECT_EQ(c.ulGot, c.ulWant) << c.pcName;
+    }
+    EXPECT_EQ(m_stTbl.pfnCmpData(aucBuf, 28, aucBuf, 28, 4), BOL_CMP_ERR);
+    /* A missing handler is not a failed check: nothing reported or moved. */
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(pvOut, reinterpret_cast<void *>(0x1));
+    EXPECT_EQ(ulMore, 77u);
+}
+
+/* Null required pointers are reported, with the dispatcher's module, before
+ * the lookup (a handled type is used so only the check can refuse it). */
+TEST_F(Dispatch, NullArgumentsAreReportedWithTheDispatchersModule)
+{
+    uint8_t aucBuf[64] = {0};
+    uint8_t *pucCur = aucBuf;
+    void *pvOut = nullptr;
+    uint32_t ulMore = 0, ulOffset = 0;
+    int iHost = 0;
+    bt::Route rt;
+    char acText[64];
+
+    struct Case {
+        const char *pcName;
+        uint32_t ulGot;
+        uint32_t ulWant;
+        const char *pcModule;
+    } astCases[] = {
+        {"ParsePkt cur", m_stTbl.pfnParsePkt(nullptr, 1, &iHost, 14, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParsePkt out", m_stTbl.pfnParsePkt(&pucCur, 1, &iHost, 14, nullptr, &ulMore, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParsePkt more", m_stTbl.pfnParsePkt(&pucCur, 1, &iHost, 14, &pvOut, nullptr, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParsePkt inst", m_stTbl.pfnParsePkt(&pucCur, 1, &iHost, 14, &pvOut, &ulMore, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"FormatPkt rt", m_stTbl.pfnFormatPkt(nullptr, 14, &pucCur, 64, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"FormatPkt cur", m_stTbl.pfnFormatPkt(&rt.stRt, 14, nullptr, 64, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"FormatPkt inst", m_stTbl.pfnFormatPkt(&rt.stRt, 14, &pucCur, 64, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"SetAttr rt", m_stTbl.pfnSetAttr(nullptr, 23, 0, &pvOut, m_pstInst), BOL_ERR_PARAM, "bol_srpolicy_attr"},
+        {"SetAttr out", m_stTbl.pfnSetAttr(&rt.stRt, 23, 0, nullptr, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_attr"},
+        {"SetAttr inst", m_stTbl.pfnSetAttr(&rt.stRt, 23, 0, &pvOut, nullptr), BOL_ERR_PARAM, "bol_srpolicy_attr"},
+        {"ParseMsg msg", m_stTbl.pfnParseMsg(nullptr, 4, 119, &pvOut, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParseMsg out", m_stTbl.pfnParseMsg(aucBuf, 4, 119, nullptr, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParseMsg inst", m_stTbl.pfnParseMsg(aucBuf, 4, 119, &pvOut, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"FormatMsg inst", m_stTbl.pfnFormatMsg(&rt.stRt, 121, &pucCur, 64, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"ParseHaMsg inst", m_stTbl.pfnParseHaMsg(aucBuf, 28, 3, &pvOut, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"FormatHaMsg inst", m_stTbl.pfnFormatHaMsg(&rt.stRt, 3, &pucCur, 64, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"ParseAttrMsg inst", m_stTbl.pfnParseAttrMsg(aucBuf, 4, 47, &pvOut, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"FormatAttrMsg inst", m_stTbl.pfnFormatAttrMsg(&rt.stRt, 47, &pucCur, 64, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"ParseCfg cfg", m_stTbl.pfnParseCfg(nullptr, 89, 2, &pvOut, m_pstInst), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"ParseCfg inst", m_stTbl.pfnParseCfg(aucBuf, 89, 2, &pvOut, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_parse"},
+        {"FormatCfg room 0", m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, 0, &ulOffset, &ulMore), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"FormatCfg offset", m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, 64, nullptr, &ulMore), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"FormatCfg more", m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, 64, &ulOffset, nullptr), BOL_ERR_PARAM,
+         "bol_srpolicy_format"},
+        {"Data2Str buf", m_stTbl.pfnData2Str(&rt.stRt, 1, nullptr, 64, &ulOffset, &ulMore, m_pstInst),
+         BOL_ERR_PARAM, "bol_srpolicy"},
+        {"Data2Str inst", m_stTbl.pfnData2Str(&rt.stRt, 1, acText, 64, &ulOffset, &ulMore, nullptr),
+         BOL_ERR_PARAM, "bol_srpolicy"},
+        {"ConstructSubsKey 4th", m_stTbl.pfnConstructSubsKey(&iHost, 119, &iHost, &iHost, nullptr),
+         BOL_ERR_PARAM, "bol_srpolicy"},
+    };
+    ASSERT_EQ(tp::Reports().size(), sizeof(astCases) / sizeof(astCases[0]));
+    for (size_t i = 0; i < sizeof(astCases) / sizeof(astCases[0]); i++) {
+        SCOPED_TRACE(astCases[i].pcName);
+        EXPECT_EQ(astCases[i].ulGot, astCases[i].ulWant);
+        EXPECT_EQ(tp::Reports()[i].strModule, astCases[i].pcModule);
+        EXPECT_FALSE(tp::Reports()[i].bIsText);
+    }
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(pvOut, nullptr);
+
+    size_t ulBefore = ReportCount();
+    EXPECT_EQ(m_stTbl.pfnCmpData(nullptr, 28, aucBuf, 28, 2), BOL_CMP_ERR);
+    EXPECT_EQ(m_stTbl.pfnCmpData(aucBuf, 28, nullptr, 28, 2), BOL_CMP_ERR);
+    ASSERT_EQ(ReportCount(), ulBefore + 2);
+    EXPECT_EQ(tp::Reports().back().strModule, "bol_srpolicy_cmp");
+}
+
+TEST_F(Dispatch, SubscriptionKeyHandlerAnswersZero)
+{
+    int a = 0, b = 0, c = 0, d = 0;
+    EXPECT_EQ(m_stTbl.pfnConstructSubsKey(&a, 119, &b, &c, &d), BOL_OK);
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+/* Every lookup scans only its own table, first match wins, unknown gives null. */
+TEST(Lookup, FindsEachRowOfItsTableAndNothingElse)
+{
+    struct Case {
+        const BOL_SRPOLICY_PROC_ENTRY_S *(*pfnLookup)(uint32_t);
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstTbl;
+        size_t ulRows;
+    } astCases[] = {
+        {BOL_SRPOLICY_GetPktParseEntry, g_astBOL_SRPOLICY_PKT_PARSE_TBL, 3},
+        {BOL_SRPOLICY_GetPktFormatEntry, g_astBOL_SRPOLICY_PKT_FORMAT_TBL, 3},
+        {BOL_SRPOLICY_GetAttrSetEntry, g_astBOL_SRPOLICY_SET_ATTR_TBL, 1},
+        {BOL_SRPOLICY_GetBgpiMsgParseEntry, g_astBOL_SRPOLICY_MSG_PARSE_TBL, 2},
+        {BOL_SRPOLICY_GetBgpiMsgFormatEntry, g_astBOL_SRPOLICY_MSG_FORMAT_TBL, 3},
+        {BOL_SRPOLICY_GetHaiMsgParseEntry, g_astBOL_SRPOLICY_HA_MSG_PARSE_TBL, 2},
+        {BOL_SRPOLICY_GetHaiMsgFormatEntry, g_astBOL_SRPOLICY_HA_MSG_FORMAT_TBL, 2},
+        {BOL_SRPOLICY_GetAttrMsgParseEntry, g_astBOL_SRPOLICY_ATTR_MSG_PARSE_TBL, 1},
+        {BOL_SRPOLICY_GetAttrMsgFormatEntry, g_astBOL_SRPOLICY_ATTR_MSG_FORMAT_TBL, 1},
+        {BOL_SRPOLICY_GetCfgParseEntry, g_astBOL_SRPOLICY_CFG_PARSE_TBL, 2},
+        {BOL_SRPOLICY_GetCfgFormatEntry, g_astBOL_SRPOLICY_CFG_FORMAT_TBL, 2},
+        {BOL_SRPOLICY_GetDataCmpEntry, g_astBOL_SRPOLICY_CMP_DATA_TBL, 2},
+        {BOL_SRPOLICY_GetData2StrEntry, g_astBOL_SRPOLICY_DATA2STR_TBL, 2},
+        {BOL_SRPOLICY_GetConstructSubsKeyEntry, g_astBOL_SRPOLICY_CONSTRUCT_SUBSKEY_TBL, 1},
+        {BOL_SRPOLICY_GetTunEncapSubTlvParseEntry, g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL, 9},
+        {BOL_SRPOLICY_GetOutputTnlEncapTlvEntry, g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL, 9},
+    };
+    for (size_t c = 0; c < sizeof(astCases) / sizeof(astCases[0]); c++) {
+        SCOPED_TRACE(c);
+        const Case &k = astCases[c];
+        for (size_t r = 0; r < k.ulRows; r++) {
+            EXPECT_EQ(k.pfnLookup(k.pstTbl[r].ulType), &k.pstTbl[r]);
+        }
+        for (uint32_t ulType : {0u, 1000u, 0xFFFFFFFFu}) {
+            EXPECT_EQ(k.pfnLookup(ulType), nullptr);
+        }
+    }
+}
+
+TEST(Lookup, TablesHoldTheContractTypesInOrder)
+{
+    const uint32_t aulSubTlv[] = {12, 13, 128, 127, 126, 20, 129, 130, 123};
+    for (size_t i = 0; i < 9; i++) {
+        EXPECT_EQ(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[i].ulType, aulSubTlv[i]);
+        EXPECT_EQ(g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL[i].ulType, aulSubTlv[i]);
+        EXPECT_EQ(g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[i].ulType, i);
+    }
+    EXPECT_EQ(g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[0].unHandler.pfnSegCheck, nullptr);
+    const uint32_t aulCondRt[] = {2, 3, 4, 5, 7, 8, 9, 10};
+    for (size_t i = 0; i < 8; i++) {
+        EXPECT_EQ(g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[i].ulType, aulCondRt[i]);
+    }
+}
+
+/* ---- Output records ------------------------------------------------------- */
+
+class OutputRecord : public bt::PluginTest {};
+
+TEST_F(OutputRecord, KeyOnlyAttrOnlyAndBoth)
+{
+    BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 100, 0x0A000001u);
+    Bytes vecAttr(120);
+    for (size_t i = 0; i < vecAttr.size(); i++) {
+        vecAttr[i] = static_cast<uint8_t>(i + 1);
+    }
+    struct Case {
+        const char *pcName;
+        bool bKey;
+        bool bAttr;
+        size_t ulLen;
+        uint32_t ulFlags;
+        uint16_t usKeyOff;
+        uint16_t usAttrOff;
+    } astCases[] = {
+        {"key only", true, false, 60, 0x2, 32, 0},
+        {"attr only", false, true, 152, 0x8, 0, 32},
+        {"both", true, true, 180, 0xA, 32, 60},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        BOL_PARSE_DESC_S stDesc;
+        memset(&stDesc, 0, sizeof(stDesc));
+        if (c.bKey) {
+            stDesc.ulKeyLen = 28;
+            stDesc.pvKey = &stKey;
+        }
+        if (c.bAttr) {
+            stDesc.ucAttrType = 23;
+            stDesc.usAttrLen = 120;
+            stDesc.pucAttr = vecAttr.data();
+        }
+        void *pvOut = nullptr;
+        ASSERT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, kModule), BOL_OK);
+        ASSERT_EQ(tp::LiveBytes(kModule), sizeof(BOL_SRPOLICY_INSTANCE_S) + c.ulLen);
+        bt::Output o = bt::TakeOutput(pvOut, c.ulLen);
+        EXPECT_EQ(o.stHdr.ulOutFlags, c.ulFlags);
+        EXPECT_EQ(o.stHdr.usKeyOffset, c.usKeyOff);
+        EXPECT_EQ(o.stHdr.usKeyLen, c.bKey ? 28 : 0);
+        EXPECT_EQ(o.stHdr.usAttrOffset, c.usAttrOff);
+        EXPECT_EQ(o.stHdr.usAttrLen, c.bAttr ? 120 : 0);
+        EXPECT_EQ(o.stHdr.ucAttrFlag, 0);
+        EXPECT_EQ(o.stHdr.ucAttrType, c.bAttr ? 23 : 0);
+        for (size_t i : {6u, 7u, 8u, 9u, 10u, 11u, 16u, 17u, 18u, 19u, 20u, 21u, 22u, 23u, 28u, 29u, 30u, 31u}) {
+            EXPECT_EQ(o.vecBlock[i], 0u) << "reserved byte " << i;
+        }
+        if (c.bKey) {
+            EXPECT_EQ(memcmp(o.vecBlock.data() + 32, &stKey, 28), 0);
+        }
+        if (c.bAttr) {
+            EXPECT_EQ(o.Attr(), vecAttr);
+        }
+    }
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+TEST_F(OutputRecord, RefusalsLeaveTheOutArgumentAndAllocateNothing)
+{
+    BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 2, 3);
+    uint8_t aucAttr[4] = {0};
+    struct Case {
+        const char *pcName;
+        uint32_t ulKeyLen;
+        bool bKey;
+        uint16_t usAttrLen;
+        bool bAttr;
+        uint32_t ulModule;
+        uint32_t ulWant;
+        size_t ulReports;
+    } astCases[] = {
+        {"empty descriptor", 0, false, 0, false, kModule, BOL_ERR_PARAM, 0},
+        {"zero-length attribute only", 0, false, 0, true, kModule, BOL_ERR_PARAM, 0},
+        {"key of 27 bytes", 27, true, 0, false, kModule, BOL_ERR_PARAM, 1},
+        {"module 0", 28, true, 0, false, 0u, BOL_ERR_PARAM, 1},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        tp::Reset();
+        BOL_PARSE_DESC_S stDesc;
+        memset(&stDesc, 0, sizeof(stDesc));
+        stDesc.ulKeyLen = c.ulKeyLen;
+        stDesc.pvKey = c.bKey ? &stKey : nullptr;
+        stDesc.usAttrLen = c.usAttrLen;
+        stDesc.pucAttr = c.bAttr ? aucAttr : nullptr;
+        void *pvOut = reinterpret_cast<void *>(0x10);
+        EXPECT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, c.ulModule), c.ulWant);
+        EXPECT_EQ(pvOut, reinterpret_cast<void *>(0x10));
+        EXPECT_EQ(tp::AllocCalls(), 0u);
+        EXPECT_EQ(ReportCount(), c.ulReports);
+    }
+}
+
+TEST_F(OutputRecord, AllocationFailureReportsAndStoresNothing)
+{
+    BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 2, 3);
+    BOL_PARSE_DESC_S stDesc;
+    memset(&stDesc, 0, sizeof(stDesc));
+    stDesc.ulKeyLen = 28;
+    stDesc.pvKey = &stKey;
+    void *pvOut = nullptr;
+    tp::FailNthAlloc(1);
+    EXPECT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, kModule), BOL_ERR_MALLOC);
+    EXPECT_EQ(pvOut, nullptr);
+    EXPECT_EQ(ReportCount(), 1u);
+}
+
+/* A section that does not fit the remaining room is reported as
+ * "retCode:%d" and the block is still handed over. */
+TEST_F(OutputRecord, FailedSectionCopyIsReportedAsText)
+{
+    uint8_t aucBlock[64];
+    memset(aucBlock, 0, sizeof(aucBlock));
+    BOL_PARSE_OUTPUT_S *pstOut = reinterpret_cast<BOL_PARSE_OUTPUT_S *>(aucBlock);
+    BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 2, 3);
+    BOL_PARSE_DESC_S stDesc;
+    memset(&stDesc, 0, sizeof(stDesc));
+    stDesc.ulKeyLen = 28;
+    stDesc.pvKey = &stKey;
+    uint32_t ulRemain = 10;
+    uint16_t usOffset = 32;
+    EXPECT_EQ(BOL_SRPOLICY_OutputKey(pstOut, &ulRemain, &stDesc, &usOffset), BOL_OK);
+    ASSERT_EQ(ReportCount(), 1u);
+    EXPECT_TRUE(tp::Reports()[0].bIsText);
+    EXPECT_EQ(tp::Reports()[0].strText, "retCode:" + std::to_string(BOL_SEC_ERANGE));
+    EXPECT_EQ(pstOut->ulOutFlags, BOL_OUTPUT_FLAG_KEY);
+}
+
+}  // namespace

@@ -1,0 +1,206 @@
+/*
+ * The platform services the plug-in relies on: bounds-checked memory and
+ * formatting, address text, byte comparison and the list.
+ */
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <random>
+#include <string>
+
+#include "bol_platform.h"
+
+namespace {
+
+TEST(MemsetS, FillsOrFailsLikeTheContract)
+{
+    struct Case {
+        const char *pcName;
+        size_t destMax;
+        size_t count;
+        bool bNullDest;
+        int iWant;
+        size_t ulSet;  // bytes that end up as 0x5A
+    } astCases[] = {
+        {"fits", 8, 8, false, 0, 8},
+        {"shorter", 8, 3, false, 0, 3},
+        {"zero", 8, 0, false, 0, 0},
+        {"too long sets destMax", 8, 9, false, BOL_SEC_ERANGE, 8},
+        {"null dest", 8, 4, true, BOL_SEC_EINVAL, 0},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        unsigned char auc[16];
+        memset(auc, 0, sizeof(auc));
+        EXPECT_EQ(memset_s(c.bNullDest ? nullptr : auc, c.destMax, 0x5A, c.count), c.iWant);
+        for (size_t i = 0; i < sizeof(auc); i++) {
+            EXPECT_EQ(auc[i], i < c.ulSet ? 0x5A : 0) << i;
+        }
+    }
+}
+
+TEST(MemcpyS, CopiesOrZeroesTheDestination)
+{
+    const unsigned char aucSrc[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    struct Case {
+        const char *pcName;
+        size_t destMax;
+        size_t count;
+        bool bNullSrc;
+        int iWant;
+    } astCases[] = {
+        {"fits", 8, 8, false, 0},
+        {"count zero", 8, 0, false, 0},
+        {"too long", 4, 8, false, BOL_SEC_ERANGE},
+        {"null source", 8, 4, true, BOL_SEC_EINVAL},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        unsigned char auc[16];
+        memset(auc, 0xEE, sizeof(auc));
+        EXPECT_EQ(memcpy_s(auc, c.destMax, c.bNullSrc ? nullptr : aucSrc, c.count), c.iWant);
+        for (size_t i = 0; i < sizeof(auc); i++) {
+            unsigned char ucWant = 0xEE;
+            if (c.iWant != 0 && i < c.destMax) {
+                ucWant = 0;
+            } else if (c.iWant == 0 && i < c.count) {
+                ucWant = aucSrc[i];
+            }
+            EXPECT_EQ(auc[i], ucWant) << i;
+        }
+    }
+    EXPECT_EQ(memcpy_s(nullptr, 4, aucSrc, 4), BOL_SEC_EINVAL);
+
+    unsigned char aucOv[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    EXPECT_EQ(memcpy_s(aucOv + 2, 8, aucOv, 4), BOL_SEC_EOVERLAP);
+    EXPECT_EQ(aucOv[2], 0);  // the destination area is zeroed, nothing copied
+    EXPECT_EQ(aucOv[0], 1);
+}
+
+TEST(FormatS, SprintfSnprintfAndTruncated)
+{
+    char ac[8];
+    EXPECT_EQ(sprintf_s(ac, sizeof(ac), "%s", "1234567"), 7);
+    EXPECT_STREQ(ac, "1234567");
+    EXPECT_EQ(sprintf_s(ac, sizeof(ac), "%s", "12345678"), -1);
+    EXPECT_STREQ(ac, "");
+
+    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 7, "%d", 42), 2);
+    EXPECT_STREQ(ac, "42");
+    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 3, "%s", "abcdef"), -1);
+    EXPECT_STREQ(ac, "abc");
+    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 8, "%s", "a"), -1);  // count must be below destMax
+    EXPECT_STREQ(ac, "");
+
+    EXPECT_EQ(snprintf_truncated_s(ac, sizeof(ac), "%s", "abcdefghij"), 7);
+    EXPECT_STREQ(ac, "abcdefg");
+    EXPECT_EQ(snprintf_truncated_s(ac, sizeof(ac), "%u", 5u), 1);
+    EXPECT_EQ(snprintf_truncated_s(ac, 0, "%u", 5u), -1);
+    EXPECT_EQ(sprintf_s(nullptr, 8, "x"), -1);
+}
+
+TEST(AddressText, Ipv4)
+{
+    char ac[16];
+    EXPECT_STREQ(KEO_IpAddrToStr(0x0A000001u, ac), "10.0.0.1");
+    EXPECT_STREQ(KEO_IpAddrToStr(0xFFFFFFFFu, ac), "255.255.255.255");
+    EXPECT_STREQ(KEO_IpAddrToStr(0u, ac), "0.0.0.0");
+}
+
+KEO_IN6ADDR_S Groups(const unsigned char auc[16])
+{
+    KEO_IN6ADDR_S st;
+    for (int i = 0; i < 8; i++) {
+        st.ausGroup[i] = static_cast<uint16_t>((auc[2 * i] << 8) | auc[2 * i + 1]);
+    }
+    return st;
+}
+
+/* RFC 5952 text agrees with the C library's conversion, which follows it. */
+TEST(AddressText, Ipv6MatchesTheCanonicalForm)
+{
+    const char *apcAddrs[] = {"::", "::1", "1::", "2001:db8::1", "2001:db8:0:0:1:0:0:1", "ff02::1",
+                              "fe80::1:2:3:4", "2001:0:0:1::1", "1:2:3:4:5:6:7:8", "::ffff:10.0.0.1",
+                              "1:0:2:0:3:0:4:0", "0:1::"};
+    for (const char *pc : apcAddrs) {
+        unsigned char auc[16];
+        ASSERT_EQ(inet_pton(AF_INET6, pc, auc), 1) << pc;
+        char acWant[INET6_ADDRSTRLEN];
+        ASSERT_NE(inet_ntop(AF_INET6, auc, acWant, sizeof(acWant)), nullptr);
+        char acGot[40];
+        EXPECT_EQ(KEO_Inet_ntoa_b_ipv6(Groups(auc), acGot), 0u);
+        EXPECT_STREQ(acGot, acWant) << pc;
+    }
+    std::mt19937 rng(5952);
+    for (int n = 0; n < 2000; n++) {
+        unsigned char auc[16];
+        for (unsigned char &uc : auc) {
+            uc = (rng() % 3 == 0) ? static_cast<unsigned char>(rng()) : 0;  // plenty of zero runs
+        }
+        if (memcmp(auc, "\0\0\0\0\0\0\0\0\0\0\0\0", 12) == 0) {
+            continue;  // the C library writes IPv4-compatible addresses in mixed form
+        }
+        char acWant[INET6_ADDRSTRLEN];
+        ASSERT_NE(inet_ntop(AF_INET6, auc, acWant, sizeof(acWant)), nullptr);
+        char acGot[40];
+        (void)KEO_Inet_ntoa_b_ipv6(Groups(auc), acGot);
+        ASSERT_STREQ(acGot, acWant);
+    }
+}
+
+TEST(MemCmp, ThreeWay)
+{
+    const unsigned char a[] = {1, 2, 3}, b[] = {1, 2, 0xFF};
+    EXPECT_LT(KEO_MemCmp(a, b, 3), 0);
+    EXPECT_GT(KEO_MemCmp(b, a, 3), 0);
+    EXPECT_EQ(KEO_MemCmp(a, b, 2), 0);
+    EXPECT_EQ(KEO_MemCmp(a, b, 0), 0);
+}
+
+struct Node {
+    BOL_SRPOLICY_LIST_NODE_S stNode;
+    int iValue;
+};
+
+TEST(List, TailInsertKeepsOrderAndCount)
+{
+    BOL_SRPOLICY_LIST_HEAD_S stList;
+    stList.stHead.pstNext = &stList.stHead;
+    stList.stHead.pstPrev = &stList.stHead;
+    stList.ulCount = 0;
+    Node astNodes[4];
+    for (int i = 0; i < 4; i++) {
+        astNodes[i].iValue = i;
+        DLL_Insert_In_Middle(&stList, stList.stHead.pstPrev, &astNodes[i].stNode, &stList.stHead);
+    }
+    EXPECT_EQ(stList.ulCount, 4u);
+    int iWant = 0;
+    for (BOL_SRPOLICY_LIST_NODE_S *p = stList.stHead.pstNext; p != &stList.stHead; p = p->pstNext) {
+        EXPECT_EQ(reinterpret_cast<Node *>(p)->iValue, iWant++);
+    }
+    DLL_Delete(&stList, &astNodes[1].stNode);
+    DLL_Delete(&stList, &astNodes[0].stNode);
+    EXPECT_EQ(stList.ulCount, 2u);
+    EXPECT_EQ(stList.stHead.pstNext, &astNodes[2].stNode);
+    EXPECT_EQ(astNodes[2].stNode.pstPrev, &stList.stHead);
+    DLL_Delete(&stList, &astNodes[3].stNode);
+    DLL_Delete(&stList, &astNodes[2].stNode);
+    EXPECT_EQ(stList.ulCount, 0u);
+    EXPECT_EQ(stList.stHead.pstNext, &stList.stHead);
+}
+
+TEST(ReportText, TellsTextsFromValues)
+{
+    char acText[128];
+    char acReport[128] = "retCode:34";
+    EXPECT_EQ(BOL_PlatformProbeReportText(reinterpret_cast<uintptr_t>(acReport), acText), 1u);
+    EXPECT_STREQ(acText, "retCode:34");
+    for (uintptr_t uv : {uintptr_t(0), uintptr_t(89), uintptr_t(0xFFFF), ~uintptr_t(0), uintptr_t(0x40)}) {
+        EXPECT_EQ(BOL_PlatformProbeReportText(uv, acText), 0u) << uv;
+    }
+    const unsigned char aucBinary[4] = {1, 2, 0, 0};
+    EXPECT_EQ(BOL_PlatformProbeReportText(reinterpret_cast<uintptr_t>(aucBinary), acText), 0u);
+}
+
+}  // namespace
