@@ -26,3 +26,7 @@ int32_t BOL_SRPOLICY_CmpData(const void *pvA, uint32_t ulLenA, const void *pvB, 
 }
 
 } /* extern "C" */
+
+/* ======================================================================== */
+/* Key and attribute comparators                                            */
+/* ======================================================================== */

@@ -10,3 +10,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "bol_srpolicy_wire.h"
+
+/* ======================================================================== */
+/* SRv6 Binding SID decoder                                                 */
+/* ======================================================================== */
