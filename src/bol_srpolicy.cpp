@@ -604,6 +604,14 @@ uint32_t BOL_SRPOLICY_GetRtCount(const uint32_t *pulCounters, uint32_t ulCounter
 /* Attribute record release                                                 */
 /* ======================================================================== */
 
+/* Not built yet: answers as if nothing could be done. */
+extern "C" void BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                             BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstAttr;
+    (void)pstInst;
+}
+
 /* ======================================================================== */
 /* Segment-list validation                                                  */
 /* ======================================================================== */
@@ -615,6 +623,19 @@ uint32_t BOL_SRPOLICY_GetRtCount(const uint32_t *pulCounters, uint32_t ulCounter
 /* ======================================================================== */
 /* Attribute text                                                           */
 /* ======================================================================== */
+
+/* Not built yet: answers as if nothing could be done. */
+extern "C" uint32_t BOL_SRPOLICY_OutputTunnelEncapAttr(const uint8_t *pucTlv, uint32_t ulAttrLen, uint32_t ulRoom,
+                                                      char *pcBuf, uint32_t *pulOffset, uint32_t *pulMore)
+{
+    (void)pucTlv;
+    (void)ulAttrLen;
+    (void)ulRoom;
+    (void)pcBuf;
+    (void)pulOffset;
+    (void)pulMore;
+    return BOL_ERR_NO_HANDLER;
+}
 
 /* ======================================================================== */
 /* Segment list text                                                        */

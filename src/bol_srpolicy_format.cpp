@@ -105,6 +105,17 @@ uint32_t BOL_SRPOLICY_FormatCfg(const BOL_RT_DATA_S *pstRtData, uint32_t ulType,
 /* HA prefix TLV encoding                                                   */
 /* ======================================================================== */
 
+/* Not built yet: answers as if nothing could be done. */
+extern "C" uint32_t BOL_SRPOLICY_FormatHaRtPrefixTlv(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                     uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstRtData;
+    (void)ppucCur;
+    (void)ulRoom;
+    (void)pstInst;
+    return BOL_ERR_NO_HANDLER;
+}
+
 /* ======================================================================== */
 /* Attribute message encoding                                               */
 /* ======================================================================== */

@@ -103,6 +103,21 @@ uint32_t BOL_SRPOLICY_ParseCfg(const void *pvCfg, uint32_t ulLen, uint32_t ulTyp
 /* Attribute decoding                                                       */
 /* ======================================================================== */
 
+/* Not built yet: answers as if nothing could be done. */
+extern "C" uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                                        BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                        BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
+                                                        uint8_t **ppucStdSliceIdPos)
+{
+    (void)pucAttr;
+    (void)ulAttrLen;
+    (void)ppstAttr;
+    (void)pstInst;
+    (void)ppucPrivSliceIdPos;
+    (void)ppucStdSliceIdPos;
+    return BOL_ERR_NO_HANDLER;
+}
+
 /* ======================================================================== */
 /* Sub-TLV decoders                                                         */
 /* ======================================================================== */
