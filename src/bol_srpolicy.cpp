@@ -668,6 +668,18 @@ void SidText(const bol::View &stValue, uint32_t ulOff, char *pcText, uint32_t ul
     (void)BOL_SRPOLICY_IPv6AddrToStr(aulWords, 16u, pcText, ulTextLen);
 }
 
+/* The argument checks of the text handlers, in their order. */
+uint32_t CheckData2StrArgs(const BOL_RT_DATA_S *pstRtData, const char *pcBuf, const uint32_t *pulOffset,
+                           const uint32_t *pulMore, const BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pcBuf, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulOffset, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return BOL_OK;
+}
+
 } /* namespace */
 
 /* Formats at the position of a TextOut: all or nothing, or cut at the end of
@@ -721,11 +733,10 @@ uint32_t BOL_SRPOLICY_IPv6AddrToStr(const uint32_t *pulAddr, uint32_t ulAddrLen,
 uint32_t BOL_SRPOLICY_MpNlriData2Str(const BOL_RT_DATA_S *pstRtData, char *pcBuf, uint32_t ulBufLen,
                                      uint32_t *pulOffset, uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pcBuf, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulOffset, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    uint32_t ulRet = CheckData2StrArgs(pstRtData, pcBuf, pulOffset, pulMore, pstInst);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
 
     const BOL_SRPOLICY_NLRI_S *pstKey = pstRtData->pstKey;
     if (pstKey == nullptr || pstRtData->ulKeyLen != BOL_SRPOLICY_NLRI_KEY_LEN) {
@@ -788,24 +799,20 @@ const uint32_t kHeldBackChars = 12u;
 const uint32_t kBsidTextLen = 1000u;
 const uint32_t kNameTextLen = 256u;
 
-/* The checks every printer starts with: 2 for a null value or written count
- * (reported), 4 for a null text buffer (written count 0), else 0. */
-uint32_t CheckPrinterArgs(const uint8_t *pucValue, const char *pcBuf, uint32_t *pulWritten)
+/* What one printer writes for a value: false when its text did not fit, or
+ * when the value has no text that could ever fit. */
+using PrinterText = bool (*)(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut);
+
+/* The printer contract around a PrinterText: 2 for a null value or written
+ * count (reported), 4 for a null text buffer or a text that did not fit
+ * (written count 0); on success the characters written are added. */
+uint32_t RunPrinter(PrinterText pfnText, const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
+                    uint32_t *pulWritten)
 {
     BOL_CHECK_PTR(pucValue, BOL_SRPOLICY_ERR_PARA);
     BOL_CHECK_PTR(pulWritten, BOL_SRPOLICY_ERR_PARA);
-    if (pcBuf == nullptr) {
-        *pulWritten = 0u;
-        return BOL_SRPOLICY_ERR_BUF_SHORT;
-    }
-    return BOL_OK;
-}
-
-/* The end of every printer: on success add what was written, else report
- * nothing written and that the text did not fit. */
-uint32_t PrinterDone(const TextOut &stOut, bool bFits, uint32_t *pulWritten)
-{
-    if (!bFits) {
+    TextOut stOut = {pcBuf, ulRoom, 0u};
+    if (pcBuf == nullptr || !pfnText(pucValue, ulLen, stOut)) {
         *pulWritten = 0u;
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
@@ -814,45 +821,105 @@ uint32_t PrinterDone(const TextOut &stOut, bool bFits, uint32_t *pulWritten)
 }
 
 /* Preference and Template ID: flags, reserved, a 32-bit number. */
-uint32_t OutputNumberData(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, char *pcBuf,
-                          uint32_t ulRoom, uint32_t *pulWritten)
+bool NumberText(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
 {
-    uint32_t ulRet = CheckPrinterArgs(pucValue, pcBuf, pulWritten);
-    if (ulRet != BOL_OK) {
-        return ulRet;
+    if (ulLen != 6u) {
+        return BOL_TEXT_PUT(stOut, "  %s: no present\n", pcLabel);
     }
-    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
-    TextOut stOut = {pcBuf, ulRoom, 0u};
-    bool bFits = (ulLen == 6u) ? BOL_TEXT_PUT(stOut, "  %s: %u\n", pcLabel, bol::GetU32(stValue, 2u))
-                               : BOL_TEXT_PUT(stOut, "  %s: no present\n", pcLabel);
-    return PrinterDone(stOut, bFits, pulWritten);
+    return BOL_TEXT_PUT(stOut, "  %s: %u\n", pcLabel, bol::GetU32(bol::MakeReadView(pucValue, ulLen), 2u));
+}
+
+bool PreferenceText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NumberText("Preference", pucValue, ulLen, stOut);
+}
+
+bool TemplateIdText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NumberText("Template ID", pucValue, ulLen, stOut);
 }
 
 /* Candidate Path Name and Policy Name: a reserved byte, then the name. A
  * name that is empty or not printable is not shown. */
-uint32_t OutputNameData(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                        uint32_t *pulWritten)
+bool NameText(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
 {
-    uint32_t ulRet = CheckPrinterArgs(pucValue, pcBuf, pulWritten);
-    if (ulRet != BOL_OK || ulLen == 0u) {
-        return ulRet;
-    }
-    const bol::View stName = bol::SubView(bol::MakeReadView(pucValue, ulLen), 1u, ulLen - 1u);
+    const bol::View stName = bol::SubView(bol::MakeReadView(pucValue, ulLen), 1u, (ulLen != 0u) ? ulLen - 1u : 0u);
     if (BOL_SRPOLICY_CheckNameValid(stName.puc, stName.ulLen) == 0u) {
-        return BOL_OK;
+        return true;
     }
     char acName[kNameTextLen] = {};
     BOL_SRPOLICY_OutputGetCopyName(acName, sizeof(acName), stName.puc, stName.ulLen);
-    TextOut stOut = {pcBuf, ulRoom, 0u};
-    bool bFits = BOL_TEXT_PUT(stOut, "  %s: %s\n", pcLabel, acName);
-    return PrinterDone(stOut, bFits, pulWritten);
+    return BOL_TEXT_PUT(stOut, "  %s: %s\n", pcLabel, acName);
 }
 
-/* Type and length of a sub-TLV with a 1-byte length, read from the two
- * header bytes that the walk always hands over just before the value. */
-bol::View SubTlvHeaderBefore(const uint8_t *pucValue)
+bool CPathNameText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
 {
-    return bol::MakeReadView(pucValue - 2, 2u);
+    return NameText("Candidate Path Name", pucValue, ulLen, stOut);
+}
+
+bool PolicyNameText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NameText("Policy Name", pucValue, ulLen, stOut);
+}
+
+/* Private (126) and standard (123) slice id alike. Type and length are read
+ * from the two header bytes that the walk always hands over just before the
+ * value (both types have a 1-byte length). */
+bool SliceIdText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stHdr = bol::MakeReadView(pucValue - 2, 2u);
+    const uint32_t ulType = bol::GetU8(stHdr, 0u);
+    if (ulLen != 6u) {
+        return BOL_TEXT_PUT(stOut, "  unknow type(%u),len(%u)\n", ulType, static_cast<uint32_t>(bol::GetU8(stHdr, 1u)));
+    }
+    return BOL_TEXT_PUT(stOut, "  Slice ID(type:%u): %u\n", ulType,
+                        bol::GetU32(bol::MakeReadView(pucValue, ulLen), 2u));
+}
+
+/* Binding SID: without a value (length 2), an MPLS label (6) or an SRv6 SID
+ * (18); any other length has no text and stops the walk. */
+bool BsidText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
+    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
+    const uint32_t ulSFlag = (ulFlags >> 7) & 1u;
+    const uint32_t ulIFlag = (ulFlags >> 6) & 1u;
+    if (ulLen == 2u) {
+        return BOL_TEXT_PUT(stOut, "  Binding SID: no present, s-flag(%u), i-flag(%u)\n", ulSFlag, ulIFlag);
+    }
+    if (ulLen == 6u) {
+        return BOL_TEXT_PUT(stOut, "  Binding SID: %u, s-flag(%u), i-flag(%u)\n", bol::GetU32(stValue, 2u) >> 12,
+                            ulSFlag, ulIFlag);
+    }
+    if (ulLen == 18u) {
+        char acSid[kBsidTextLen] = {};
+        SidText(stValue, 2u, acSid, kBsidTextLen);
+        return BOL_TEXT_PUT(stOut, "  Binding SID: %s, s-flag(%u), i-flag(%u)\n", acSid, ulSFlag, ulIFlag);
+    }
+    return false;
+}
+
+/* SRv6 Binding SID: the SID line must fit; behavior and structure (length
+ * 26) are then appended as far as the room goes. */
+bool Srv6BsidText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
+    char acSid[kBsidTextLen] = {};
+    SidText(stValue, 2u, acSid, kBsidTextLen);
+    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
+    if (!BOL_TEXT_PUT(stOut, "  SRv6 Binding SID: %s, Flags:0x%02x", acSid, ulFlags)) {
+        return false;
+    }
+    if (ulLen != 26u) {
+        BOL_TEXT_CUT(stOut, "\n");
+        return true;
+    }
+    const uint32_t ulBehavior = bol::GetU16(stValue, 18u);
+    BOL_TEXT_CUT(stOut, ", Endpoint Behavior: 0x%x", ulBehavior);
+    BOL_TEXT_CUT(stOut, ", SID Structure: LB length:%u, LN length:%u, Func length:%u, Args length:%u\n",
+                 static_cast<uint32_t>(bol::GetU8(stValue, 22u)), static_cast<uint32_t>(bol::GetU8(stValue, 23u)),
+                 static_cast<uint32_t>(bol::GetU8(stValue, 24u)), static_cast<uint32_t>(bol::GetU8(stValue, 25u)));
+    return true;
 }
 
 } /* namespace */
@@ -863,11 +930,10 @@ uint32_t BOL_SRPOLICY_TunnelEncapsulationAttr2Str(const BOL_RT_DATA_S *pstRtData
                                                   uint32_t *pulOffset, uint32_t *pulMore,
                                                   BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pcBuf, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulOffset, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    uint32_t ulRet = CheckData2StrArgs(pstRtData, pcBuf, pulOffset, pulMore, pstInst);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
     if (pstRtData->pucAttr == nullptr) {
         return BOL_ERR_NO_DATA;
     }
@@ -993,113 +1059,24 @@ void BOL_SRPOLICY_OutputENLP(void) {}
 
 void BOL_SRPOLICY_OutputPriorityData(void) {}
 
-uint32_t BOL_SRPOLICY_OutputPreferenceData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                           uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    return OutputNumberData("Preference", pucValue, ulLen, pcBuf, ulRoom, pulWritten);
-}
-
-uint32_t BOL_SRPOLICY_OutputCfgModuleData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                          uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    return OutputNumberData("Template ID", pucValue, ulLen, pcBuf, ulRoom, pulWritten);
-}
-
-/* Private (126) and standard (123) slice id alike; the type shown is the
- * one in the header. */
-uint32_t BOL_SRPOLICY_OutputSliceIdData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                        uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    uint32_t ulRet = CheckPrinterArgs(pucValue, pcBuf, pulWritten);
-    if (ulRet != BOL_OK) {
-        return ulRet;
+/* The exported printers: the contract of RunPrinter around their text. */
+#define BOL_DEFINE_PRINTER(name, text)                                                                      \
+    uint32_t name(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom, uint32_t *pulWritten, \
+                  uint32_t *pulInner)                                                                          \
+    {                                                                                                          \
+        (void)pulInner;                                                                                        \
+        return RunPrinter(text, pucValue, ulLen, pcBuf, ulRoom, pulWritten);                                   \
     }
-    const bol::View stHdr = SubTlvHeaderBefore(pucValue);
-    const uint32_t ulType = bol::GetU8(stHdr, 0u);
-    const uint32_t ulHdrLen = bol::GetU8(stHdr, 1u);
-    TextOut stOut = {pcBuf, ulRoom, 0u};
-    bool bFits = (ulLen == 6u)
-                     ? BOL_TEXT_PUT(stOut, "  Slice ID(type:%u): %u\n", ulType,
-                                    bol::GetU32(bol::MakeReadView(pucValue, ulLen), 2u))
-                     : BOL_TEXT_PUT(stOut, "  unknow type(%u),len(%u)\n", ulType, ulHdrLen);
-    return PrinterDone(stOut, bFits, pulWritten);
-}
 
-/* Binding SID: without a value (length 2), an MPLS label (6) or an SRv6 SID
- * (18); any other length has no text and stops the walk. */
-uint32_t BOL_SRPOLICY_OutputBSIDData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                     uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    uint32_t ulRet = CheckPrinterArgs(pucValue, pcBuf, pulWritten);
-    if (ulRet != BOL_OK) {
-        return ulRet;
-    }
-    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
-    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
-    const uint32_t ulSFlag = (ulFlags >> 7) & 1u;
-    const uint32_t ulIFlag = (ulFlags >> 6) & 1u;
-    TextOut stOut = {pcBuf, ulRoom, 0u};
-    bool bFits = false;
-    if (ulLen == 2u) {
-        bFits = BOL_TEXT_PUT(stOut, "  Binding SID: no present, s-flag(%u), i-flag(%u)\n", ulSFlag, ulIFlag);
-    } else if (ulLen == 6u) {
-        bFits = BOL_TEXT_PUT(stOut, "  Binding SID: %u, s-flag(%u), i-flag(%u)\n", bol::GetU32(stValue, 2u) >> 12,
-                             ulSFlag, ulIFlag);
-    } else if (ulLen == 18u) {
-        char acSid[kBsidTextLen] = {};
-        SidText(stValue, 2u, acSid, kBsidTextLen);
-        bFits = BOL_TEXT_PUT(stOut, "  Binding SID: %s, s-flag(%u), i-flag(%u)\n", acSid, ulSFlag, ulIFlag);
-    }
-    return PrinterDone(stOut, bFits, pulWritten);
-}
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputPreferenceData, PreferenceText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputCfgModuleData, TemplateIdText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputSliceIdData, SliceIdText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputBSIDData, BsidText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputSRv6BSIDData, Srv6BsidText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputCPathName, CPathNameText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputPolicyName, PolicyNameText)
 
-/* SRv6 Binding SID: the SID line must fit; behavior and structure (length
- * 26) are then appended as far as the room goes. */
-uint32_t BOL_SRPOLICY_OutputSRv6BSIDData(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                         uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    uint32_t ulRet = CheckPrinterArgs(pucValue, pcBuf, pulWritten);
-    if (ulRet != BOL_OK) {
-        return ulRet;
-    }
-    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
-    char acSid[kBsidTextLen] = {};
-    SidText(stValue, 2u, acSid, kBsidTextLen);
-    TextOut stOut = {pcBuf, ulRoom, 0u};
-    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
-    if (!BOL_TEXT_PUT(stOut, "  SRv6 Binding SID: %s, Flags:0x%02x", acSid, ulFlags)) {
-        return PrinterDone(stOut, false, pulWritten);
-    }
-    if (ulLen == 26u) {
-        const uint32_t ulBehavior = bol::GetU16(stValue, 18u);
-        BOL_TEXT_CUT(stOut, ", Endpoint Behavior: 0x%x", ulBehavior);
-        BOL_TEXT_CUT(stOut, ", SID Structure: LB length:%u, LN length:%u, Func length:%u, Args length:%u\n",
-                     static_cast<uint32_t>(bol::GetU8(stValue, 22u)), static_cast<uint32_t>(bol::GetU8(stValue, 23u)),
-                     static_cast<uint32_t>(bol::GetU8(stValue, 24u)), static_cast<uint32_t>(bol::GetU8(stValue, 25u)));
-    } else {
-        BOL_TEXT_CUT(stOut, "\n");
-    }
-    return PrinterDone(stOut, true, pulWritten);
-}
-
-uint32_t BOL_SRPOLICY_OutputCPathName(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                      uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    return OutputNameData("Candidate Path Name", pucValue, ulLen, pcBuf, ulRoom, pulWritten);
-}
-
-uint32_t BOL_SRPOLICY_OutputPolicyName(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
-                                       uint32_t *pulWritten, uint32_t *pulInner)
-{
-    (void)pulInner;
-    return OutputNameData("Policy Name", pucValue, ulLen, pcBuf, ulRoom, pulWritten);
-}
+#undef BOL_DEFINE_PRINTER
 
 } /* extern "C" */
 
