@@ -319,6 +319,7 @@ TEST_F(Text, WhereTextStopsAndResumes)
         {"second label stops the list", vecList, ulList, 0, BOL_OK,
          "\r\n" + kHeader + "  Segment List\n    Segment: type:1, Label:100\n", 1, 4 + 3 + 1 + 8 + 2},
         {"list resumes at the second label", vecList, 64, 18, BOL_OK, "\r\n    Segment: type:1, Label:200\n", 0, 18},
+        {"list resumed with no room for printers", vecList, 14, 18, BOL_OK, "\r\n", 1, 18},
         {"no room for the header", vecList, 2u + kHeader.size(), 0, BOL_OK, "\r\n", 77, 0},
         {"no room for the line break", vecList, 2, 0, BOL_SRPOLICY_ERR_BUF_SHORT, "", 77, 0},
         /* SRv6 binding SID: pieces after the first are cut, not refused. */
