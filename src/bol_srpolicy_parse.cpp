@@ -101,14 +101,17 @@ namespace {
 const uint32_t kNlriBodyV4 = 12u;
 const uint32_t kNlriBodyV6 = 24u;
 
-/* Distinguisher, color and ulWords endpoint words, big-endian from ulOff on,
+/* Distinguisher, color and WORDS endpoint words, big-endian from ulOff on,
  * into a key that the caller has zeroed. The NLRI body, the HA prefix TLV and
- * the conditional-route key message all carry the key fields this way. */
-void GetKeyFields(const bol::View &stView, uint32_t ulOff, uint32_t ulWords, BOL_SRPOLICY_NLRI_S &stKey)
+ * the conditional-route key message all carry the key fields this way. The
+ * word count is fixed per caller so that the reads unroll on the hot path. */
+template <uint32_t WORDS>
+inline void GetKeyFields(const bol::View &stView, uint32_t ulOff, BOL_SRPOLICY_NLRI_S &stKey)
 {
+    static_assert(WORDS >= 1u && WORDS <= 4u, "an endpoint has one to four words");
     stKey.ulDistinguisher = bol::GetU32(stView, ulOff);
     stKey.ulPolicyColor = bol::GetU32(stView, ulOff + 4u);
-    for (uint32_t i = 0; i < ulWords && i < 4u; i++) {
+    for (uint32_t i = 0; i < WORDS; i++) {
         stKey.aulEndpoint[i] = bol::GetU32(stView, ulOff + 8u + 4u * i);
     }
 }
@@ -126,6 +129,35 @@ uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRP
     stDesc.ulKeyLen = BOL_SRPOLICY_NLRI_KEY_LEN;
     stDesc.pvKey = pstKey;
     return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+}
+
+/* Decodes an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller has
+ * checked, hands its key to the host and, once handed over, clears the more
+ * flag and moves the cursor past the body. The length comes from the body,
+ * never from the wire byte. Shared by both NLRI entry points; inlined into
+ * the per-NLRI path of a full-table load. */
+inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
+                               const BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    uint32_t ulUsed = bV4 ? kNlriBodyV4 : kNlriBodyV6;
+    bol::Reader stRd = bol::MakeReader(*ppucCur, ulUsed);
+    bol::View stBody = {};
+    (void)bol::ReadView(stRd, ulUsed, stBody);
+
+    BOL_SRPOLICY_NLRI_S stKey = {};
+    if (bV4) {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV4);
+        GetKeyFields<1u>(stBody, 0u, stKey);
+    } else {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
+        GetKeyFields<4u>(stBody, 0u, stKey);
+    }
+    uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
+    if (ulRet == BOL_OK) {
+        *pulMore = 0u;
+        *ppucCur = stRd.puc;
+    }
+    return ulRet;
 }
 
 } /* namespace */
@@ -155,8 +187,10 @@ uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHos
         return BOL_ERR_NLRI_LEN;
     }
 
+    /* The body decoder that BOL_SRPOLICY_ParseBgpNlri wraps, without its
+     * checks: they hold here. */
     uint8_t *pucBody = stRd.puc;
-    uint32_t ulRet = BOL_SRPOLICY_ParseBgpNlri(&pucBody, ulBody, ppvOut, pulMore, pstInst);
+    uint32_t ulRet = DecodeNlriBody(&pucBody, ulBody == kNlriBodyV4, ppvOut, pulMore, pstInst);
     /* The host gets the cursor and the more flag even when the key could not
      * be handed over, so that it can skip this NLRI. */
     *ppucCur = pucBody;
@@ -186,22 +220,7 @@ uint32_t BOL_SRPOLICY_ParseBgpNlri(uint8_t **ppucCur, uint32_t ulNlriBytes, void
     BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
 
-    bool bV4 = (ulNlriBytes == kNlriBodyV4);
-    bol::Reader stRd = bol::MakeReader(*ppucCur, ulNlriBytes);
-    bol::View stBody = {};
-    (void)bol::ReadView(stRd, bV4 ? kNlriBodyV4 : kNlriBodyV6, stBody);
-
-    BOL_SRPOLICY_NLRI_S stKey = {};
-    /* The length comes from the body, never from the wire byte. */
-    stKey.ucNlriLen = static_cast<uint8_t>(bV4 ? BOL_SRPOLICY_NLRI_LEN_IPV4 : BOL_SRPOLICY_NLRI_LEN_IPV6);
-    GetKeyFields(stBody, 0u, bV4 ? 1u : 4u, stKey);
-
-    uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
-    if (ulRet == BOL_OK) {
-        *pulMore = 0u;
-        *ppucCur = stRd.puc;
-    }
-    return ulRet;
+    return DecodeNlriBody(ppucCur, ulNlriBytes == kNlriBodyV4, ppvOut, pulMore, pstInst);
 }
 
 } /* extern "C" */
@@ -262,7 +281,7 @@ extern "C" uint32_t BOL_SRPOLICY_ParseHaRtPrefixTlv(const uint8_t *pucMsg, uint3
     /* All four endpoint words are taken as sent, whatever the length. */
     BOL_SRPOLICY_NLRI_S stKey = {};
     stKey.ucNlriLen = ucNlriLen;
-    GetKeyFields(stMsg, offsetof(BOL_SRPOLICY_RT_KEY_MSG_S, aucDistinguisher), 4u, stKey);
+    GetKeyFields<4u>(stMsg, offsetof(BOL_SRPOLICY_RT_KEY_MSG_S, aucDistinguisher), stKey);
     return OutputKeyOnly(ppvOut, &stKey, pstInst);
 }
 
