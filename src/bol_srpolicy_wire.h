@@ -11,6 +11,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "bol_platform.h"
+
 namespace bol {
 
 inline uint16_t LoadBe16(const uint8_t *puc)
@@ -282,6 +284,16 @@ inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
     stWr.puc += ulCount;
     stWr.ulRoom -= ulCount;
     return true;
+}
+
+/* Copies ulCount bytes to the writer's position with memcpy_s and steps past
+ * them when they fit the room, whether or not the copy succeeded: callers
+ * report a non-zero result and carry on as if the bytes had been written. */
+inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    int iRet = memcpy_s(stWr.puc, stWr.ulRoom, pucSrc, ulCount);
+    (void)PutSkip(stWr, ulCount);
+    return iRet;
 }
 
 } /* namespace bol */
