@@ -89,6 +89,26 @@ inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANC
     return r;
 }
 
+/* Calls the setter through the procedure table on a route holding vecHeld;
+ * vecOut receives the attribute handed over (empty when none). */
+inline uint32_t SetAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecHeld,
+                          uint32_t ulFlags, Bytes &vecOut)
+{
+    bt::Route rt;
+    rt.SetAttr(vecHeld);
+    void *pvOut = nullptr;
+    uint32_t ulRet = stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, pstInst);
+    vecOut.clear();
+    if (pvOut != nullptr) {
+        bt::Output o = bt::TakeOutput(pvOut);
+        EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
+        EXPECT_EQ(o.stHdr.ucAttrType, 23u);
+        vecOut = o.Attr();
+    }
+    EXPECT_EQ(ulRet == BOL_OK, pvOut != nullptr);
+    return ulRet;
+}
+
 /* A decoded record, released when it goes out of scope. */
 struct Record {
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;

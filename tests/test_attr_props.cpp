@@ -143,15 +143,9 @@ private:
 
 class AttrProps : public bt::PluginTest {
 protected:
-    /* The setter through the procedure table; the output, empty on failure. */
     uint32_t Set(const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut)
     {
-        bt::Route rt;
-        rt.SetAttr(vecHeld);
-        void *pvOut = nullptr;
-        uint32_t ulRet = m_stTbl.pfnSetAttr(&rt.stRt, 23, ulFlags, &pvOut, m_pstInst);
-        vecOut = (pvOut != nullptr) ? bt::TakeOutput(pvOut).Attr() : Bytes();
-        return ulRet;
+        return at::SetAsHost(m_stTbl, m_pstInst, vecHeld, ulFlags, vecOut);
     }
 };
 

@@ -16,22 +16,9 @@ namespace {
 
 class AttrSet : public bt::PluginTest {
 protected:
-    /* Calls the setter through the procedure table on a route holding vecHeld. */
     uint32_t Set(const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut)
     {
-        bt::Route rt;
-        rt.SetAttr(vecHeld);
-        void *pvOut = nullptr;
-        uint32_t ulRet = m_stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, m_pstInst);
-        vecOut.clear();
-        if (pvOut != nullptr) {
-            bt::Output o = bt::TakeOutput(pvOut);
-            EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-            EXPECT_EQ(o.stHdr.ucAttrType, 23u);
-            vecOut = o.Attr();
-        }
-        EXPECT_EQ(ulRet == BOL_OK, pvOut != nullptr);
-        return ulRet;
+        return at::SetAsHost(m_stTbl, m_pstInst, vecHeld, ulFlags, vecOut);
     }
 };
 
