@@ -695,6 +695,13 @@ uint32_t CheckOnce(bool bLenOk, uint32_t *pulSeen)
     return BOL_OK;
 }
 
+/* The check in row ulType of the table, null when the row has none or the
+ * type has no row. */
+BOL_SRPOLICY_SEG_CHECK_PF RowCheck(uint32_t ulType)
+{
+    return (ulType < kCheckRows) ? g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[ulType].unHandler.pfnSegCheck : nullptr;
+}
+
 /* The once-only markers of one validation. */
 struct SegMarkers {
     uint32_t ulWeightSeen;
@@ -702,10 +709,16 @@ struct SegMarkers {
     uint32_t ulMtu220Seen;
 };
 
-/* Checks one segment by its type; types without a check are accepted. */
+/* Checks one segment by its type; types without a check are accepted.
+ * Types 1 to 8 (the usual label and SID segments) come from the table. */
 uint32_t CheckOneSegment(uint32_t ulType, const bol::View &stSeg, SegMarkers &stMarkers)
 {
     const uint8_t *pucEnd = stSeg.puc + stSeg.ulLen;
+    if (ulType >= 1u && ulType < kCheckRows) {
+        BOL_SRPOLICY_SEG_CHECK_PF pfnCheck = RowCheck(ulType);
+        return (pfnCheck != nullptr) ? pfnCheck(stSeg.puc, pucEnd, stSeg.ulLen, ulType)
+                                     : BOL_SRPOLICY_CheckSubTlvValid(stSeg.puc, pucEnd, stSeg.ulLen, ulType);
+    }
     if (ulType == BOL_SRPOLICY_SEG_WEIGHT) {
         return BOL_SRPOLICY_CheckSegmenWeightVaild(stSeg.puc, pucEnd, stSeg.ulLen, &stMarkers.ulWeightSeen);
     }
@@ -718,18 +731,7 @@ uint32_t CheckOneSegment(uint32_t ulType, const bol::View &stSeg, SegMarkers &st
     if (ulType == BOL_SRPOLICY_SEG_BSID) {
         return BOL_SRPOLICY_CheckSegmentListBSidValid(stSeg.puc, pucEnd, stSeg.ulLen);
     }
-    if (ulType >= 1u && ulType < kCheckRows) {
-        return BOL_SRPOLICY_CheckSubTlvValid(stSeg.puc, pucEnd, stSeg.ulLen, ulType);
-    }
     return BOL_OK;
-}
-
-/* Reads the next segment header and value; false when the framing does not
- * hold (header cut short, or a value longer than the bytes left). */
-bool NextSegment(bol::Reader &stRd, uint8_t &ucType, bol::View &stSeg)
-{
-    uint8_t ucLen = 0u;
-    return bol::ReadU8(stRd, ucType) && bol::ReadU8(stRd, ucLen) && bol::ReadView(stRd, ucLen, stSeg);
 }
 
 } /* namespace */
@@ -749,7 +751,7 @@ uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ul
     while (stRd.ulLeft != 0u) {
         uint8_t ucType = 0u;
         bol::View stSeg = {nullptr, 0u};
-        if (!NextSegment(stRd, ucType, stSeg)) {
+        if (!bol::ReadTlv8(stRd, ucType, stSeg)) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
         uint32_t ulRet = CheckOneSegment(ucType, stSeg, stMarkers);
@@ -772,7 +774,7 @@ void BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(uint8_t *pucValue, uint32_t ul
     (void)bol::Skip(stRd, 1u);
     uint8_t ucType = 0u;
     bol::View stSeg = {nullptr, 0u};
-    while (NextSegment(stRd, ucType, stSeg)) {
+    while (bol::ReadTlv8(stRd, ucType, stSeg)) {
         if (ucType == BOL_SRPOLICY_SEG_WEIGHT) {
             bol::SetU8(stSeg, 0u, 0u);
             return;
@@ -787,10 +789,7 @@ void BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(uint8_t *pucValue, uint32_t ul
 uint32_t BOL_SRPOLICY_CheckSubTlvValid(const uint8_t *pucValue, const uint8_t *pucEnd, uint32_t ulLen,
                                        uint32_t ulType)
 {
-    BOL_SRPOLICY_SEG_CHECK_PF pfnCheck = nullptr;
-    if (ulType < kCheckRows) {
-        pfnCheck = g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[ulType].unHandler.pfnSegCheck;
-    }
+    BOL_SRPOLICY_SEG_CHECK_PF pfnCheck = RowCheck(ulType);
     if (pfnCheck == nullptr) {
         char acText[BOL_REPORT_TEXT_LEN];
         (void)memset_s(acText, sizeof(acText), 0, sizeof(acText));

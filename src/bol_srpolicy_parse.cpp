@@ -246,9 +246,93 @@ struct SliceIdPos {
     uint8_t *pucStd;
 };
 
+/* The copy writer. The exported helpers below check their arguments and
+ * call these; the walk calls these directly. */
+
+/* The tunnel type and length as received (the length is rewritten when the
+ * copy is finished). */
+void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
+                BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    bol::View stHdr = bol::MakeView(const_cast<uint8_t *>(pucAttr), kTnlHdrLen);
+    bol::Writer stWr = bol::MakeWriter(pucPos, kTnlHdrLen);
+    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 0u));
+    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 2u));
+    pucPos = stWr.puc;
+    pstAttr->pstInst = pstInst;
+    pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
+}
+
+/* A zero reserved byte (the copy buffer is zero-filled), the kept name, and
+ * the remembered length field rewritten to 1 + the kept length. */
+void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+{
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
+    (void)bol::PutSkip(stWr, 1u);
+    if (usNameLen != 0u && pucName != nullptr) {
+        int iRet = bol::PutBytes(stWr, pucName, usNameLen);
+        if (iRet != 0) {
+            BOL_REPORT_SEC(iRet);
+        }
+    }
+    bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
+    PutLenField(stLen, ulWidth, 1u + usNameLen);
+    pucPos = stWr.puc;
+}
+
+/* pucValuePos stands on the value of a slice-id sub-TLV, whose type byte
+ * lies 2 bytes before it (slice ids have a 1-byte length). */
+void NoteSliceIdPos(uint8_t *pucValuePos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
+                    uint8_t **ppucStdSliceIdPos)
+{
+    uint8_t **ppucOut = nullptr;
+    if (ulType == BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID) {
+        ppucOut = ppucPrivSliceIdPos;
+    } else if (ulType == BOL_SRPOLICY_SUBTLV_STD_SLICE_ID) {
+        ppucOut = ppucStdSliceIdPos;
+    }
+    if (ppucOut != nullptr) {
+        *ppucOut = pucValuePos - 2;
+    }
+}
+
+/* Appends one sub-TLV: type, length in the width the wire used, then the
+ * value as the decoder left it, or the kept name. The walk has checked that
+ * the sub-TLV fits, and the copy never outgrows the received bytes. */
+void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint32_t ulLen,
+                const uint8_t *pucValue, uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
+{
+    uint32_t ulWidth = (pstAttr->ucSubTlvLenWidth == 1u) ? 1u : 2u;
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + ulLen);
+    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulType));
+    pstAttr->pucCurLenField = stWr.puc;
+    PutLenField(stWr, ulWidth, ulLen);
+
+    const NameSlot *pstName = FindNameSlot(ulType);
+    if (pstName != nullptr) {
+        CopyName(stWr.puc, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
+        pucPos = stWr.puc;
+        return;
+    }
+    NoteSliceIdPos(stWr.puc, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    pucPos = stWr.puc;
+}
+
+/* The copy's length, and its tunnel length rewritten to match. */
+void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
+{
+    pstAttr->usRealPrivAttrLen = static_cast<uint16_t>(pucPos - pstAttr->pucRealPrivAttr);
+    bol::View stHdr = bol::MakeView(pstAttr->pucRealPrivAttr, kTnlHdrLen);
+    bol::SetU16(stHdr, 2u, static_cast<uint16_t>(pstAttr->usRealPrivAttrLen - kTnlHdrLen));
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
- * appending every one to the copy at *ppucPos. */
-uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t **ppucPos,
+ * appending every one to the copy at pucPos. */
+uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
                      SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
@@ -286,10 +370,9 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
                 return ulRet;
             }
         }
-        BOL_SRPOLICY_SetRealPrivateAttr(ppucPos, pstAttr, ucType, ulLen, stValue.puc, &stPos.pucPriv,
-                                        &stPos.pucStd);
+        CopySubTlv(pucPos, pstAttr, ucType, ulLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
         if (stRd.ulLeft == 0u) {
-            BOL_SRPOLICY_UpdateRealPrivateAttrLen(ppucPos, pstAttr);
+            FinishCopy(pucPos, pstAttr);
             return BOL_OK;
         }
     }
@@ -306,21 +389,9 @@ void BOL_SRPOLICY_CopyAttrLenAndType(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_AT
     BOL_CHECK_PTR(*ppucPos, );
     BOL_CHECK_PTR(pstAttr, );
     BOL_CHECK_PTR(pucAttr, );
-
-    bol::Writer stWr = bol::MakeWriter(*ppucPos, kTnlHdrLen);
-    int iRet = bol::PutBytes(stWr, pucAttr, kTnlHdrLen);
-    if (iRet != 0) {
-        BOL_REPORT_SEC(iRet);
-    }
-    *ppucPos = stWr.puc;
-    pstAttr->pstInst = pstInst;
-    pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
+    CopyHeader(*ppucPos, pstAttr, pucAttr, ulAttrLen, pstInst);
 }
 
-/* Appends one sub-TLV: type, length in the width the wire used, then the
- * value as the decoder left it, or the kept name behind a zero reserved
- * byte. The walk has checked that the sub-TLV fits, and the copy never
- * outgrows the received bytes. */
 void BOL_SRPOLICY_SetRealPrivateAttr(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType,
                                      uint32_t ulLen, const uint8_t *pucValue, uint8_t **ppucPrivSliceIdPos,
                                      uint8_t **ppucStdSliceIdPos)
@@ -329,29 +400,7 @@ void BOL_SRPOLICY_SetRealPrivateAttr(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_AT
     BOL_CHECK_PTR(*ppucPos, );
     BOL_CHECK_PTR(pstAttr, );
     BOL_CHECK_PTR(pucValue, );
-
-    uint32_t ulWidth = (pstAttr->ucSubTlvLenWidth == 1u) ? 1u : 2u;
-    bol::Writer stWr = bol::MakeWriter(*ppucPos, 1u + ulWidth + ulLen);
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulType));
-    pstAttr->pucCurLenField = stWr.puc;
-    PutLenField(stWr, ulWidth, ulLen);
-
-    const NameSlot *pstName = FindNameSlot(ulType);
-    if (pstName != nullptr) {
-        BOL_SRPOLICY_SetRealPrivateAttrName(&stWr.puc, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen,
-                                            pstAttr->pucCurLenField, static_cast<uint8_t>(ulWidth));
-        *ppucPos = stWr.puc;
-        return;
-    }
-
-    bol::Writer stValue = bol::MakeWriter(stWr.puc, ulLen);
-    int iRet = bol::PutBytes(stValue, pucValue, ulLen);
-    if (iRet != 0) {
-        BOL_REPORT_SEC(iRet);
-    }
-    BOL_SRPOLICY_GetSliceIDAttrPos(&stWr.puc, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
-    (void)bol::PutSkip(stWr, ulLen);
-    *ppucPos = stWr.puc;
+    CopySubTlv(*ppucPos, pstAttr, ulType, ulLen, pucValue, ppucPrivSliceIdPos, ppucStdSliceIdPos);
 }
 
 void BOL_SRPOLICY_SetRealPrivateAttrName(uint8_t **ppucPos, const uint8_t *pucName, uint16_t usNameLen,
@@ -360,39 +409,15 @@ void BOL_SRPOLICY_SetRealPrivateAttrName(uint8_t **ppucPos, const uint8_t *pucNa
     BOL_CHECK_PTR(ppucPos, );
     BOL_CHECK_PTR(*ppucPos, );
     BOL_CHECK_PTR(pucLenField, );
-
-    /* The reserved byte stays as the zero-filled copy buffer has it. */
-    bol::Writer stWr = bol::MakeWriter(*ppucPos, 1u + usNameLen);
-    (void)bol::PutSkip(stWr, 1u);
-    if (usNameLen != 0u && pucName != nullptr) {
-        int iRet = bol::PutBytes(stWr, pucName, usNameLen);
-        if (iRet != 0) {
-            BOL_REPORT_SEC(iRet);
-        }
-    }
-    uint32_t ulWidth = (ucWidth == 1u) ? 1u : 2u;
-    bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
-    PutLenField(stLen, ulWidth, 1u + usNameLen);
-    *ppucPos = stWr.puc;
+    CopyName(*ppucPos, pucName, usNameLen, pucLenField, (ucWidth == 1u) ? 1u : 2u);
 }
 
-/* *ppucPos stands on the value of a slice-id sub-TLV, whose type byte lies
- * 2 bytes before it (slice ids have a 1-byte length). */
 void BOL_SRPOLICY_GetSliceIDAttrPos(uint8_t **ppucPos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
                                     uint8_t **ppucStdSliceIdPos)
 {
     BOL_CHECK_PTR(ppucPos, );
     BOL_CHECK_PTR(*ppucPos, );
-
-    uint8_t **ppucOut = nullptr;
-    if (ulType == BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID) {
-        ppucOut = ppucPrivSliceIdPos;
-    } else if (ulType == BOL_SRPOLICY_SUBTLV_STD_SLICE_ID) {
-        ppucOut = ppucStdSliceIdPos;
-    }
-    if (ppucOut != nullptr) {
-        *ppucOut = *ppucPos - 2;
-    }
+    NoteSliceIdPos(*ppucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
 }
 
 void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
@@ -401,10 +426,7 @@ void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLEN
     BOL_CHECK_PTR(*ppucPos, );
     BOL_CHECK_PTR(pstAttr, );
     BOL_CHECK_PTR(pstAttr->pucRealPrivAttr, );
-
-    pstAttr->usRealPrivAttrLen = static_cast<uint16_t>(*ppucPos - pstAttr->pucRealPrivAttr);
-    bol::View stHdr = bol::MakeView(pstAttr->pucRealPrivAttr, kTnlHdrLen);
-    bol::SetU16(stHdr, 2u, static_cast<uint16_t>(pstAttr->usRealPrivAttrLen - kTnlHdrLen));
+    FinishCopy(*ppucPos, pstAttr);
 }
 
 uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
@@ -436,10 +458,10 @@ uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrL
     }
     pstAttr->usTunnelType = usTnlType;
     uint8_t *pucPos = pstAttr->pucRealPrivAttr;
-    BOL_SRPOLICY_CopyAttrLenAndType(&pucPos, pstAttr, pucAttr, ulAttrLen, pstInst);
+    CopyHeader(pucPos, pstAttr, pucAttr, ulAttrLen, pstInst);
 
     SliceIdPos stPos = {nullptr, nullptr};
-    ulRet = WalkSubTlvs(pstAttr, bol::SubView(stAttr, kTnlHdrLen, ulTnlLen), &pucPos, stPos, pstInst);
+    ulRet = WalkSubTlvs(pstAttr, bol::SubView(stAttr, kTnlHdrLen, ulTnlLen), pucPos, stPos, pstInst);
     if (ulRet != BOL_OK) {
         BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
         return ulRet;
@@ -573,12 +595,10 @@ uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8
         return BOL_SRPOLICY_ERR_NOMEM;
     }
     pstAttr->*pstSlot->ppucName = pucKept;
-    int iRet = memset_s(pucKept, ulKeep, 0, ulKeep);
-    if (iRet != 0) {
-        BOL_REPORT_SEC(iRet);
-    }
+    /* The copy fills the whole buffer, and a failed copy zeroes it, so the
+     * buffer needs no zeroing of its own. */
     bol::Writer stWr = bol::MakeWriter(pucKept, ulKeep);
-    iRet = bol::PutBytes(stWr, stName.puc, ulKeep);
+    int iRet = bol::PutBytes(stWr, stName.puc, ulKeep);
     if (iRet != 0) {
         BOL_REPORT_SEC(iRet);
     }

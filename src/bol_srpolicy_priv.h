@@ -470,8 +470,7 @@ namespace bol {
 inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
                                 const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_PARSE_DESC_S stDesc;
-    (void)memset_s(&stDesc, sizeof(stDesc), 0, sizeof(stDesc));
+    BOL_PARSE_DESC_S stDesc = {}; /* every field zero */
     stDesc.ucAttrType = static_cast<uint8_t>(BOL_SRPOLICY_PATTR_TNL_ENCAP);
     stDesc.usAttrLen = usLen;
     stDesc.pucAttr = pucAttr;

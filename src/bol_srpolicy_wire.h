@@ -188,6 +188,22 @@ inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
     return true;
 }
 
+/* The next TLV with a 1-byte type and a 1-byte length (segment sub-TLVs):
+ * its type and its value as a view, stepping past both. False, and nothing
+ * consumed, when the header or the value does not fit. */
+inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
+{
+    if (stRd.ulLeft < 2u || stRd.puc[1] > stRd.ulLeft - 2u) {
+        return false;
+    }
+    uint32_t ulLen = stRd.puc[1];
+    ucType = stRd.puc[0];
+    stValue = View{stRd.puc + 2, ulLen};
+    stRd.puc += 2u + ulLen;
+    stRd.ulLeft -= 2u + ulLen;
+    return true;
+}
+
 /* ---- Writer: appends with a room count ----------------------------------- */
 
 struct Writer {
