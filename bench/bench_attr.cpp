@@ -65,37 +65,31 @@ struct Plugin {
     ~Plugin() { BOL_SRPOLICY_Destruct(pstInst); }
 };
 
+/* One call of each measured operation, kept out of line so that callgrind
+ * can count its instructions per call (--toggle-collect=*DecodeOnce* etc.). */
+
 /* Decode as the host does: the received bytes (restored each time, since
  * decoding clears bits in place), the type-23 entry, the output block
  * released by the host. */
-void BM_DecodeAttr(benchmark::State &state)
+__attribute__((noinline)) bool DecodeOnce(Plugin &p, uint8_t *pucBuf)
 {
-    Plugin p;
-    uint8_t aucBuf[sizeof(g_aucRealistic)];
+    memcpy(pucBuf, g_aucRealistic, sizeof(g_aucRealistic));
+    uint8_t *pucCur = pucBuf;
+    void *pvOut = nullptr;
+    uint32_t ulMore = 0;
     int iHost = 0;
-    for (auto _ : state) {
-        memcpy(aucBuf, g_aucRealistic, sizeof(aucBuf));
-        uint8_t *pucCur = aucBuf;
-        void *pvOut = nullptr;
-        uint32_t ulMore = 0;
-        uint32_t ulRet = p.stTbl.pfnParsePkt(&pucCur, sizeof(aucBuf), &iHost, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut,
-                                             &ulMore, p.pstInst);
-        if (ulRet != BOL_OK) {
-            state.SkipWithError("decode failed");
-            break;
-        }
-        benchmark::DoNotOptimize(pvOut);
-        (void)ZUN_Free_F(pvOut, "bench", __LINE__);
-    }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(sizeof(g_aucRealistic)));
+    uint32_t ulRet = p.stTbl.pfnParsePkt(&pucCur, sizeof(g_aucRealistic), &iHost, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut,
+                                         &ulMore, p.pstInst);
+    benchmark::DoNotOptimize(pvOut);
+    (void)ZUN_Free_F(pvOut, "bench", __LINE__);
+    return ulRet == BOL_OK;
 }
-BENCHMARK(BM_DecodeAttr);
 
 /* The floor: the same eight platform allocations of the same sizes (record,
  * copy buffer, list head, two segment-list nodes, two names, output block),
  * the attribute copied twice (into the copy buffer and the output block),
  * and everything released; the received bytes are restored as above. */
-void BM_DecodeBaseline(benchmark::State &state)
+__attribute__((noinline)) void BaselineOnce(uint8_t *pucBuf)
 {
     const uint32_t ulLen = sizeof(g_aucRealistic);
     const uint32_t aulSizes[] = {
@@ -109,27 +103,56 @@ void BM_DecodeBaseline(benchmark::State &state)
         BOL_PARSE_OUTPUT_HDR_LEN + ulLen,
     };
     const size_t n = sizeof(aulSizes) / sizeof(aulSizes[0]);
-    uint8_t aucBuf[sizeof(g_aucRealistic)];
     void *apv[n];
+    memcpy(pucBuf, g_aucRealistic, ulLen);
+    for (size_t i = 0; i < n; i++) {
+        apv[i] = ZUN_SimpleAlloc_F(kModule, aulSizes[i], "bench", __LINE__);
+    }
+    memcpy(apv[1], pucBuf, ulLen);
+    memcpy(static_cast<uint8_t *>(apv[n - 1]) + BOL_PARSE_OUTPUT_HDR_LEN, apv[1], ulLen);
+    benchmark::DoNotOptimize(apv[n - 1]);
+    benchmark::ClobberMemory();
+    for (size_t i = 0; i < n; i++) {
+        (void)ZUN_Free_F(apv[i], "bench", __LINE__);
+    }
+}
+
+/* The setter with the slice-id rewrite: decode, rename, pack, output. */
+__attribute__((noinline)) bool SetOnce(Plugin &p, const BOL_RT_DATA_S &stRt)
+{
+    void *pvOut = nullptr;
+    uint32_t ulRet =
+        p.stTbl.pfnSetAttr(&stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, BOL_SRPOLICY_SET_PRIV_SLICE_ID, &pvOut, p.pstInst);
+    benchmark::DoNotOptimize(pvOut);
+    (void)ZUN_Free_F(pvOut, "bench", __LINE__);
+    return ulRet == BOL_OK;
+}
+
+void BM_DecodeAttr(benchmark::State &state)
+{
+    Plugin p;
+    uint8_t aucBuf[sizeof(g_aucRealistic)];
     for (auto _ : state) {
-        memcpy(aucBuf, g_aucRealistic, sizeof(aucBuf));
-        for (size_t i = 0; i < n; i++) {
-            apv[i] = ZUN_SimpleAlloc_F(kModule, aulSizes[i], "bench", __LINE__);
-        }
-        memcpy(apv[1], aucBuf, ulLen);
-        memcpy(static_cast<uint8_t *>(apv[n - 1]) + BOL_PARSE_OUTPUT_HDR_LEN, apv[1], ulLen);
-        benchmark::DoNotOptimize(apv[n - 1]);
-        benchmark::ClobberMemory();
-        for (size_t i = 0; i < n; i++) {
-            (void)ZUN_Free_F(apv[i], "bench", __LINE__);
+        if (!DecodeOnce(p, aucBuf)) {
+            state.SkipWithError("decode failed");
+            break;
         }
     }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(ulLen));
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(sizeof(aucBuf)));
+}
+BENCHMARK(BM_DecodeAttr);
+
+void BM_DecodeBaseline(benchmark::State &state)
+{
+    uint8_t aucBuf[sizeof(g_aucRealistic)];
+    for (auto _ : state) {
+        BaselineOnce(aucBuf);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(sizeof(aucBuf)));
 }
 BENCHMARK(BM_DecodeBaseline);
 
-/* The setter with the slice-id rewrite on a stored attribute that holds a
- * standard and a private slice id: decode, rename, pack, output. */
+/* On a stored attribute that holds a standard and a private slice id. */
 void BM_SetAttrPrivSliceId(benchmark::State &state)
 {
     Plugin p;
@@ -139,15 +162,10 @@ void BM_SetAttrPrivSliceId(benchmark::State &state)
     stRt.pucAttr = vecAttr.data();
     stRt.ulAttrLen = static_cast<uint32_t>(vecAttr.size());
     for (auto _ : state) {
-        void *pvOut = nullptr;
-        uint32_t ulRet = p.stTbl.pfnSetAttr(&stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, BOL_SRPOLICY_SET_PRIV_SLICE_ID,
-                                            &pvOut, p.pstInst);
-        if (ulRet != BOL_OK) {
+        if (!SetOnce(p, stRt)) {
             state.SkipWithError("set failed");
             break;
         }
-        benchmark::DoNotOptimize(pvOut);
-        (void)ZUN_Free_F(pvOut, "bench", __LINE__);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(vecAttr.size()));
 }
