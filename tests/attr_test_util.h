@@ -50,6 +50,23 @@ inline Bytes Cat(std::initializer_list<Bytes> lst)
     return v;
 }
 
+/* Decoding a normalised copy again yields the same bytes and leaves the
+ * copy itself unchanged (nothing left to clear). */
+inline void ExpectIdempotent(BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecCopy)
+{
+    Bytes vecIn = vecCopy;
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint32_t ulRet = BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecIn.data(), static_cast<uint32_t>(vecIn.size()), &pstAttr,
+                                                          pstInst, nullptr, nullptr);
+    EXPECT_EQ(ulRet, BOL_OK) << "the normalised copy decodes again";
+    if (pstAttr != nullptr) {
+        Bytes vecAgain(pstAttr->pucRealPrivAttr, pstAttr->pucRealPrivAttr + pstAttr->usRealPrivAttrLen);
+        EXPECT_EQ(bt::ToHex(vecAgain), bt::ToHex(vecCopy)) << "decoding the copy again changed it";
+        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+    }
+    EXPECT_EQ(bt::ToHex(vecIn), bt::ToHex(vecCopy)) << "decoding the copy cleared bits in it";
+}
+
 /* What the host got back from one decode through the packet-parse entry. */
 struct HostDecode {
     uint32_t ulRet = 0;
@@ -60,7 +77,8 @@ struct HostDecode {
 
 /* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
  * buffer; checks the handler's contract on the cursor and the more flag. */
-inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr)
+inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
+                               bool bCheckIdempotent = true)
 {
     HostDecode r;
     size_t n = vecAttr.size();
@@ -86,6 +104,9 @@ inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANC
         r.stOut = bt::TakeOutput(pvOut);
     }
     r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
+    if (bCheckIdempotent && r.bOutput) {
+        ExpectIdempotent(pstInst, r.stOut.Attr());
+    }
     return r;
 }
 
@@ -122,6 +143,9 @@ struct Record {
     {
         ulRet = BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecInput.data(), static_cast<uint32_t>(vecInput.size()),
                                                      &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
+        if (pstAttr != nullptr) {
+            ExpectIdempotent(pstInst, Copy());
+        }
     }
     ~Record() { BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst); }
     Record(const Record &) = delete;

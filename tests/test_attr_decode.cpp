@@ -62,7 +62,7 @@ TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
 
 TEST_F(AttrDecode, WorkedExampleThroughTheHostEntry)
 {
-    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(kExampleIn));
+    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(kExampleIn), false);
     ASSERT_EQ(r.ulRet, BOL_OK);
     EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
     EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
