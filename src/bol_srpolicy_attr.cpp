@@ -93,7 +93,8 @@ uint32_t BOL_SRPOLICY_SetTunnelEncapsulationAttr(const BOL_RT_DATA_S *pstRtData,
     bool bRemovePriv = false;
     if ((ulFlags & BOL_SRPOLICY_SET_PRIV_SLICE_ID) != 0u) {
         if (pucStdSliceId != nullptr) {
-            bol::SetU8(stCopy, OffsetIn(stCopy, pucStdSliceId), static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID));
+            bol::SetU8(stCopy, OffsetIn(stCopy, pucStdSliceId),
+                       static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID));
             bRemovePriv = (pucPrivSliceId != nullptr);
         } else if (pucPrivSliceId != nullptr) {
             bRemovePriv = (pstAttr->ucSliceIdKind & BOL_SRPOLICY_SLICE_KIND_PRIV) == 0u;

@@ -153,8 +153,10 @@ struct Record {
 
     Bytes Copy() const
     {
-        return pstAttr == nullptr ? Bytes()
-                                  : Bytes(pstAttr->pucRealPrivAttr, pstAttr->pucRealPrivAttr + pstAttr->usRealPrivAttrLen);
+        if (pstAttr == nullptr) {
+            return Bytes();
+        }
+        return Bytes(pstAttr->pucRealPrivAttr, pstAttr->pucRealPrivAttr + pstAttr->usRealPrivAttrLen);
     }
     std::vector<Bytes> SegLists() const
     {

@@ -55,7 +55,8 @@ TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
     /* The decoders cleared the received bytes in place; the name's reserved
      * byte is left as received. */
     EXPECT_EQ(bt::ToHex(rec.vecInput),
-              bt::ToHex(Hex("00 0F 00 1B 0C 06 00 01 00 00 00 64 0D 06 C0 00 00 01 20 00 82 00 05 7F 61 62 63 64 0E 01 05")));
+              bt::ToHex(Hex("00 0F 00 1B | 0C 06 00 01 00 00 00 64 | 0D 06 C0 00 00 01 20 00 |"
+                            " 82 00 05 7F 61 62 63 64 | 0E 01 05")));
     EXPECT_EQ(rec.pucPrivSliceId, nullptr);
     EXPECT_EQ(rec.pucStdSliceId, nullptr);
 }
@@ -168,19 +169,25 @@ TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
     uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
 
+    auto Handler = [&](uint8_t **ppucC, void *pvCtx, void **ppvO, uint32_t *pulM, BOL_SRPOLICY_INSTANCE_S *pstI) {
+        return BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(ppucC, ulLen, pvCtx, ppvO, pulM, pstI);
+    };
+    auto Decoder = [&](uint8_t *puc, BOL_SRPOLICY_TNLENCAP_ATTR_S **ppst, BOL_SRPOLICY_INSTANCE_S *pstI) {
+        return BOL_SRPOLICY_ParsePktTunnelEncapAttr(puc, ulLen, ppst, pstI, nullptr, nullptr);
+    };
     struct Row {
         const char *pcName;
         uint32_t ulGot;
     } astRows[] = {
-        {"cursor", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(nullptr, ulLen, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"read position", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(&pucNull, ulLen, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"out", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(&pucCur, ulLen, &iHost, nullptr, &ulMore, m_pstInst)},
-        {"more", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(&pucCur, ulLen, &iHost, &pvOut, nullptr, m_pstInst)},
-        {"instance", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(&pucCur, ulLen, &iHost, &pvOut, &ulMore, nullptr)},
-        {"host context", BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(&pucCur, ulLen, nullptr, &pvOut, &ulMore, m_pstInst)},
-        {"decoder attr", BOL_SRPOLICY_ParsePktTunnelEncapAttr(nullptr, ulLen, &pstAttr, m_pstInst, nullptr, nullptr)},
-        {"decoder out", BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecIn.data(), ulLen, nullptr, m_pstInst, nullptr, nullptr)},
-        {"decoder instance", BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecIn.data(), ulLen, &pstAttr, nullptr, nullptr, nullptr)},
+        {"cursor", Handler(nullptr, &iHost, &pvOut, &ulMore, m_pstInst)},
+        {"read position", Handler(&pucNull, &iHost, &pvOut, &ulMore, m_pstInst)},
+        {"out", Handler(&pucCur, &iHost, nullptr, &ulMore, m_pstInst)},
+        {"more", Handler(&pucCur, &iHost, &pvOut, nullptr, m_pstInst)},
+        {"instance", Handler(&pucCur, &iHost, &pvOut, &ulMore, nullptr)},
+        {"host context", Handler(&pucCur, nullptr, &pvOut, &ulMore, m_pstInst)},
+        {"decoder attr", Decoder(nullptr, &pstAttr, m_pstInst)},
+        {"decoder out", Decoder(vecIn.data(), nullptr, m_pstInst)},
+        {"decoder instance", Decoder(vecIn.data(), &pstAttr, nullptr)},
     };
     for (const Row &row : astRows) {
         EXPECT_EQ(row.ulGot, BOL_ERR_PARAM) << row.pcName;
@@ -212,7 +219,8 @@ TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
     EXPECT_EQ(tp::LiveBlocksAll(), 1u);
 
     /* Two SRv6 binding SIDs, the second refused (B-flag at length 18). */
-    Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, at::Cat({Hex("20 00"), Bytes(16, 0x01)}))}));
+    Bytes vecBad = at::Cat({Hex("20 00"), Bytes(16, 0x01)}); /* flags 20, reserved, SID */
+    Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, vecBad)}));
     at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, vecIn);
     EXPECT_EQ(r.ulRet, BOL_ERR_SUBTLV_INVALID);
     EXPECT_EQ(tp::LiveBlocksAll(), 1u);

@@ -147,7 +147,8 @@ TEST_F(SubTlv, Srv6BindingSid)
              EXPECT_EQ(v[0]->ucFunLen, 16u);
              EXPECT_EQ(v[0]->ucArgLen, 64u);
          }},
-        {"structure summing to 129", "14 1A 20 00 | " "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 | 00 30 00 00 20 10 10 41",
+        {"structure summing to 129",
+         "14 1A 20 00 | 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 | 00 30 00 00 20 10 10 41",
          BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"length 18 with flags DF: B-flag clear, stored C0",
          "14 12 DF 01 | 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02", BOL_OK,

@@ -153,8 +153,9 @@ TEST_F(SegList, NullPointersAreReported)
  * holding the cleared value; a refused list refuses the attribute. */
 TEST_F(SegList, NodesOfTheDecodedAttribute)
 {
-    at::Record rec(m_pstInst, at::Tunnel(Hex("80 00 11 | 00 01 06 00 00 00 06 40 00 09 06 FF 00 00 00 00 0A"  /* list 1 */
-                                             "| 80 00 01 | 00")));                                           /* list 2: empty */
+    /* list 1: label 100 and a weight with flags FF; list 2: the reserved byte alone */
+    at::Record rec(m_pstInst, at::Tunnel(Hex("80 00 11 | 00 01 06 00 00 00 06 40 00 09 06 FF 00 00 00 00 0A"
+                                             "| 80 00 01 | 00")));
     ASSERT_EQ(rec.ulRet, BOL_OK);
     std::vector<Bytes> vecLists = rec.SegLists();
     ASSERT_EQ(vecLists.size(), 2u);
