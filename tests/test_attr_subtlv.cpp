@@ -211,25 +211,6 @@ TEST_F(SubTlv, Names)
     });
 }
 
-TEST_F(SubTlv, NameCheck)
-{
-    struct {
-        const char *pcName;
-        Bytes vecName;
-        uint32_t ulWant;
-    } astRows[] = {
-        {"empty", Bytes(), 0u},
-        {"printable", Hex("20 41 7E"), 1u},
-        {"below 0x20", Hex("41 1F"), 0u},
-        {"above 0x7E", Hex("80 41"), 0u},
-    };
-    for (const auto &row : astRows) {
-        SCOPED_TRACE(row.pcName);
-        EXPECT_EQ(BOL_SRPOLICY_CheckNameValid(row.vecName.data(), static_cast<uint32_t>(row.vecName.size())),
-                  row.ulWant);
-    }
-}
-
 /* Null record or value: reported with the decoder's module, 0x50002. */
 TEST_F(SubTlv, NullRecordOrValue)
 {
