@@ -1,0 +1,249 @@
+/*
+ * The Tunnel Encapsulation attribute end to end, as a host sees it: decode
+ * through the packet-parse entry (type 23), then on the normalised copy
+ * decode again, set with and without the private slice-id rewrite, encode,
+ * render as text through buffers of several sizes, and compare.
+ *
+ * Input: one control byte (low 4 bits: the allocation that fails in a second
+ * decode and in a set; 0 = none), then the attribute value.
+ */
+#include <string.h>
+
+#include "fuzz_host.h"
+
+namespace {
+
+int g_iHostCtx;
+
+struct Decode {
+    uint32_t ulRet = 0u;
+    fz::Bytes vecCopy;     /* the normalised attribute handed over */
+    fz::Bytes vecInAfter;  /* the decoded bytes afterwards: ignored bits cleared */
+};
+
+/* Decodes from a heap buffer of exactly the attribute's size. */
+Decode DecodeAsHost(const fz::Host &h, const fz::Bytes &vecAttr)
+{
+    Decode d;
+    uint8_t *pucBuf = new uint8_t[vecAttr.size() + 1u];
+    if (!vecAttr.empty()) {
+        memcpy(pucBuf, vecAttr.data(), vecAttr.size());
+    }
+    uint8_t *pucCur = pucBuf;
+    void *pvOut = nullptr;
+    uint32_t ulMore = 77u;
+    const uint32_t ulLen = static_cast<uint32_t>(vecAttr.size());
+    d.ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLen, &g_iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut, &ulMore,
+                                  h.pstInst);
+    if (ulLen != 0u) {
+        FZ_CHECK(pucCur == pucBuf + ulLen && ulMore == 0u);
+    }
+    FZ_CHECK((d.ulRet == BOL_OK) == (pvOut != nullptr));
+    if (pvOut != nullptr) {
+        fz::Output o = fz::TakeOutput(pvOut);
+        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
+        d.vecCopy = o.vecAttr;
+    }
+    d.vecInAfter.assign(pucBuf, pucBuf + vecAttr.size());
+    delete[] pucBuf;
+    return d;
+}
+
+uint32_t Set(const fz::Host &h, const fz::Bytes &vecHeld, uint32_t ulFlags, fz::Bytes &vecOut)
+{
+    fz::Route rt;
+    rt.SetAttr(vecHeld);
+    void *pvOut = nullptr;
+    uint32_t ulRet = h.stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, h.pstInst);
+    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
+    vecOut.clear();
+    if (pvOut != nullptr) {
+        fz::Output o = fz::TakeOutput(pvOut);
+        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
+        vecOut = o.vecAttr;
+    }
+    return ulRet;
+}
+
+bool WellFormedTunnel(const fz::Bytes &v)
+{
+    return v.size() >= 4u && ((static_cast<size_t>(v[2]) << 8) | v[3]) == v.size() - 4u;
+}
+
+size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
+{
+    size_t n = 0;
+    size_t i = 4;
+    while (i < v.size()) {
+        uint8_t ucT = v[i];
+        size_t ulHdr = ucT >= 128u ? 3u : 2u;
+        if (i + ulHdr > v.size()) {
+            break;
+        }
+        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
+        n += (ucT == ucType) ? 1u : 0u;
+        i += ulHdr + ulLen;
+    }
+    return n;
+}
+
+/* Binding SID pieces are cut at the end of the buffer rather than moved to
+ * the next call: the trailing pieces of an SRv6 Binding SID line (sub-TLV
+ * 20) and the lines of a segment list's binding SIDs (segment 33). */
+bool HasCutPieces(const fz::Bytes &v)
+{
+    size_t i = 4;
+    while (i < v.size()) {
+        uint8_t ucT = v[i];
+        size_t ulHdr = ucT >= 128u ? 3u : 2u;
+        if (i + ulHdr > v.size()) {
+            return false;
+        }
+        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
+        if (ucT == 20u) {
+            return true;
+        }
+        if (ucT == 128u) {
+            for (size_t j = i + ulHdr + 1u; j + 2u <= i + ulHdr + ulLen && j + 2u <= v.size(); j += 2u + v[j + 1]) {
+                if (v[j] == 33u) {
+                    return true;
+                }
+            }
+        }
+        i += ulHdr + ulLen;
+    }
+    return false;
+}
+
+bool IsAllocFailure(uint32_t ulRet) { return ulRet == BOL_ERR_MALLOC || ulRet == BOL_SRPOLICY_ERR_NOMEM; }
+
+void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes &vecCopy)
+{
+    FZ_CHECK(WellFormedTunnel(vecCopy));
+    FZ_CHECK(vecCopy.size() <= vecIn.size());
+
+    /* Decoding the copy gives the copy again and clears nothing in it. */
+    Decode d2 = DecodeAsHost(h, vecCopy);
+    FZ_CHECK(d2.ulRet == BOL_OK);
+    FZ_CHECK(d2.vecCopy == vecCopy);
+    FZ_CHECK(d2.vecInAfter == vecCopy);
+
+    /* Without the rewrite the setter hands over the held copy itself; with
+     * it, a well-formed tunnel that decodes to itself. */
+    fz::Bytes vecSet;
+    FZ_CHECK(Set(h, vecCopy, 0u, vecSet) == BOL_OK);
+    FZ_CHECK(vecSet == vecCopy);
+    FZ_CHECK(Set(h, vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet) == BOL_OK);
+    FZ_CHECK(WellFormedTunnel(vecSet));
+    /* At most one private slice-id sub-TLV is taken out (its 8 bytes when
+     * its length is 6, its own size otherwise). */
+    FZ_CHECK(vecSet.size() <= vecCopy.size() && vecCopy.size() - vecSet.size() <= 3u + 0xFFu);
+    if (vecSet.size() > 4u) {
+        Decode d3 = DecodeAsHost(h, vecSet);
+        if (d3.ulRet != BOL_OK) {
+            /* Only the last private slice id is taken out when a standard one
+             * becomes private: an earlier private one is then a second one. */
+            FZ_CHECK(d3.ulRet == BOL_ERR_SUBTLV_INVALID);
+            FZ_CHECK(CountSubTlvs(vecCopy, 123) != 0u && CountSubTlvs(vecCopy, 126) >= 2u);
+        } else {
+            FZ_CHECK(d3.vecCopy == vecSet);
+        }
+    }
+
+    /* Encoding writes the held value unchanged, and needs all of its room. */
+    fz::Route rt;
+    rt.SetAttr(vecCopy);
+    fz::Bytes vecWire(vecCopy.size() + 8u, 0xEEu);
+    uint8_t *pucWr = vecWire.data();
+    const uint32_t ulLen = static_cast<uint32_t>(vecCopy.size());
+    FZ_CHECK(h.stTbl.pfnFormatPkt(&rt.stRt, 23u, &pucWr, ulLen - 1u, h.pstInst) == BOL_SRPOLICY_ERR_BUF_SHORT);
+    FZ_CHECK(pucWr == vecWire.data());
+    FZ_CHECK(h.stTbl.pfnFormatPkt(&rt.stRt, 23u, &pucWr, ulLen, h.pstInst) == BOL_OK);
+    FZ_CHECK(pucWr == vecWire.data() + ulLen);
+    FZ_CHECK(memcmp(vecWire.data(), vecCopy.data(), ulLen) == 0 && vecWire[ulLen] == 0xEEu);
+
+    /* Text: one large buffer holds it all; buffers that hold the longest
+     * single piece join into the same text, unless a piece was cut to the
+     * room left. Smaller ones end, with or without progress. */
+    fz::TextCall stFull = fz::Render(h, rt, BOL_SRPOLICY_STR_ATTR, 1u << 18, 0u);
+    FZ_CHECK(stFull.ulRet == BOL_OK && stFull.ulMore == 0u && stFull.ulOffset == 0u);
+    FZ_CHECK(stFull.strText.compare(0, 2, "\r\n") == 0);
+    const std::string strFull = stFull.strText.substr(2);
+    std::string strJoined;
+    for (uint32_t ulSize : {320u, 1000u}) {
+        FZ_CHECK(fz::RenderAll(h, rt, ulSize, strJoined));
+        FZ_CHECK(strJoined == strFull || HasCutPieces(vecCopy));
+    }
+    for (uint32_t ulSize : {2u, 3u, 40u, 90u, 150u}) {
+        (void)fz::RenderAll(h, rt, ulSize, strJoined);
+    }
+
+    /* Comparison: equal to itself, antisymmetric against the raw bytes. */
+    FZ_CHECK(h.stTbl.pfnCmpData(vecCopy.data(), ulLen, vecCopy.data(), ulLen, BOL_SRPOLICY_CMP_ATTR) == 0);
+    const uint32_t ulInLen = static_cast<uint32_t>(vecIn.size());
+    int32_t lAB = h.stTbl.pfnCmpData(vecCopy.data(), ulLen, vecIn.data(), ulInLen, BOL_SRPOLICY_CMP_ATTR);
+    int32_t lBA = h.stTbl.pfnCmpData(vecIn.data(), ulInLen, vecCopy.data(), ulLen, BOL_SRPOLICY_CMP_ATTR);
+    FZ_CHECK(lAB >= -1 && lAB <= 1 && lAB == -lBA);
+    FZ_CHECK((lAB == 0) == (vecCopy == vecIn));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
+{
+    if (ulSize < 1u || ulSize > 8192u) {
+        return 0;
+    }
+    fz::Host &h = fz::Begin();
+    const uint32_t ulFailNth = pucData[0] & 0x0Fu;
+    const fz::Bytes vecIn(pucData + 1, pucData + ulSize);
+
+    Decode d = DecodeAsHost(h, vecIn);
+    const uint32_t ulAllocs = tp::AllocCalls();
+    fz::CheckNoLeak();
+    if (d.ulRet == BOL_OK) {
+        CheckNormalised(h, vecIn, d.vecCopy);
+    }
+    /* The setter decodes the held bytes itself: it succeeds exactly when the
+     * decoder does and then hands over the same normalised copy. */
+    fz::Bytes vecSet;
+    uint32_t ulSetRet = Set(h, vecIn, 0u, vecSet);
+    if (vecIn.empty()) {
+        FZ_CHECK(ulSetRet == BOL_ERR_NO_DATA);
+    } else if (d.ulRet == BOL_OK) {
+        FZ_CHECK(ulSetRet == BOL_OK && vecSet == d.vecCopy);
+    } else {
+        FZ_CHECK(ulSetRet == BOL_ERR_NO_DATA);
+    }
+    fz::CheckNoLeak();
+
+    if (ulFailNth != 0u) {
+        /* A failed allocation gives its code, hands nothing over and leaks
+         * nothing; later allocations are not attempted. */
+        tp::Reset();
+        tp::FailNthAlloc(ulFailNth);
+        Decode df = DecodeAsHost(h, vecIn);
+        if (ulFailNth > ulAllocs) {
+            FZ_CHECK(df.ulRet == d.ulRet && df.vecCopy == d.vecCopy);
+        } else if (tp::FailedAllocs() != 0u) {
+            FZ_CHECK(IsAllocFailure(df.ulRet) && df.vecCopy.empty());
+            FZ_CHECK(tp::AllocCalls() == ulFailNth);
+        }
+        tp::FailNthAlloc(0u);
+        fz::CheckNoLeak();
+        if (d.ulRet == BOL_OK) {
+            tp::Reset();
+            tp::FailNthAlloc(ulFailNth);
+            uint32_t ulRet = Set(h, d.vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet);
+            if (tp::FailedAllocs() != 0u) {
+                /* A decode that fails inside the setter is "no data". */
+                FZ_CHECK(ulRet == BOL_ERR_NO_DATA || IsAllocFailure(ulRet));
+            } else {
+                FZ_CHECK(ulRet == BOL_OK);
+            }
+            tp::FailNthAlloc(0u);
+            fz::CheckNoLeak();
+        }
+    }
+    return 0;
+}

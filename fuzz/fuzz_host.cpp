@@ -1,0 +1,137 @@
+#include "fuzz_host.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "bol_platform.h"
+
+namespace fz {
+
+namespace {
+const uint8_t kGuard = 0xA5u;
+const size_t kGuardLen = 32u;
+}  // namespace
+
+void Fail(const char *pcFile, int iLine, const char *pcCond)
+{
+    fprintf(stderr, "property violated at %s:%d: %s\n", pcFile, iLine, pcCond);
+    abort();
+}
+
+Host &Begin()
+{
+    static Host *s_pstHost = nullptr;
+    if (s_pstHost == nullptr) {
+        static Host s_stHost;
+        memset(&s_stHost.stTbl, kGuard, sizeof(s_stHost.stTbl));
+        s_stHost.pstInst = BOL_SRPOLICY_Construct(&s_stHost.stTbl, kModule);
+        FZ_CHECK(s_stHost.pstInst != nullptr);
+        s_pstHost = &s_stHost;
+    }
+    tp::Reset();
+    return *s_pstHost;
+}
+
+void CheckNoLeak()
+{
+    FZ_CHECK(tp::LiveBlocksAll() == 1u);
+    FZ_CHECK(tp::BadFrees() == 0u);
+}
+
+Output TakeOutput(void *pvOut)
+{
+    FZ_CHECK(pvOut != nullptr);
+    Output o;
+    memcpy(&o.stHdr, pvOut, sizeof(o.stHdr));
+    const uint8_t *pucBlock = static_cast<const uint8_t *>(pvOut);
+    FZ_CHECK((o.stHdr.ulOutFlags & ~(BOL_OUTPUT_FLAG_KEY | BOL_OUTPUT_FLAG_ATTR)) == 0u);
+    size_t ulEnd = BOL_PARSE_OUTPUT_HDR_LEN;
+    if ((o.stHdr.ulOutFlags & BOL_OUTPUT_FLAG_KEY) != 0u) {
+        FZ_CHECK(o.stHdr.usKeyOffset == ulEnd && o.stHdr.usKeyLen == BOL_SRPOLICY_NLRI_KEY_LEN);
+        o.vecKey.assign(pucBlock + o.stHdr.usKeyOffset, pucBlock + o.stHdr.usKeyOffset + o.stHdr.usKeyLen);
+        ulEnd += o.stHdr.usKeyLen;
+    }
+    if ((o.stHdr.ulOutFlags & BOL_OUTPUT_FLAG_ATTR) != 0u) {
+        FZ_CHECK(o.stHdr.usAttrOffset == ulEnd);
+        o.vecAttr.assign(pucBlock + o.stHdr.usAttrOffset, pucBlock + o.stHdr.usAttrOffset + o.stHdr.usAttrLen);
+        ulEnd += o.stHdr.usAttrLen;
+    }
+    /* The block is exactly as long as its sections. */
+    FZ_CHECK(tp::LiveBytes(kModule) >= ulEnd);
+    FZ_CHECK(ZUN_Free_F(pvOut, "host", 0u) == 0u);
+    return o;
+}
+
+Route::Route()
+{
+    memset(&stRt, kGuard, sizeof(stRt));
+    memset(&stKey, 0, sizeof(stKey));
+    stRt.ulKeyLen = 0u;
+    stRt.pstKey = nullptr;
+    stRt.ulAttrLen = 0u;
+    stRt.pucAttr = nullptr;
+    stRt.ulRtFlags = 0u;
+}
+
+void Route::SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey)
+{
+    stKey = stNewKey;
+    stRt.pstKey = &stKey;
+    stRt.ulKeyLen = sizeof(stKey);
+}
+
+void Route::SetAttr(const Bytes &vecNewAttr)
+{
+    vecAttr = vecNewAttr;
+    stRt.pucAttr = vecAttr.empty() ? nullptr : vecAttr.data();
+    stRt.ulAttrLen = static_cast<uint32_t>(vecAttr.size());
+}
+
+TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset)
+{
+    std::vector<char> vecBuf(ulSize + kGuardLen, static_cast<char>(kGuard));
+    TextCall c = {0u, std::string(), ulOffset, 77u};
+    c.ulRet = h.stTbl.pfnData2Str(&rt.stRt, ulType, vecBuf.data(), ulSize, &c.ulOffset, &c.ulMore, h.pstInst);
+    for (size_t i = ulSize; i < vecBuf.size(); i++) {
+        FZ_CHECK(vecBuf[i] == static_cast<char>(kGuard));
+    }
+    if (c.ulRet == BOL_OK) {
+        size_t ulLen = strnlen(vecBuf.data(), ulSize);
+        FZ_CHECK(ulLen < ulSize);
+        c.strText.assign(vecBuf.data(), ulLen);
+    }
+    return c;
+}
+
+bool RenderAll(const Host &h, const Route &rt, uint32_t ulSize, std::string &strJoined)
+{
+    strJoined.clear();
+    uint32_t ulOffset = 0u;
+    for (;;) {
+        TextCall c = Render(h, rt, BOL_SRPOLICY_STR_ATTR, ulSize, ulOffset);
+        if (c.ulRet != BOL_OK) {
+            /* Only a buffer too small for "\r\n" is refused. */
+            FZ_CHECK(c.ulRet == BOL_SRPOLICY_ERR_BUF_SHORT && ulSize < 3u);
+            return false;
+        }
+        FZ_CHECK(c.strText.compare(0, 2, "\r\n") == 0);
+        strJoined += c.strText.substr(2);
+        if (c.ulMore == 0u) {
+            FZ_CHECK(c.ulOffset == ulOffset);
+            return true;
+        }
+        if (c.ulMore == 77u) {
+            /* The header did not fit: nothing moves. */
+            FZ_CHECK(c.ulOffset == ulOffset);
+            return false;
+        }
+        FZ_CHECK(c.ulMore == 1u);
+        if (c.ulOffset <= ulOffset) {
+            return false;
+        }
+        ulOffset = c.ulOffset;
+    }
+}
+
+}  // namespace fz

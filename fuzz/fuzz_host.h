@@ -1,0 +1,81 @@
+/*
+ * What every fuzz target shares: one plug-in constructed the way a host does
+ * it, on the test platform (planned allocation failures, live-block counts),
+ * property checks that abort with the failing condition, output blocks taken
+ * over and released as the host does, and text rendered into guarded buffers.
+ */
+#ifndef BOL_FUZZ_HOST_H
+#define BOL_FUZZ_HOST_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <string>
+#include <vector>
+
+#include "bol_srpolicy.h"
+#include "test_platform.h"
+
+namespace fz {
+
+using Bytes = std::vector<uint8_t>;
+
+const uint32_t kModule = 7u;
+
+[[noreturn]] void Fail(const char *pcFile, int iLine, const char *pcCond);
+
+#define FZ_CHECK(cond)                               \
+    do {                                             \
+        if (!(cond)) {                               \
+            fz::Fail(__FILE__, __LINE__, #cond);     \
+        }                                            \
+    } while (0)
+
+struct Host {
+    BOL_PROC_TBL_S stTbl;
+    BOL_SRPOLICY_INSTANCE_S *pstInst;
+};
+
+/* The plug-in, constructed on first use; the instance stays live for the
+ * whole run. Resets the test platform's counters and planned failures. */
+Host &Begin();
+/* Nothing but the instance is live, and nothing was freed twice. */
+void CheckNoLeak();
+
+/* An output block handed to the host, copied and released. */
+struct Output {
+    BOL_PARSE_OUTPUT_S stHdr;
+    Bytes vecKey;
+    Bytes vecAttr;
+};
+Output TakeOutput(void *pvOut);
+
+/* A host route record holding a key and/or attribute. */
+struct Route {
+    BOL_RT_DATA_S stRt;
+    BOL_SRPOLICY_NLRI_S stKey;
+    Bytes vecAttr;
+    Route();
+    void SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey);
+    void SetAttr(const Bytes &vecNewAttr);
+};
+
+/* One text call into a buffer of ulSize bytes followed by a guard area,
+ * which must come back untouched; on success the text is terminated inside
+ * the buffer. */
+struct TextCall {
+    uint32_t ulRet;
+    std::string strText;
+    uint32_t ulOffset;
+    uint32_t ulMore;
+};
+TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset);
+
+/* Renders through buffers of ulSize until the more flag is 0, joining the
+ * texts without their leading "\r\n". False when a call made no progress
+ * (allowed only for buffers smaller than one sub-TLV's text). */
+bool RenderAll(const Host &h, const Route &rt, uint32_t ulSize, std::string &strJoined);
+
+}  // namespace fz
+
+#endif

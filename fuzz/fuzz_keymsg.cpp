@@ -1,0 +1,158 @@
+/*
+ * The two decoders that turn a host-side record into a route key: the HA
+ * prefix TLV (message types 3 and 5) and the configured prefix record
+ * (configuration type 2), each through its dispatcher.
+ *
+ * Input: one control byte (bit 0: configured prefix instead of HA TLV;
+ * bit 1: HA type 5 instead of 3; bit 2: the configured record is cut or
+ * padded with zeros to its 89 bytes; bit 3: the output allocation fails),
+ * then the record.
+ *
+ * Properties: the result follows from the length and the kind fields alone;
+ * a key that is handed over holds exactly the record's fields and writes
+ * back the record it came from; a refusal or failed allocation hands nothing
+ * over; nothing leaks.
+ */
+#include <string.h>
+
+#include "fuzz_host.h"
+
+namespace {
+
+uint32_t BigEndian32(const uint8_t *puc)
+{
+    return (static_cast<uint32_t>(puc[0]) << 24) | (static_cast<uint32_t>(puc[1]) << 16) |
+           (static_cast<uint32_t>(puc[2]) << 8) | puc[3];
+}
+
+BOL_SRPOLICY_NLRI_S KeyOf(const fz::Output &o)
+{
+    FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_KEY && o.vecAttr.empty());
+    BOL_SRPOLICY_NLRI_S st;
+    memcpy(&st, o.vecKey.data(), sizeof(st));
+    FZ_CHECK(st.aucReserved[0] == 0u && st.aucReserved[1] == 0u && st.aucReserved[2] == 0u);
+    return st;
+}
+
+void HaPrefix(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulType, bool bFailAlloc)
+{
+    void *const pvUntouched = const_cast<fz::Host *>(&h);
+    void *pvOut = pvUntouched;
+    const uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
+    /* The message on the heap at its exact size. */
+    uint8_t *pucMsg = new uint8_t[vecIn.size() + 1u];
+    if (!vecIn.empty()) {
+        memcpy(pucMsg, vecIn.data(), vecIn.size());
+    }
+    uint32_t ulRet = h.stTbl.pfnParseHaMsg(pucMsg, ulLen, ulType, &pvOut, h.pstInst);
+    delete[] pucMsg;
+    if (ulLen < 28u) {
+        FZ_CHECK(ulRet == BOL_ERR_HA_TLV_SHORT && pvOut == pvUntouched);
+        return;
+    }
+    if (vecIn[0] != 96u && vecIn[0] != 192u) {
+        FZ_CHECK(ulRet == BOL_ERR_HA_NLRI_LEN && pvOut == pvUntouched);
+        return;
+    }
+    if (bFailAlloc) {
+        FZ_CHECK(ulRet == BOL_ERR_MALLOC && pvOut == pvUntouched);
+        return;
+    }
+    FZ_CHECK(ulRet == BOL_OK);
+    BOL_SRPOLICY_NLRI_S stKey = KeyOf(fz::TakeOutput(pvOut));
+    FZ_CHECK(stKey.ucNlriLen == vecIn[0]);
+    FZ_CHECK(stKey.ulDistinguisher == BigEndian32(&vecIn[4]) && stKey.ulPolicyColor == BigEndian32(&vecIn[8]));
+    for (uint32_t i = 0; i < 4u; i++) {
+        FZ_CHECK(stKey.aulEndpoint[i] == BigEndian32(&vecIn[12u + 4u * i]));
+    }
+
+    /* Written back: the record's 28 bytes with the reserved bytes zero. */
+    fz::Route rt;
+    rt.SetKey(stKey);
+    uint8_t aucBuf[28 + 4];
+    memset(aucBuf, 0xEE, sizeof(aucBuf));
+    uint8_t *pucCur = aucBuf;
+    FZ_CHECK(h.stTbl.pfnFormatHaMsg(&rt.stRt, ulType, &pucCur, 28u, h.pstInst) == BOL_OK);
+    FZ_CHECK(pucCur == aucBuf + 28 && aucBuf[28] == 0xEEu);
+    FZ_CHECK(aucBuf[0] == vecIn[0] && aucBuf[1] == 0u && aucBuf[2] == 0u && aucBuf[3] == 0u);
+    FZ_CHECK(memcmp(aucBuf + 4, &vecIn[4], 24u) == 0);
+}
+
+void CfgPrefix(const fz::Host &h, const fz::Bytes &vecIn, bool bFailAlloc)
+{
+    void *const pvUntouched = const_cast<fz::Host *>(&h);
+    void *pvOut = pvUntouched;
+    const uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
+    /* The record on the heap at its exact size (an empty one is a null). */
+    uint8_t *pucRec = vecIn.empty() ? nullptr : new uint8_t[vecIn.size()];
+    if (pucRec != nullptr) {
+        memcpy(pucRec, vecIn.data(), vecIn.size());
+    }
+    uint32_t ulRet = h.stTbl.pfnParseCfg(pucRec, ulLen, BOL_SRPOLICY_CFG_PREFIX, &pvOut, h.pstInst);
+    delete[] pucRec;
+    if (ulLen != BOL_SRPOLICY_CFG_PREFIX_LEN) {
+        FZ_CHECK(ulRet == BOL_ERR_PARAM && pvOut == pvUntouched);
+        return;
+    }
+    BOL_SRPOLICY_CFG_PREFIX_S stRec;
+    memcpy(&stRec, vecIn.data(), sizeof(stRec));
+    if (stRec.ulCfgKind != BOL_SRPOLICY_CFG_PREFIX_KIND) {
+        FZ_CHECK(ulRet == BOL_ERR_CFG_TYPE && pvOut == pvUntouched);
+        return;
+    }
+    if (bFailAlloc) {
+        FZ_CHECK(ulRet == BOL_ERR_MALLOC && pvOut == pvUntouched);
+        return;
+    }
+    FZ_CHECK(ulRet == BOL_OK);
+    BOL_SRPOLICY_NLRI_S stKey = KeyOf(fz::TakeOutput(pvOut));
+    const bool bV6 = stRec.ucEndpointIsV6 != 0u;
+    FZ_CHECK(stKey.ucNlriLen == (bV6 ? 192u : 96u));
+    FZ_CHECK(stKey.ulDistinguisher == stRec.ulDistinguisher && stKey.ulPolicyColor == stRec.ulPolicyColor);
+    for (uint32_t i = 0; i < 4u; i++) {
+        uint32_t ulWant = bV6 ? BigEndian32(&stRec.aucEndpointV6[4u * i]) : (i == 0u ? stRec.ulEndpointV4 : 0u);
+        FZ_CHECK(stKey.aulEndpoint[i] == ulWant);
+    }
+
+    /* Written back over a copy of the record: only the family byte changes,
+     * to 0 or 1. */
+    fz::Route rt;
+    rt.SetKey(stKey);
+    fz::Bytes vecBack = vecIn;
+    uint8_t *pucCur = vecBack.data();
+    uint32_t ulOffset = 5u;
+    uint32_t ulMore = 5u;
+    FZ_CHECK(h.stTbl.pfnFormatCfg(&rt.stRt, BOL_SRPOLICY_CFG_PREFIX, &pucCur, BOL_SRPOLICY_CFG_PREFIX_LEN, &ulOffset,
+                                  &ulMore) == BOL_OK);
+    FZ_CHECK(ulOffset == 0u && ulMore == 0u);
+    fz::Bytes vecWant = vecIn;
+    vecWant[offsetof(BOL_SRPOLICY_CFG_PREFIX_S, ucEndpointIsV6)] = bV6 ? 1u : 0u;
+    FZ_CHECK(vecBack == vecWant);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
+{
+    if (ulSize < 1u) {
+        return 0;
+    }
+    fz::Host &h = fz::Begin();
+    const uint8_t ucCtl = pucData[0];
+    const bool bFailAlloc = (ucCtl & 0x08u) != 0u;
+    fz::Bytes vecIn(pucData + 1, pucData + ulSize);
+    if (bFailAlloc) {
+        tp::FailNthAlloc(1u);
+    }
+    if ((ucCtl & 0x01u) == 0u) {
+        HaPrefix(h, vecIn, (ucCtl & 0x02u) ? BOL_SRPOLICY_HAMSG_PREFIX_ALT : BOL_SRPOLICY_HAMSG_PREFIX, bFailAlloc);
+    } else {
+        if ((ucCtl & 0x04u) != 0u) {
+            vecIn.resize(BOL_SRPOLICY_CFG_PREFIX_LEN, 0u);
+        }
+        CfgPrefix(h, vecIn, bFailAlloc);
+    }
+    tp::FailNthAlloc(0u);
+    fz::CheckNoLeak();
+    return 0;
+}
