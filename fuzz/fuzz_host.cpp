@@ -90,7 +90,13 @@ void Route::SetAttr(const Bytes &vecNewAttr)
 
 TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset)
 {
-    std::vector<char> vecBuf(ulSize + kGuardLen, static_cast<char>(kGuard));
+    /* Small buffers are exact heap blocks, so that AddressSanitizer sees a
+     * write past the guard too; large ones share one block, which would
+     * otherwise be mapped and unmapped for every call. */
+    static std::vector<char> s_vecLarge;
+    std::vector<char> vecSmall;
+    std::vector<char> &vecBuf = ulSize < 4096u ? vecSmall : s_vecLarge;
+    vecBuf.assign(ulSize + kGuardLen, static_cast<char>(kGuard));
     TextCall c = {0u, std::string(), ulOffset, 77u};
     c.ulRet = h.stTbl.pfnData2Str(&rt.stRt, ulType, vecBuf.data(), ulSize, &c.ulOffset, &c.ulMore, h.pstInst);
     for (size_t i = ulSize; i < vecBuf.size(); i++) {

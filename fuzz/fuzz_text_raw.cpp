@@ -50,7 +50,9 @@ void KeyText(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulSmall, uint32
     fz::Route rt;
     BOL_SRPOLICY_NLRI_S stKey;
     memset(&stKey, 0, sizeof(stKey));
-    memcpy(&stKey, vecIn.data(), vecIn.size() < sizeof(stKey) ? vecIn.size() : sizeof(stKey));
+    if (!vecIn.empty()) {
+        memcpy(&stKey, vecIn.data(), vecIn.size() < sizeof(stKey) ? vecIn.size() : sizeof(stKey));
+    }
     rt.SetKey(stKey);
     rt.stRt.ulKeyLen = ulKeyLen;
     for (uint32_t ulSize : {ulSmall, 256u}) {
