@@ -25,7 +25,8 @@ bool Overlaps(const void *pvA, const void *pvB, size_t count)
  * whole text has, or -1 for a format error. dest is always terminated. */
 int FormatInto(char *dest, size_t destMax, const char *format, va_list args)
 {
-    int iLen = vsnprintf(dest, destMax, format, args);
+    /* Every caller has started args with va_start. */
+    int iLen = vsnprintf(dest, destMax, format, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
     if (iLen < 0) {
         dest[0] = '\0';
     }
@@ -255,7 +256,8 @@ uint32_t BOL_PlatformProbeReportText(uintptr_t uvValue, char *pcText)
     }
     /* The raw system call: the bytes are only probed, so a memory checker's
      * view of object bounds does not apply to them. */
-    ssize_t lPut = static_cast<ssize_t>(syscall(SYS_write, aiPipe[1], reinterpret_cast<const void *>(uvValue), ulTextMax));
+    const void *pvText = reinterpret_cast<const void *>(uvValue);  // NOLINT(performance-no-int-to-ptr)
+    ssize_t lPut = static_cast<ssize_t>(syscall(SYS_write, aiPipe[1], pvText, ulTextMax));
     ssize_t lGot = 0;
     char acRaw[128];
     if (lPut > 0) {

@@ -42,6 +42,9 @@ run_build test32 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=g++ -DCM
 run_build sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang \
   -DBOL_SANITIZE=ON -DBOL_BUILD_BENCH=OFF
 
+# Static analysis of src/ and platform/: clang-tidy and cppcheck.
+bash scripts/lint.sh
+
 # Fuzz smoke run: every target for 15 s from its seed corpus (about 60 s).
 bash scripts/fuzz.sh 15
 

@@ -989,7 +989,7 @@ uint32_t BOL_SRPOLICY_IPv6AddrToStr(const uint32_t *pulAddr, uint32_t ulAddrLen,
 
     /* The platform takes eight 16-bit groups; word i holds groups 2i, 2i+1. */
     KEO_IN6ADDR_S stAddr;
-    for (uint32_t i = 0; i < 4u; i++) {
+    for (size_t i = 0; i < 4u; i++) {
         stAddr.ausGroup[2u * i] = static_cast<uint16_t>(pulAddr[i] >> 16);
         stAddr.ausGroup[2u * i + 1u] = static_cast<uint16_t>(pulAddr[i]);
     }

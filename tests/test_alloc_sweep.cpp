@@ -34,7 +34,8 @@ Bytes SliceIdAttr()
 {
     Bytes vecAttr = at::RealisticAttr();
     Bytes vecSubs(vecAttr.begin() + 4, vecAttr.end());
-    return at::Tunnel(at::Cat({vecSubs, at::Sub(123, Hex("00 00 00 00 00 07")), at::Sub(126, Hex("00 00 00 00 00 09"))}));
+    return at::Tunnel(
+        at::Cat({vecSubs, at::Sub(123, Hex("00 00 00 00 00 07")), at::Sub(126, Hex("00 00 00 00 00 09"))}));
 }
 
 TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
