@@ -238,10 +238,18 @@ void BOL_SRPOLICY_Destruct(BOL_SRPOLICY_INSTANCE_S *pstInst)
     BOL_FREE(pstInst);
 }
 
+/* The second header word holds the bytes 01 03 02 01 in memory, on either
+ * byte order, written as one 32-bit store. */
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+#define BOL_PROC_TBL_HDR_WORD1 0x01030201u
+#else
+#define BOL_PROC_TBL_HDR_WORD1 0x01020301u
+#endif
+
 void BOL_SRPOLICY_InitProcTbl(BOL_PROC_TBL_S *pstProcTbl)
 {
     pstProcTbl->ulHdrWord0 = 0u;
-    pstProcTbl->ulHdrWord1 = 0x01020301u;
+    pstProcTbl->ulHdrWord1 = BOL_PROC_TBL_HDR_WORD1;
     pstProcTbl->usHdrHalf = 1u;
     pstProcTbl->ucHdrByte = 0u;
 
