@@ -1,15 +1,20 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what it needs, then builds and runs the
-# tests in three builds:
-#   64-bit      g++, the native build
+# tests in five builds:
+#   64-bit      g++, the native build; the test programs also run under
+#               valgrind memcheck
 #   32-bit      g++ -m32 (the target's pointer width; layouts checked at compile
 #               time); run natively where the kernel starts 32-bit programs,
 #               else under qemu-i386
 #   sanitizers  clang++ with AddressSanitizer and UndefinedBehaviorSanitizer
+#   arm         32-bit little-endian ARM (g++-arm-linux-gnueabihf), under qemu-arm
+#   ppc         32-bit big-endian PowerPC (g++-powerpc-linux-gnu), under qemu-ppc
+# then the static analysis of src/ and platform/ and a fuzz smoke run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest libbenchmark-dev binutils
+scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest libbenchmark-dev binutils \
+  valgrind g++-arm-linux-gnueabihf g++-powerpc-linux-gnu qemu-user
 
 jobs=$(nproc)
 export CTEST_OUTPUT_ON_FAILURE=1
@@ -24,6 +29,15 @@ run_build() {
 }
 
 run_build test64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc
+
+echo "=== valgrind memcheck: test programs of the 64-bit build"
+for prog in bol_unit_tests bol_default_platform_tests bol_c_host_test; do
+  valgrind --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite,indirect,possible \
+    --show-leak-kinds=definite,indirect,possible --suppressions=tests/valgrind.supp -q \
+    "build/test64/tests/$prog" >"build/test64/valgrind-$prog.log" 2>&1 \
+    || { cat "build/test64/valgrind-$prog.log"; echo "valgrind: errors in $prog"; exit 1; }
+  echo "$prog: no memcheck errors"
+done
 
 # Can this machine start a 32-bit x86 program?
 probe_dir=$(mktemp -d)
@@ -41,6 +55,13 @@ run_build test32 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=g++ -DCM
 
 run_build sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang \
   -DBOL_SANITIZE=ON -DBOL_BUILD_BENCH=OFF
+
+# The real targets: 32-bit little-endian ARM and 32-bit big-endian PowerPC,
+# cross-compiled (GoogleTest too) and run under qemu-user.
+run_build arm -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBOL_BUILD_BENCH=OFF \
+  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-arm-linux-gnueabihf.cmake
+run_build ppc -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBOL_BUILD_BENCH=OFF \
+  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-powerpc-linux-gnu.cmake
 
 # Static analysis of src/ and platform/: clang-tidy and cppcheck.
 bash scripts/lint.sh
