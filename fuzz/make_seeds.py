@@ -1,6 +1,11 @@
 #!/usr/bin/env python3
 """Writes the seed corpora in fuzz/corpus/<target>/ from the inputs the unit
-tests use. Each seed is the target's control byte followed by its input."""
+tests use. Each seed is the target's control byte followed by its input.
+
+The corpora also keep, under descriptive names, inputs the fuzzers found that
+showed behaviour the targets' properties had to allow for (binding-SID text
+cut to the room left, a Binding SID that no printer can show, private slice
+ids of other lengths); this script leaves them alone."""
 import os
 import sys
 

@@ -7,14 +7,19 @@
 #               time); run natively where the kernel starts 32-bit programs,
 #               else under qemu-i386
 #   sanitizers  clang++ with AddressSanitizer and UndefinedBehaviorSanitizer
-#   arm         32-bit little-endian ARM (g++-arm-linux-gnueabihf), under qemu-arm
-#   ppc         32-bit big-endian PowerPC (g++-powerpc-linux-gnu), under qemu-ppc
+#   arm         32-bit little-endian ARM, under qemu-arm
+#   ppc         32-bit big-endian PowerPC, under qemu-ppc
+# The cross builds use clang with Debian's cross binutils, C library and
+# libstdc++ (cmake/toolchain-*.cmake): Debian's g++ cross compiler packages
+# conflict with g++-multilib, which the 32-bit x86 build needs.
 # then the static analysis of src/ and platform/ and a fuzz smoke run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest libbenchmark-dev binutils \
-  valgrind g++-arm-linux-gnueabihf g++-powerpc-linux-gnu qemu-user
+  valgrind qemu-user clang-tidy cppcheck libclang-rt-14-dev \
+  binutils-arm-linux-gnueabihf libc6-dev-armhf-cross libgcc-12-dev-armhf-cross libstdc++-12-dev-armhf-cross \
+  binutils-powerpc-linux-gnu libc6-dev-powerpc-cross libgcc-12-dev-powerpc-cross libstdc++-12-dev-powerpc-cross
 
 jobs=$(nproc)
 export CTEST_OUTPUT_ON_FAILURE=1
