@@ -11,6 +11,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "bol_platform.h"
+
 namespace bol {
 
 inline uint16_t LoadBe16(const uint8_t *puc)
@@ -249,6 +251,12 @@ inline bool PutWords4(Writer &stWr, const uint32_t aulWords[4])
     return true;
 }
 
+/* True when any of four words is not 0 (an SID or address that is set). */
+inline bool AnyWord(const uint32_t aulWords[4])
+{
+    return (aulWords[0] | aulWords[1] | aulWords[2] | aulWords[3]) != 0u;
+}
+
 inline bool PutZeros(Writer &stWr, uint32_t ulCount)
 {
     if (!Fits(stWr, ulCount)) {
@@ -282,6 +290,26 @@ inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
     stWr.puc += ulCount;
     stWr.ulRoom -= ulCount;
     return true;
+}
+
+/* Copies ulCount bytes to the writer's position with memcpy_s and steps past
+ * them when they fit the room, whether or not the copy succeeded: callers
+ * report a non-zero result and carry on as if the bytes had been written. */
+inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    int iRet = memcpy_s(stWr.puc, stWr.ulRoom, pucSrc, ulCount);
+    (void)PutSkip(stWr, ulCount);
+    return iRet;
+}
+
+/* A writer whose room ends at pucEnd (the first byte past the usable
+ * buffer); no room when pucEnd lies before puc. */
+inline Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
+{
+    if (puc == nullptr || pucEnd == nullptr || pucEnd < puc) {
+        return Writer{puc, 0u};
+    }
+    return MakeWriter(puc, static_cast<uint32_t>(pucEnd - puc));
 }
 
 } /* namespace bol */
