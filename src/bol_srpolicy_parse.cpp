@@ -253,7 +253,9 @@ uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ul
     BOL_CHECK_PTR(pvCfg, BOL_ERR_PARAM);
     BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-    if (ulLen != BOL_SRPOLICY_CFG_TNLENCAP_LEN) {
+    /* The record's size: 72 bytes on the 32-bit target (checked at compile
+     * time), its natural size where pointers are wider. */
+    if (ulLen != sizeof(BOL_SRPOLICY_CFG_TNLENCAP_S)) {
         BOL_REPORT(ulLen);
         return BOL_ERR_PARAM;
     }
