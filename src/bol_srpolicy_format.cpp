@@ -116,6 +116,16 @@ const uint32_t kCondRtBsidTlvLen = kCondRtHdrLen + 20u; /* flags, type, 2 reserv
 const uint32_t kCondRtSegListEntryHdrLen = sizeof(BOL_SRPOLICY_CONDRT_SEGLIST_ENTRY_S);
 const uint32_t kCondRtSRv6BsidEntryLen = sizeof(BOL_SRPOLICY_CONDRT_SRV6_BSID_ENTRY_S);
 
+/* The pointers an item encoder needs, checked in the order given: a null
+ * one is reported. */
+bool ArgsPresent(const void *pv1, const void *pv2, const void *pv3)
+{
+    BOL_CHECK_PTR(pv1, false);
+    BOL_CHECK_PTR(pv2, false);
+    BOL_CHECK_PTR(pv3, false);
+    return true;
+}
+
 /* Header of a TLV of known length: type and length as two 32-bit words. */
 void PutCondRtHdr(bol::Writer &stWr, uint32_t ulType, uint32_t ulLength)
 {
@@ -266,9 +276,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtAttr(const BOL_RT_DATA_S *pstRtData, uint8_t *
 uint32_t BOL_SRPOLICY_FormatCondRtPreference(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
                                              const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     return PutCondRtU32Tlv(ppucCur, pucEnd, pstAttr->ucPrefExist, BOL_SRPOLICY_CONDRT_TLV_PREF,
                            pstAttr->ucPrefFlags, pstAttr->ulPreference);
 }
@@ -276,9 +286,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtPreference(const BOL_SRPOLICY_TNLENCAP_ATTR_S 
 uint32_t BOL_SRPOLICY_FormatCondRtCfgModuleId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
                                               const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     return PutCondRtU32Tlv(ppucCur, pucEnd, pstAttr->ucCfgModuleIdExist, BOL_SRPOLICY_CONDRT_TLV_CFG_MODULE_ID,
                            pstAttr->ucCfgModuleIdFlags, pstAttr->ulCfgModuleId);
 }
@@ -288,9 +298,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtCfgModuleId(const BOL_SRPOLICY_TNLENCAP_ATTR_S
 uint32_t BOL_SRPOLICY_FormatCondRtSliceId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
                                           const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     uint32_t ulKind = pstAttr->ucSliceIdKind;
     bool bPrivOnly = (ulKind & (BOL_SRPOLICY_SLICE_KIND_PRIV | BOL_SRPOLICY_SLICE_KIND_STD)) ==
                      BOL_SRPOLICY_SLICE_KIND_PRIV;
@@ -302,9 +312,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtSliceId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *ps
 uint32_t BOL_SRPOLICY_FormatCondRtBindSid(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
                                           const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     if (pstAttr->ucBsidExist != 1u) {
         return BOL_OK;
     }
@@ -324,9 +334,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtBindSid(const BOL_SRPOLICY_TNLENCAP_ATTR_S *ps
 uint32_t BOL_SRPOLICY_FormatCondRtSegmentList(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
                                               const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(ppucCur, pstAttr, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     return PutCondRtListTlv<BOL_SRPOLICY_SEGLIST_NODE_S>(pstAttr->pstSegListHead, ppucCur, pucEnd,
                                                          BOL_SRPOLICY_CONDRT_TLV_SEGLIST,
                                                          BOL_SRPOLICY_FormatCondRtOneSegmentList);
@@ -335,9 +345,9 @@ uint32_t BOL_SRPOLICY_FormatCondRtSegmentList(const BOL_SRPOLICY_TNLENCAP_ATTR_S
 uint32_t BOL_SRPOLICY_FormatCondRtOneSegmentList(const BOL_SRPOLICY_SEGLIST_NODE_S *pstNode, uint8_t **ppucCur,
                                                  const uint8_t *pucEnd)
 {
-    BOL_CHECK_PTR(pstNode, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);
+    if (!ArgsPresent(pstNode, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
     uint32_t ulLen = pstNode->usSegListLen;
     bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
     if (!bol::Fits(stWr, kCondRtSegListEntryHdrLen + ulLen)) {

@@ -62,41 +62,6 @@ TEST_F(AttrMsg, WriterUsesTheLow16BitsOfTheLength)
     EXPECT_EQ(bt::ToHex(vecBuf), "00 0F 00 08 EE EE EE EE");
 }
 
-TEST_F(AttrMsg, WriterRefusals)
-{
-    bt::Route stWithAttr;
-    stWithAttr.SetAttr(Hex(kAttrHex));
-    bt::Route stNoAttr;
-    uint8_t aucBuf[16];
-    uint8_t *pucCur = aucBuf;
-    uint8_t *pucNull = nullptr;
-    struct Row {
-        const char *pcName;
-        const BOL_RT_DATA_S *pstRt;
-        uint8_t **ppucCur;
-        BOL_SRPOLICY_INSTANCE_S *pstInst;
-        uint32_t ulRet;
-        size_t ulReports;
-    } const astRows[] = {
-        {"null route", nullptr, &pucCur, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null cursor", &stWithAttr.stRt, nullptr, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null buffer", &stWithAttr.stRt, &pucNull, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null instance", &stWithAttr.stRt, &pucCur, nullptr, BOL_ERR_PARAM, 1},
-        {"no stored attribute", &stNoAttr.stRt, &pucCur, m_pstInst, BOL_ERR_NO_DATA, 0},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        tp::Reset();
-        EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(stRow.pstRt, stRow.ppucCur, sizeof(aucBuf), stRow.pstInst),
-                  stRow.ulRet);
-        ASSERT_EQ(ReportCount(), stRow.ulReports);
-        if (stRow.ulReports != 0u) {
-            EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_format");
-        }
-        EXPECT_EQ(pucCur, aucBuf);
-    }
-}
-
 /* Written, then read back: attribute type 23, flags 0, the same bytes. Any
  * bytes are carried, also ones that are no valid attribute. */
 TEST_F(AttrMsg, ReaderHandsTheBytesOnAsAttribute23)

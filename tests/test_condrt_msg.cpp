@@ -345,34 +345,49 @@ TEST_F(CondRtMsg, SubscriptionKeyCarriesNothing)
     EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
 }
 
-TEST_F(CondRtMsg, AttributeMessageChecksBeforeDecoding)
+/* The message encoders that read the stored attribute check their arguments
+ * before anything else, and differ on a route without an attribute: an
+ * empty attribute message (122), no attribute message (47). */
+TEST_F(CondRtMsg, AttributeMessageEncodersCheckTheirArguments)
 {
+    struct Handler {
+        const char *pcName;
+        BOL_SRPOLICY_FORMAT_PF pfn;
+        uint32_t ulNoAttrRet;
+    } const astHandlers[] = {
+        {"conditional-route attribute", BOL_SRPOLICY_FormatCondRtAttr, BOL_OK},
+        {"attribute message", BOL_SRPOLICY_FormatTunnelEncapsAttrTlv, BOL_ERR_NO_DATA},
+    };
     bt::Route stRoute;
     uint8_t aucBuf[4];
     uint8_t *pucCur = aucBuf;
     uint8_t *pucNull = nullptr;
-    struct Row {
-        const char *pcName;
-        const BOL_RT_DATA_S *pstRt;
-        uint8_t **ppucCur;
-        BOL_SRPOLICY_INSTANCE_S *pstInst;
-        uint32_t ulRet;
-        size_t ulReports;
-    } const astRows[] = {
-        {"null route", nullptr, &pucCur, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null cursor", &stRoute.stRt, nullptr, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null buffer", &stRoute.stRt, &pucNull, m_pstInst, BOL_ERR_PARAM, 1},
-        {"null instance", &stRoute.stRt, &pucCur, nullptr, BOL_ERR_PARAM, 1},
-        {"no attribute: empty message", &stRoute.stRt, &pucCur, m_pstInst, BOL_OK, 0},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        tp::Reset();
-        EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(stRow.pstRt, stRow.ppucCur, sizeof(aucBuf), stRow.pstInst),
-                  stRow.ulRet);
-        EXPECT_EQ(ReportCount(), stRow.ulReports);
-        EXPECT_EQ(pucCur, aucBuf);
-        EXPECT_EQ(tp::AllocCalls(), 0u);
+    for (const Handler &stHandler : astHandlers) {
+        struct Row {
+            const char *pcName;
+            const BOL_RT_DATA_S *pstRt;
+            uint8_t **ppucCur;
+            BOL_SRPOLICY_INSTANCE_S *pstInst;
+            uint32_t ulRet;
+            size_t ulReports;
+        } const astRows[] = {
+            {"null route", nullptr, &pucCur, m_pstInst, BOL_ERR_PARAM, 1},
+            {"null cursor", &stRoute.stRt, nullptr, m_pstInst, BOL_ERR_PARAM, 1},
+            {"null buffer", &stRoute.stRt, &pucNull, m_pstInst, BOL_ERR_PARAM, 1},
+            {"null instance", &stRoute.stRt, &pucCur, nullptr, BOL_ERR_PARAM, 1},
+            {"no attribute", &stRoute.stRt, &pucCur, m_pstInst, stHandler.ulNoAttrRet, 0},
+        };
+        for (const Row &stRow : astRows) {
+            SCOPED_TRACE(::testing::Message() << stHandler.pcName << ": " << stRow.pcName);
+            tp::Reset();
+            EXPECT_EQ(stHandler.pfn(stRow.pstRt, stRow.ppucCur, sizeof(aucBuf), stRow.pstInst), stRow.ulRet);
+            ASSERT_EQ(ReportCount(), stRow.ulReports);
+            if (stRow.ulReports != 0u) {
+                EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_format");
+            }
+            EXPECT_EQ(pucCur, aucBuf);
+            EXPECT_EQ(tp::AllocCalls(), 0u);
+        }
     }
 }
 
