@@ -685,7 +685,8 @@ uint32_t SegListSize(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList)
     if (ulBsidLen != 0u) {
         ulSize += ulBsidLen + kSubTlvHdrLen;
     }
-    for (uint32_t i = 0; i < BOL_SRPOLICY_CFG_MAX_SEGS; i++) {
+    /* Segments past the count have no size; the walk stops at the count. */
+    for (uint32_t i = 0; i < pstSegList->ucSegNum; i++) {
         ulSize += BOL_SRPOLICY_CalculateSegmentLen(pstSegList, i);
     }
     return ulSize;

@@ -415,7 +415,8 @@ void BOL_SRPOLICY_ParseCfgSegment(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_SEGL
 {
     BOL_CHECK_PTR(ppucPos, );
     BOL_CHECK_PTR(pstSegList, );
-    for (uint32_t i = 0; i < BOL_SRPOLICY_CFG_MAX_SEGS; i++) {
+    /* Segments past the count have no size; the walk stops at the count. */
+    for (uint32_t i = 0; i < pstSegList->ucSegNum; i++) {
         uint32_t ulSize = BOL_SRPOLICY_CalculateSegmentLen(pstSegList, i);
         if (ulSize == 0u) {
             continue; /* past the count, or a segment that is not encoded */
