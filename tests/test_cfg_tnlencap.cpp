@@ -8,6 +8,7 @@
 #include <deque>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
@@ -632,6 +633,50 @@ TEST_F(CfgTnlEncap, TextHandlerChecksItsArguments)
     EXPECT_EQ(ulMore, 0u);
     EXPECT_EQ(ulOffset, 7u);
     EXPECT_EQ(pucBuf, reinterpret_cast<uint8_t *>(acBuf));
+}
+
+/* The configuration text is the attribute text of the display, without its
+ * leading line break, resumed over calls in the same way. */
+TEST_F(CfgTnlEncap, TextIsTheAttributeTextWithoutLeadingBreak)
+{
+    Cfg stCfg;
+    stCfg.st.ucPrefExist = 1;
+    stCfg.st.ulPreference = 100;
+    SetLabels(stCfg.AddSegList(), {100, 200});
+    Bytes vecAttr;
+    ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
+    bt::Route stRoute;
+    stRoute.SetAttr(vecAttr);
+
+    for (uint32_t ulRoom : {4096u, 80u}) {
+        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
+        std::string strCfg;
+        std::string strDisplay;
+        uint32_t ulOffset = 0u;
+        uint32_t ulMore = 1u;
+        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
+            std::vector<char> vecBuf(ulRoom, '\0');
+            uint8_t *pucCur = reinterpret_cast<uint8_t *>(vecBuf.data());
+            ASSERT_EQ(BOL_SRPOLICY_FormatCfg(&stRoute.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucCur, ulRoom, &ulOffset,
+                                             &ulMore),
+                      BOL_OK);
+            EXPECT_EQ(pucCur, reinterpret_cast<uint8_t *>(vecBuf.data()));
+            strCfg += vecBuf.data();
+        }
+        EXPECT_EQ(ulMore, 0u);
+        ulOffset = 0u;
+        ulMore = 1u;
+        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
+            std::vector<char> vecBuf(ulRoom + 2u, '\0');
+            ASSERT_EQ(BOL_SRPOLICY_Data2Str(&stRoute.stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulRoom + 2u,
+                                            &ulOffset, &ulMore, m_pstInst),
+                      BOL_OK);
+            ASSERT_EQ(std::string(vecBuf.data(), 2), "\r\n");
+            strDisplay += vecBuf.data() + 2;
+        }
+        EXPECT_EQ(strCfg, strDisplay);
+        EXPECT_NE(strCfg.find("Preference: 100"), std::string::npos);
+    }
 }
 
 }  // namespace
