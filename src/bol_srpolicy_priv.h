@@ -521,6 +521,12 @@ inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
     stDesc.pucAttr = pucAttr;
     return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
 }
+
+struct Writer;
+/* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
+ * the HA prefix TLV and the conditional-route key message. False, and nothing
+ * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
+bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey);
 } /* namespace bol */
 #endif
 
