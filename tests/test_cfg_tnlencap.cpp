@@ -8,6 +8,7 @@
 #include <deque>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bol_platform.h"
@@ -549,42 +550,201 @@ TEST_F(CfgTnlEncap, AllocationFailuresReleaseEverything)
     }
 }
 
-/* Random configurations: the encoder writes exactly the computed size and
- * every length field equals the bytes that follow it. */
-TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactly)
+/* ---- The encoded attribute decodes into what was configured --------------- */
+
+/* The segments of a stored Segment List value: type and value bytes. */
+std::vector<std::pair<uint8_t, Bytes>> Segments(const uint8_t *pucList, size_t ulLen)
 {
-    std::mt19937 rng(20261123u);
+    std::vector<std::pair<uint8_t, Bytes>> vec;
+    for (size_t i = 1u; i + 2u <= ulLen && i + 2u + pucList[i + 1] <= ulLen; i += 2u + pucList[i + 1]) {
+        vec.emplace_back(pucList[i], Bytes(pucList + i + 2, pucList + i + 2 + pucList[i + 1]));
+    }
+    return vec;
+}
+
+Bytes Be32(uint32_t ul)
+{
+    return Bytes{static_cast<uint8_t>(ul >> 24), static_cast<uint8_t>(ul >> 16), static_cast<uint8_t>(ul >> 8),
+                 static_cast<uint8_t>(ul)};
+}
+
+Bytes Words(const uint32_t *pul, size_t n)
+{
+    Bytes vec;
+    for (size_t i = 0; i < n; i++) {
+        Bytes vecWord = Be32(pul[i]);
+        vec.insert(vec.end(), vecWord.begin(), vecWord.end());
+    }
+    return vec;
+}
+
+/* The segment sub-TLVs a configured segment list stands for, in order. */
+std::vector<std::pair<uint8_t, Bytes>> ExpectedSegments(const BOL_SRPOLICY_CFG_SEGLIST_S &stSl)
+{
+    std::vector<std::pair<uint8_t, Bytes>> vec;
+    auto add = [&vec](uint8_t ucType, uint8_t ucFlags, const Bytes &vecBody) {
+        Bytes vecValue{ucFlags, 0u};
+        vecValue.insert(vecValue.end(), vecBody.begin(), vecBody.end());
+        vec.emplace_back(ucType, vecValue);
+    };
+    if (stSl.ucWeightExist == 1u) {
+        add(9, 0, Be32(stSl.ulWeight));
+    }
+    if (stSl.ucPathMtuExist == 1u) {
+        add(13, 0, Be32(stSl.ulPathMtu));
+    }
+    bool bRev = stSl.aulReverseBsid[0] | stSl.aulReverseBsid[1] | stSl.aulReverseBsid[2] | stSl.aulReverseBsid[3];
+    bool bFwd = stSl.aulBsid[0] | stSl.aulBsid[1] | stSl.aulBsid[2] | stSl.aulBsid[3];
+    if (bRev || bFwd) {
+        size_t ulWords = (stSl.ucBsidFlags & 0x80u) ? 4u : 1u;
+        bool bExt = (stSl.ucBsidFlags & 0x40u) != 0u;
+        auto sid = [&](const uint32_t *pulSid, uint16_t usBehavior, uint32_t ulStructure) {
+            Bytes vecSid = Words(pulSid, ulWords);
+            if (bExt) {
+                Bytes vecExt{static_cast<uint8_t>(usBehavior >> 8), static_cast<uint8_t>(usBehavior), 0, 0};
+                Bytes vecStruct = Be32(ulStructure);
+                vecSid.insert(vecSid.end(), vecExt.begin(), vecExt.end());
+                vecSid.insert(vecSid.end(), vecStruct.begin(), vecStruct.end());
+            }
+            return vecSid;
+        };
+        Bytes vecBody = sid(stSl.aulBsid, stSl.usEndpointBehavior, stSl.ulSidStructure);
+        if (bRev) {
+            Bytes vecRev = sid(stSl.aulReverseBsid, stSl.usReverseEndpointBehavior, stSl.ulReverseSidStructure);
+            vecBody.insert(vecBody.end(), vecRev.begin(), vecRev.end());
+        }
+        add(33, stSl.ucBsidFlags, vecBody);
+    }
+    for (uint32_t i = 0; i < stSl.ucSegNum && i < 16u; i++) {
+        if (stSl.ucSegType == 1u && stSl.aulSegValue[i] != 0xFFFFFFFFu) {
+            add(1, 0x80, Be32(stSl.aulSegValue[i] << 12));
+        } else if (stSl.ucSegType == 2u) {
+            const uint32_t *pulSid = &stSl.aulSegValue[4u * i];
+            if (pulSid[0] | pulSid[1] | pulSid[2] | pulSid[3]) {
+                add(2, 0x80, Words(pulSid, 4));
+            }
+        }
+    }
+    return vec;
+}
+
+/* Random configurations, each with at least one item (an empty tunnel is
+ * refused by the decoder): the encoder writes exactly the computed size, every
+ * length field equals the bytes that follow it, the attribute decodes, and
+ * the record carries what was configured. */
+TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactlyAndDecode)
+{
+    std::mt19937 rng(4711u);
     auto pick = [&rng](uint32_t ulMax) { return static_cast<uint32_t>(rng() % (ulMax + 1u)); };
     for (uint32_t ulIter = 0; ulIter < 300u; ulIter++) {
         SCOPED_TRACE(::testing::Message() << "configuration " << ulIter);
         Cfg stCfg;
-        stCfg.st.ucPrefExist = static_cast<uint8_t>(pick(2));
-        stCfg.st.ucBsidExist = static_cast<uint8_t>(pick(1));
-        stCfg.st.ulBsidLabel = pick(1) * pick(0xFFFFF);
-        stCfg.st.aulBsidV6[pick(3)] = pick(1) * static_cast<uint32_t>(rng());
+        BOL_SRPOLICY_CFG_TNLENCAP_S &st = stCfg.st;
+        st.ucPrefExist = static_cast<uint8_t>(pick(1));
+        st.ulPreference = static_cast<uint32_t>(rng());
+        st.ucBsidExist = static_cast<uint8_t>(pick(1));
+        st.ucBsidSFlag = static_cast<uint8_t>(pick(1));
+        st.ucBsidIFlag = static_cast<uint8_t>(pick(1));
+        st.ulBsidLabel = pick(1) * pick(0xFFFFF);
+        st.aulBsidV6[pick(3)] = pick(1) * static_cast<uint32_t>(rng());
         for (uint32_t n = pick(3); n > 0u; n--) {
             BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
             stSl.ucWeightExist = static_cast<uint8_t>(pick(1));
+            stSl.ulWeight = static_cast<uint32_t>(rng());
             stSl.ucPathMtuExist = static_cast<uint8_t>(pick(1));
+            stSl.ulPathMtu = static_cast<uint32_t>(rng());
             stSl.ucSegType = static_cast<uint8_t>(pick(3));
             stSl.ucSegNum = static_cast<uint8_t>(pick(20));
-            for (uint32_t &ulWord : stSl.aulSegValue) {
-                ulWord = (pick(4) == 0u) ? (pick(1) != 0u ? 0xFFFFFFFFu : 0u) : static_cast<uint32_t>(rng());
+            for (uint32_t i = 0; i < 64u; i++) {
+                uint32_t ulKind = pick(5);
+                stSl.aulSegValue[i] = (ulKind == 0u) ? 0xFFFFFFFFu : (ulKind == 1u) ? 0u : pick(0xFFFFF);
             }
             stSl.ucBsidFlags = static_cast<uint8_t>(rng());
             stSl.aulBsid[pick(3)] = pick(1) * static_cast<uint32_t>(rng());
+            stSl.usEndpointBehavior = static_cast<uint16_t>(rng());
+            stSl.ulSidStructure = static_cast<uint32_t>(rng());
             stSl.aulReverseBsid[pick(3)] = pick(1) * static_cast<uint32_t>(rng());
+            stSl.usReverseEndpointBehavior = static_cast<uint16_t>(rng());
+            stSl.ulReverseSidStructure = static_cast<uint32_t>(rng());
         }
         for (uint32_t n = pick(2); n > 0u; n--) {
-            stCfg.AddSRv6Bsid().ucFlags = static_cast<uint8_t>(rng());
+            BOL_SRPOLICY_CFG_SRV6_BSID_S &stBsid = stCfg.AddSRv6Bsid();
+            stBsid.ucFlags = static_cast<uint8_t>(rng());
+            for (uint32_t &ulWord : stBsid.aulSid) {
+                ulWord = static_cast<uint32_t>(rng());
+            }
+            stBsid.usEndpointBehavior = static_cast<uint16_t>(rng());
+            stBsid.ulSidStructure = (pick(32) << 24) | (pick(32) << 16) | (pick(32) << 8) | pick(32);
         }
-        stCfg.st.ucCfgModuleIdExist = static_cast<uint8_t>(pick(1));
-        stCfg.st.ucSliceIdExist = static_cast<uint8_t>(pick(1));
+        st.ucCfgModuleIdExist = static_cast<uint8_t>(pick(1));
+        st.ulCfgModuleId = static_cast<uint32_t>(rng());
+        st.ucSliceIdExist = static_cast<uint8_t>(pick(1));
+        st.ulSliceId = static_cast<uint32_t>(rng());
+        if (TunAttrLen(stCfg) == 4u) {
+            st.ucPrefExist = 1;
+        }
 
         Bytes vecAttr;
         ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
         EXPECT_EQ(vecAttr.size(), TunAttrLen(stCfg));
         EXPECT_TRUE(FramingExact(vecAttr));
+        BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+        uint8_t *pucPriv = nullptr;
+        uint8_t *pucStd = nullptr;
+        ASSERT_EQ(BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecAttr.data(), static_cast<uint32_t>(vecAttr.size()),
+                                                       &pstAttr, m_pstInst, &pucPriv, &pucStd),
+                  BOL_OK);
+        ASSERT_NE(pstAttr, nullptr);
+
+        EXPECT_EQ(pstAttr->ucPrefExist, st.ucPrefExist);
+        if (st.ucPrefExist == 1u) {
+            EXPECT_EQ(pstAttr->ulPreference, st.ulPreference);
+        }
+        EXPECT_EQ(pstAttr->ucBsidExist, st.ucBsidExist);
+        if (st.ucBsidExist == 1u) {
+            EXPECT_EQ(pstAttr->ucBsidFlags, (st.ucBsidSFlag ? 0x80u : 0u) | (st.ucBsidIFlag ? 0x40u : 0u));
+            if (st.ulBsidLabel != 0u) {
+                EXPECT_EQ(pstAttr->ucBsidType, 1u);
+                EXPECT_EQ(pstAttr->aulBsidValue[0] >> 12, st.ulBsidLabel);
+            } else if (st.aulBsidV6[0] | st.aulBsidV6[1] | st.aulBsidV6[2] | st.aulBsidV6[3]) {
+                EXPECT_EQ(pstAttr->ucBsidType, 2u);
+                EXPECT_EQ(Words(pstAttr->aulBsidValue, 4), Words(st.aulBsidV6, 4));
+            } else {
+                EXPECT_EQ(pstAttr->ucBsidType, 0u);
+            }
+        }
+        EXPECT_EQ(pstAttr->ucCfgModuleIdExist, st.ucCfgModuleIdExist);
+        if (st.ucCfgModuleIdExist == 1u) {
+            EXPECT_EQ(pstAttr->ulCfgModuleId, st.ulCfgModuleId);
+        }
+        EXPECT_EQ(pstAttr->ucSliceIdExist, st.ucSliceIdExist);
+        if (st.ucSliceIdExist == 1u) {
+            EXPECT_EQ(pstAttr->ucSliceIdKind, BOL_SRPOLICY_SLICE_KIND_STD);
+            EXPECT_EQ(pstAttr->ulStdSliceId, st.ulSliceId);
+        }
+
+        ASSERT_EQ(pstAttr->stSRv6BsidList.ulCount, stCfg.dqSRv6Bsids.size());
+        const BOL_SRPOLICY_LIST_NODE_S *pstNode = pstAttr->stSRv6BsidList.stHead.pstNext;
+        for (const BOL_SRPOLICY_CFG_SRV6_BSID_S &stWant : stCfg.dqSRv6Bsids) {
+            const auto *pstGot = reinterpret_cast<const BOL_SRPOLICY_SRV6_BSID_NODE_S *>(pstNode);
+            EXPECT_EQ(pstGot->ucFlags, stWant.ucFlags & 0xE0u);
+            EXPECT_EQ(Words(pstGot->aulSid, 4), Words(stWant.aulSid, 4));
+            if ((stWant.ucFlags & 0x20u) != 0u) {
+                EXPECT_EQ(pstGot->usEndpointBehavior, stWant.usEndpointBehavior);
+                EXPECT_EQ(Bytes({pstGot->ucLbLen, pstGot->ucLnLen, pstGot->ucFunLen, pstGot->ucArgLen}),
+                          Be32(stWant.ulSidStructure));
+            }
+            pstNode = pstNode->pstNext;
+        }
+
+        ASSERT_EQ(pstAttr->pstSegListHead->ulCount, stCfg.dqSegLists.size());
+        pstNode = pstAttr->pstSegListHead->stHead.pstNext;
+        for (const BOL_SRPOLICY_CFG_SEGLIST_S &stWant : stCfg.dqSegLists) {
+            const auto *pstGot = reinterpret_cast<const BOL_SRPOLICY_SEGLIST_NODE_S *>(pstNode);
+            EXPECT_EQ(Segments(pstGot->aucSegList, pstGot->usSegListLen), ExpectedSegments(stWant));
+            pstNode = pstNode->pstNext;
+        }
+        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
     }
     EXPECT_EQ(ReportCount(), 0u);
 }

@@ -440,4 +440,113 @@ TEST_F(CondRtMsg, RouteKeyMessageIsTheKeyInNetworkOrder)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
+/* ---- The attribute message from the stored attribute (122) ---------------- */
+
+/* The stored attribute that decodes into the record of BuildRich. */
+const char *const kRichAttrHex =
+    "00 0F 00 6E"
+    " | 0C 06 00 00 00 00 00 64"                      /* preference 100 */
+    " | 7F 06 00 00 00 00 00 07"                      /* template id 7 */
+    " | 0D 06 C0 00 00 01 20 00"                      /* binding SID, label 18, S and I */
+    " | 80 00 09 00 01 06 00 00 00 06 40 00"          /* segment list: one label */
+    " | 80 00 01 00"                                  /* segment list: reserved byte only */
+    " | 7E 06 00 00 00 00 00 05"                      /* private slice id 5 */
+    " | 14 1A 60 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 00 00 20 10 10 00"
+    " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02" /* SRv6 binding SIDs */
+    " | 81 00 03 00 63 70"                            /* candidate path name "cp" */
+    " | 82 00 05 00 61 62 63 64";                     /* policy name "abcd" */
+
+TEST_F(CondRtMsg, AttributeMessageRebuiltFromTheStoredAttribute)
+{
+    Bytes vecWant = Hex(kRichHex);
+    for (size_t ulRoom = 0; ulRoom <= vecWant.size() + 1u; ulRoom++) {
+        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
+        bt::Route stRoute;
+        stRoute.SetAttr(Hex(kRichAttrHex));
+        stRoute.stRt.ulRtFlags = BOL_SRPOLICY_RT_FLAG_PRIV_SLICE_ID;
+        Bytes vecBuf(ulRoom + kGuard, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        uint32_t ulRet = BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur,
+                                                static_cast<uint32_t>(ulRoom), m_pstInst);
+        size_t ulFits = 0u;
+        for (size_t ulSize : kRichTlvSizes) {
+            if (ulFits + ulSize > ulRoom) {
+                break;
+            }
+            ulFits += ulSize;
+        }
+        EXPECT_EQ(ulRet, ulRoom >= vecWant.size() ? BOL_OK : BOL_SRPOLICY_ERR_BUF_SHORT);
+        ASSERT_EQ(static_cast<size_t>(pucCur - vecBuf.data()), ulFits);
+        EXPECT_EQ(bt::ToHex(vecBuf.data(), ulFits), bt::ToHex(vecWant.data(), ulFits));
+        for (size_t i = ulRoom; i < vecBuf.size(); i++) {
+            ASSERT_EQ(vecBuf[i], kFill) << "byte " << i << " past the room";
+        }
+        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u) << "the decoded record is released";
+    }
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+TEST_F(CondRtMsg, AttributeMessageCases)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcAttrHex;
+        uint32_t ulAttrLenHigh; /* bits above the 16 that are used */
+        uint32_t ulRtFlags;
+        uint32_t ulRoom;
+        uint32_t ulFailNth;
+        uint32_t ulRet;
+        const char *pcMsgHex; /* what is written */
+        const char *pcStoredHex; /* the stored attribute afterwards, "" = unchanged */
+    } const astRows[] = {
+        {"preference only, room 16", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 16, 0, BOL_OK,
+         /* type 3, length 8, flags, reserved, preference */ "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
+        {"preference only, room 15", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 15, 0,
+         BOL_SRPOLICY_ERR_BUF_SHORT, "", ""},
+        {"the stored flags are cleared in place", "00 0F 00 08 | 0C 06 FF 00 00 00 00 64", 0, 0, 16, 0, BOL_OK,
+         "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", "00 0F 00 08 | 0C 06 00 00 00 00 00 64"},
+        {"length beyond 16 bits", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0x10000u, 0, 16, 0, BOL_OK,
+         "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
+        {"private slice id without the route flag: standard value", "00 0F 00 08 | 7E 06 00 00 00 00 00 05", 0, 0,
+         16, 0, BOL_OK, /* type 7, length 8, flags, reserved, 0 */ "00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 00",
+         ""},
+        {"both slice ids with the route flag: standard value",
+         "00 0F 00 10 | 7E 06 00 00 00 00 00 05 | 7B 06 00 00 00 00 00 06", 0, 0x80, 16, 0, BOL_OK,
+         "00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 06", ""},
+        {"two SRv6 binding SIDs, room exactly enough",
+         "00 0F 00 28 | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01"
+         " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02",
+         0, 0, 64, 0, BOL_OK,
+         /* type 8, 0, length 56 | two entries */
+         "00 00 00 08 00 00 00 38"
+         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 EE EE 00 00 00 00"
+         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00",
+         ""},
+        {"undecodable attribute: nothing written", "00 0E 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 0,
+         BOL_ERR_SUBTLV_MALFORMED, "", ""},
+        {"decoder out of memory: nothing written", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 1,
+         BOL_ERR_MALLOC, "", ""},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        tp::Reset();
+        bt::Route stRoute;
+        stRoute.SetAttr(Hex(stRow.pcAttrHex));
+        stRoute.stRt.ulAttrLen |= stRow.ulAttrLenHigh;
+        stRoute.stRt.ulRtFlags = stRow.ulRtFlags;
+        Bytes vecBuf(stRow.ulRoom + kGuard, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        tp::FailNthAlloc(stRow.ulFailNth);
+        EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, stRow.ulRoom, m_pstInst), stRow.ulRet);
+        Bytes vecWant = Hex(stRow.pcMsgHex);
+        EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
+        vecWant.resize(vecBuf.size(), kFill);
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
+        if (stRow.pcStoredHex[0] != '\0') {
+            EXPECT_EQ(bt::ToHex(stRoute.vecAttr), bt::ToHex(Hex(stRow.pcStoredHex)));
+        }
+        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u);
+    }
+}
+
 }  // namespace
