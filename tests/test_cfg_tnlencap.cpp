@@ -14,6 +14,7 @@
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
+#include "attr_test_util.h"
 #include "fixture.h"
 
 using bt::Bytes;
@@ -688,13 +689,9 @@ TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactlyAndDecode)
         ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
         EXPECT_EQ(vecAttr.size(), TunAttrLen(stCfg));
         EXPECT_TRUE(FramingExact(vecAttr));
-        BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-        uint8_t *pucPriv = nullptr;
-        uint8_t *pucStd = nullptr;
-        ASSERT_EQ(BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecAttr.data(), static_cast<uint32_t>(vecAttr.size()),
-                                                       &pstAttr, m_pstInst, &pucPriv, &pucStd),
-                  BOL_OK);
-        ASSERT_NE(pstAttr, nullptr);
+        at::Record stRec(m_pstInst, vecAttr);
+        ASSERT_EQ(stRec.ulRet, BOL_OK);
+        const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = stRec.pstAttr;
 
         EXPECT_EQ(pstAttr->ucPrefExist, st.ucPrefExist);
         if (st.ucPrefExist == 1u) {
@@ -723,28 +720,24 @@ TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactlyAndDecode)
             EXPECT_EQ(pstAttr->ulStdSliceId, st.ulSliceId);
         }
 
-        ASSERT_EQ(pstAttr->stSRv6BsidList.ulCount, stCfg.dqSRv6Bsids.size());
-        const BOL_SRPOLICY_LIST_NODE_S *pstNode = pstAttr->stSRv6BsidList.stHead.pstNext;
-        for (const BOL_SRPOLICY_CFG_SRV6_BSID_S &stWant : stCfg.dqSRv6Bsids) {
-            const auto *pstGot = reinterpret_cast<const BOL_SRPOLICY_SRV6_BSID_NODE_S *>(pstNode);
-            EXPECT_EQ(pstGot->ucFlags, stWant.ucFlags & 0xE0u);
-            EXPECT_EQ(Words(pstGot->aulSid, 4), Words(stWant.aulSid, 4));
+        std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> vecBsids = stRec.Srv6Bsids();
+        ASSERT_EQ(vecBsids.size(), stCfg.dqSRv6Bsids.size());
+        for (size_t i = 0; i < vecBsids.size(); i++) {
+            const BOL_SRPOLICY_CFG_SRV6_BSID_S &stWant = stCfg.dqSRv6Bsids[i];
+            EXPECT_EQ(vecBsids[i]->ucFlags, stWant.ucFlags & 0xE0u);
+            EXPECT_EQ(Words(vecBsids[i]->aulSid, 4), Words(stWant.aulSid, 4));
             if ((stWant.ucFlags & 0x20u) != 0u) {
-                EXPECT_EQ(pstGot->usEndpointBehavior, stWant.usEndpointBehavior);
-                EXPECT_EQ(Bytes({pstGot->ucLbLen, pstGot->ucLnLen, pstGot->ucFunLen, pstGot->ucArgLen}),
+                EXPECT_EQ(vecBsids[i]->usEndpointBehavior, stWant.usEndpointBehavior);
+                EXPECT_EQ(Bytes({vecBsids[i]->ucLbLen, vecBsids[i]->ucLnLen, vecBsids[i]->ucFunLen,
+                                 vecBsids[i]->ucArgLen}),
                           Be32(stWant.ulSidStructure));
             }
-            pstNode = pstNode->pstNext;
         }
-
-        ASSERT_EQ(pstAttr->pstSegListHead->ulCount, stCfg.dqSegLists.size());
-        pstNode = pstAttr->pstSegListHead->stHead.pstNext;
-        for (const BOL_SRPOLICY_CFG_SEGLIST_S &stWant : stCfg.dqSegLists) {
-            const auto *pstGot = reinterpret_cast<const BOL_SRPOLICY_SEGLIST_NODE_S *>(pstNode);
-            EXPECT_EQ(Segments(pstGot->aucSegList, pstGot->usSegListLen), ExpectedSegments(stWant));
-            pstNode = pstNode->pstNext;
+        std::vector<Bytes> vecSegLists = stRec.SegLists();
+        ASSERT_EQ(vecSegLists.size(), stCfg.dqSegLists.size());
+        for (size_t i = 0; i < vecSegLists.size(); i++) {
+            EXPECT_EQ(Segments(vecSegLists[i].data(), vecSegLists[i].size()), ExpectedSegments(stCfg.dqSegLists[i]));
         }
-        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
     }
     EXPECT_EQ(ReportCount(), 0u);
 }
