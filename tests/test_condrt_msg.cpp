@@ -1,16 +1,12 @@
 /*
- * Conditional-route messages: the subscription key both ways, and the TLVs
- * of the attribute message written from a decoded attribute record through
- * the emission table, with their room checks and unwritten reserved bytes.
+ * Conditional-route messages: the subscription key both ways, the route key,
+ * and the TLVs of the attribute message rebuilt from the stored attribute
+ * through the emission table, with their room checks and unwritten reserved
+ * bytes.
  */
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <deque>
-#include <string>
-#include <vector>
-
-#include "bol_platform.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
@@ -21,106 +17,10 @@ using bt::Hex;
 namespace {
 
 const uint8_t kFill = 0xEEu; /* what the caller's buffer held: bytes not written keep it */
+const size_t kGuard = 32u;   /* bytes after the room that must stay untouched */
 
-void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
-{
-    stList.stHead.pstNext = &stList.stHead;
-    stList.stHead.pstPrev = &stList.stHead;
-    stList.stHead.ulHandle = 0u;
-    stList.ulCount = 0u;
-}
-
-void Append(BOL_SRPOLICY_LIST_HEAD_S &stList, BOL_SRPOLICY_LIST_NODE_S *pstNode)
-{
-    DLL_Insert_In_Middle(&stList, stList.stHead.pstPrev, pstNode, &stList.stHead);
-}
-
-/* A decoded attribute record built by hand, with its two lists. */
-struct Record {
-    BOL_SRPOLICY_TNLENCAP_ATTR_S st;
-    BOL_SRPOLICY_LIST_HEAD_S stSegLists;
-    std::deque<std::vector<uint64_t>> dqStore;
-    std::string strCPath;
-    std::string strPolicy;
-
-    Record()
-    {
-        memset(&st, 0, sizeof(st));
-        InitList(stSegLists);
-        InitList(st.stSRv6BsidList);
-        st.pstSegListHead = &stSegLists;
-    }
-    Record(const Record &) = delete;
-    Record &operator=(const Record &) = delete;
-
-    void *Node(size_t ulBytes)
-    {
-        dqStore.emplace_back((ulBytes + 7u) / 8u, 0u);
-        return dqStore.back().data();
-    }
-    void AddSegList(const Bytes &vecValue)
-    {
-        auto *pstNode = static_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(
-            Node(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN + vecValue.size() + sizeof(BOL_SRPOLICY_SEGLIST_NODE_S)));
-        pstNode->usSegListLen = static_cast<uint16_t>(vecValue.size());
-        memcpy(pstNode->aucSegList, vecValue.data(), vecValue.size());
-        Append(stSegLists, &pstNode->stNode);
-    }
-    BOL_SRPOLICY_SRV6_BSID_NODE_S &AddSRv6Bsid()
-    {
-        auto *pstNode = static_cast<BOL_SRPOLICY_SRV6_BSID_NODE_S *>(Node(sizeof(BOL_SRPOLICY_SRV6_BSID_NODE_S)));
-        Append(st.stSRv6BsidList, &pstNode->stNode);
-        return *pstNode;
-    }
-    void SetCPathName(const std::string &strName)
-    {
-        strCPath = strName;
-        st.pucCPathName = reinterpret_cast<uint8_t *>(&strCPath[0]);
-        st.usCPathNameLen = static_cast<uint16_t>(strName.size());
-        st.ucCPathNameValid = strName.empty() ? 0u : 1u;
-    }
-    void SetPolicyName(const std::string &strName)
-    {
-        strPolicy = strName;
-        st.pucPolicyName = reinterpret_cast<uint8_t *>(&strPolicy[0]);
-        st.usPolicyNameLen = static_cast<uint16_t>(strName.size());
-        st.ucPolicyNameValid = strName.empty() ? 0u : 1u;
-    }
-};
-
-/* Every item the message knows, as decoding would leave them. */
-void BuildRich(Record &stRec)
-{
-    stRec.st.ucPrefExist = 1;
-    stRec.st.ulPreference = 100;
-    stRec.st.ucCfgModuleIdExist = 1;
-    stRec.st.ulCfgModuleId = 7;
-    stRec.st.ucBsidExist = 1;
-    stRec.st.ucBsidType = 1;
-    stRec.st.ucBsidFlags = 0xC0;
-    stRec.st.ucBsidValueExist = 1;
-    stRec.st.aulBsidValue[0] = 0x00012000u;
-    stRec.AddSegList(Hex("00 | 01 06 00 00 00 06 40 00"));
-    stRec.AddSegList(Hex("00"));
-    stRec.st.ucSliceIdExist = 1;
-    stRec.st.ucSliceIdKind = BOL_SRPOLICY_SLICE_KIND_PRIV | BOL_SRPOLICY_SLICE_KIND_RTFLAG;
-    stRec.st.ulPrivSliceId = 5;
-    BOL_SRPOLICY_SRV6_BSID_NODE_S &stB1 = stRec.AddSRv6Bsid();
-    stB1.ucFlags = 0x60;
-    stB1.aulSid[0] = 0x20010DB8u;
-    stB1.aulSid[3] = 1u;
-    stB1.usEndpointBehavior = 0x0041;
-    stB1.ucLbLen = 32;
-    stB1.ucLnLen = 16;
-    stB1.ucFunLen = 16;
-    stB1.ucArgLen = 0;
-    BOL_SRPOLICY_SRV6_BSID_NODE_S &stB2 = stRec.AddSRv6Bsid();
-    stB2.aulSid[3] = 2u;
-    stRec.SetCPathName("cp");
-    stRec.SetPolicyName("abcd");
-}
-
-/* The message of BuildRich; EE marks reserved bytes that are not written. */
+/* The message 122 of kRichAttrHex (below) with route flag 0x80; EE marks the
+ * reserved bytes that are not written. */
 const char *const kRichHex =
     /* preference: type 3, length 8, flags, 3 reserved, preference */
     "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64"
@@ -145,159 +45,7 @@ const char *const kRichHex =
 /* Sizes of the TLVs of kRichHex, in message order. */
 const size_t kRichTlvSizes[] = {16, 16, 28, 24, 16, 64, 10, 12};
 
-/* Runs the emission table as the attribute message does, on a buffer of
- * ulRoom bytes followed by a guard area. */
-struct Emitted {
-    uint32_t ulRet;
-    size_t ulWritten; /* how far the cursor moved */
-    Bytes vecBuf;     /* room and guard */
-};
-
-const size_t kGuard = 32u;
-
-Emitted EmitAll(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, size_t ulRoom)
-{
-    Emitted stOut;
-    stOut.vecBuf.assign(ulRoom + kGuard, kFill);
-    uint8_t *pucCur = stOut.vecBuf.data();
-    const uint8_t *pucEnd = pucCur + ulRoom;
-    stOut.ulRet = BOL_OK;
-    for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL) {
-        stOut.ulRet = stRow.unHandler.pfnCondRtAttr(pstAttr, &pucCur, pucEnd);
-        if (stOut.ulRet != BOL_OK) {
-            break;
-        }
-    }
-    stOut.ulWritten = static_cast<size_t>(pucCur - stOut.vecBuf.data());
-    return stOut;
-}
-
 class CondRtMsg : public bt::PluginTest {};
-
-/* ---- The attribute message's TLVs ---------------------------------------- */
-
-TEST_F(CondRtMsg, RichRecordGivesEveryTlvInTableOrder)
-{
-    Record stRec;
-    BuildRich(stRec);
-    Bytes vecWant = Hex(kRichHex);
-    Emitted stOut = EmitAll(&stRec.st, vecWant.size());
-    EXPECT_EQ(stOut.ulRet, BOL_OK);
-    ASSERT_EQ(stOut.ulWritten, vecWant.size());
-    EXPECT_EQ(bt::ToHex(stOut.vecBuf.data(), vecWant.size()), bt::ToHex(vecWant));
-    EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* Whatever the room, nothing is written past it, and the cursor stops after
- * the last TLV that fits whole. */
-TEST_F(CondRtMsg, NeverWritesPastTheRoom)
-{
-    Record stRec;
-    BuildRich(stRec);
-    Bytes vecWant = Hex(kRichHex);
-    for (size_t ulRoom = 0; ulRoom <= vecWant.size(); ulRoom++) {
-        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
-        Emitted stOut = EmitAll(&stRec.st, ulRoom);
-        size_t ulFits = 0u;
-        for (size_t ulSize : kRichTlvSizes) {
-            if (ulFits + ulSize > ulRoom) {
-                break;
-            }
-            ulFits += ulSize;
-        }
-        EXPECT_EQ(stOut.ulRet, ulRoom == vecWant.size() ? BOL_OK : BOL_SRPOLICY_ERR_BUF_SHORT);
-        ASSERT_EQ(stOut.ulWritten, ulFits);
-        EXPECT_EQ(bt::ToHex(stOut.vecBuf.data(), ulFits), bt::ToHex(vecWant.data(), ulFits));
-        for (size_t i = ulRoom; i < stOut.vecBuf.size(); i++) {
-            ASSERT_EQ(stOut.vecBuf[i], kFill) << "byte " << i << " past the room";
-        }
-    }
-}
-
-TEST_F(CondRtMsg, ItemsThatAreAbsentWriteNothing)
-{
-    Record stRec;
-    stRec.st.ucPrefExist = 2;        /* only 1 means present */
-    stRec.SetCPathName("");          /* empty names are not valid */
-    stRec.SetPolicyName("");
-    stRec.st.ucCPathNameValid = 0;
-    Emitted stOut = EmitAll(&stRec.st, 0u);
-    EXPECT_EQ(stOut.ulRet, BOL_OK);
-    EXPECT_EQ(stOut.ulWritten, 0u);
-
-    stRec.st.pstSegListHead = nullptr; /* a record without a segment-list head */
-    stOut = EmitAll(&stRec.st, 0u);
-    EXPECT_EQ(stOut.ulRet, BOL_OK);
-    EXPECT_EQ(stOut.ulWritten, 0u);
-}
-
-TEST_F(CondRtMsg, SliceIdValueFollowsKindAndRouteFlag)
-{
-    struct Row {
-        const char *pcName;
-        uint8_t ucKind;
-        uint32_t ulValue;
-    } const astRows[] = {
-        {"private, route flag", 0x01 | 0x04, 0x11},
-        {"private, no route flag: standard value (0)", 0x01, 0x22},
-        {"both, route flag", 0x03 | 0x04, 0x22},
-        {"standard, route flag", 0x02 | 0x04, 0x22},
-        {"standard", 0x02, 0x22},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        Record stRec;
-        stRec.st.ucSliceIdExist = 1;
-        stRec.st.ucSliceIdKind = stRow.ucKind;
-        stRec.st.ulPrivSliceId = 0x11;
-        stRec.st.ulStdSliceId = 0x22;
-        Emitted stOut = EmitAll(&stRec.st, 16u);
-        ASSERT_EQ(stOut.ulRet, BOL_OK);
-        ASSERT_EQ(stOut.ulWritten, 16u);
-        EXPECT_EQ(stOut.vecBuf[15], stRow.ulValue);
-    }
-}
-
-TEST_F(CondRtMsg, ListTlvThatDoesNotFitLeavesTheCursor)
-{
-    struct Row {
-        const char *pcName;
-        size_t ulRoom;
-        bool bHeader; /* the list's header stands in the buffer */
-    } const astRows[] = {
-        {"no room for the header", 7, false},
-        {"header but not the first entry", 8 + 11, true},
-        {"first entry but not the second", 8 + 12 + 3, true},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        Record stRec;
-        stRec.AddSegList(Hex("00 | 01 06 00 00 00 06 40 00"));
-        stRec.AddSegList(Hex("00"));
-        Emitted stOut = EmitAll(&stRec.st, stRow.ulRoom);
-        EXPECT_EQ(stOut.ulRet, BOL_SRPOLICY_ERR_BUF_SHORT);
-        EXPECT_EQ(stOut.ulWritten, 0u);
-        EXPECT_EQ(stOut.vecBuf[3], stRow.bHeader ? 0x04u : kFill);
-        EXPECT_EQ(stOut.vecBuf[6], kFill) << "the length is written last";
-    }
-}
-
-TEST_F(CondRtMsg, ItemEncodersCheckTheirPointers)
-{
-    Record stRec;
-    uint8_t aucBuf[8];
-    uint8_t *pucCur = aucBuf;
-    const uint8_t *pucEnd = aucBuf + sizeof(aucBuf);
-    for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL) {
-        SCOPED_TRACE(::testing::Message() << "row " << stRow.ulType);
-        tp::Reset();
-        EXPECT_EQ(stRow.unHandler.pfnCondRtAttr(nullptr, &pucCur, pucEnd), BOL_ERR_PARAM);
-        EXPECT_EQ(stRow.unHandler.pfnCondRtAttr(&stRec.st, nullptr, pucEnd), BOL_ERR_PARAM);
-        ASSERT_EQ(ReportCount(), 2u);
-        EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_format");
-        EXPECT_EQ(pucCur, aucBuf);
-    }
-}
 
 TEST_F(CondRtMsg, OneSegmentRecord)
 {
@@ -345,58 +93,18 @@ TEST_F(CondRtMsg, SubscriptionKeyCarriesNothing)
     EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
 }
 
-/* The message encoders that read the stored attribute check their arguments
- * before anything else, and differ on a route without an attribute: an
- * empty attribute message (122), no attribute message (47). */
-TEST_F(CondRtMsg, AttributeMessageEncodersCheckTheirArguments)
+/* A route without a stored attribute: an empty message 122, but no message 47. */
+TEST_F(CondRtMsg, RouteWithoutAttribute)
 {
-    struct Handler {
-        const char *pcName;
-        BOL_SRPOLICY_FORMAT_PF pfn;
-        uint32_t ulNoAttrRet;
-    } const astHandlers[] = {
-        {"conditional-route attribute", BOL_SRPOLICY_FormatCondRtAttr, BOL_OK},
-        {"attribute message", BOL_SRPOLICY_FormatTunnelEncapsAttrTlv, BOL_ERR_NO_DATA},
-    };
     bt::Route stRoute;
     uint8_t aucBuf[4];
     uint8_t *pucCur = aucBuf;
-    uint8_t *pucNull = nullptr;
-    for (const Handler &stHandler : astHandlers) {
-        struct Row {
-            const char *pcName;
-            const BOL_RT_DATA_S *pstRt;
-            uint8_t **ppucCur;
-            BOL_SRPOLICY_INSTANCE_S *pstInst;
-            uint32_t ulRet;
-            size_t ulReports;
-        } const astRows[] = {
-            {"null route", nullptr, &pucCur, m_pstInst, BOL_ERR_PARAM, 1},
-            {"null cursor", &stRoute.stRt, nullptr, m_pstInst, BOL_ERR_PARAM, 1},
-            {"null buffer", &stRoute.stRt, &pucNull, m_pstInst, BOL_ERR_PARAM, 1},
-            {"null instance", &stRoute.stRt, &pucCur, nullptr, BOL_ERR_PARAM, 1},
-            {"no attribute", &stRoute.stRt, &pucCur, m_pstInst, stHandler.ulNoAttrRet, 0},
-        };
-        for (const Row &stRow : astRows) {
-            SCOPED_TRACE(::testing::Message() << stHandler.pcName << ": " << stRow.pcName);
-            tp::Reset();
-            EXPECT_EQ(stHandler.pfn(stRow.pstRt, stRow.ppucCur, sizeof(aucBuf), stRow.pstInst), stRow.ulRet);
-            ASSERT_EQ(ReportCount(), stRow.ulReports);
-            if (stRow.ulReports != 0u) {
-                EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_format");
-            }
-            EXPECT_EQ(pucCur, aucBuf);
-            EXPECT_EQ(tp::AllocCalls(), 0u);
-        }
-    }
-}
-
-TEST_F(CondRtMsg, MessageTableRows)
-{
-    EXPECT_EQ(BOL_SRPOLICY_GetBgpiMsgFormatEntry(BOL_SRPOLICY_MSG_CONDRT_RTKEY)->unHandler.pfnFormat,
-              BOL_SRPOLICY_FormatCondRtRouteKey);
-    EXPECT_EQ(BOL_SRPOLICY_GetBgpiMsgFormatEntry(BOL_SRPOLICY_MSG_CONDRT_ATTR)->unHandler.pfnFormat,
-              BOL_SRPOLICY_FormatCondRtAttr);
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst), BOL_OK);
+    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst),
+              BOL_ERR_NO_DATA);
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
 }
 
 /* ---- Route key message (121) ----------------------------------------------- */
@@ -442,7 +150,7 @@ TEST_F(CondRtMsg, RouteKeyMessageIsTheKeyInNetworkOrder)
 
 /* ---- The attribute message from the stored attribute (122) ---------------- */
 
-/* The stored attribute that decodes into the record of BuildRich. */
+/* A stored attribute with every item the message knows. */
 const char *const kRichAttrHex =
     "00 0F 00 6E"
     " | 0C 06 00 00 00 00 00 64"                      /* preference 100 */
@@ -522,6 +230,9 @@ TEST_F(CondRtMsg, AttributeMessageCases)
          " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 EE EE 00 00 00 00"
          " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00",
          ""},
+        {"empty names carry no TLV", "00 0F 00 08 | 81 00 01 00 | 82 00 01 00", 0, 0, 64, 0, BOL_OK, "", ""},
+        {"a name with a tab is kept but not valid: no TLV", "00 0F 00 06 | 82 00 03 00 61 09", 0, 0, 64, 0,
+         BOL_OK, "", ""},
         {"undecodable attribute: nothing written", "00 0E 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 0,
          BOL_ERR_SUBTLV_MALFORMED, "", ""},
         {"decoder out of memory: nothing written", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 1,
