@@ -2,12 +2,15 @@
  * The Tunnel Encapsulation attribute end to end, as a host sees it: decode
  * through the packet-parse entry (type 23), then on the normalised copy
  * decode again, set with and without the private slice-id rewrite, encode,
- * render as text through buffers of several sizes, and compare.
+ * render as text through buffers of several sizes, write message 122 into
+ * rooms of several sizes, and compare.
  *
  * Input: one control byte (low 4 bits: the allocation that fails in a second
  * decode and in a set; 0 = none), then the attribute value.
  */
 #include <string.h>
+
+#include <algorithm>
 
 #include "fuzz_host.h"
 
@@ -117,6 +120,45 @@ bool HasCutPieces(const fz::Bytes &v)
 
 bool IsAllocFailure(uint32_t ulRet) { return ulRet == BOL_ERR_MALLOC || ulRet == BOL_SRPOLICY_ERR_NOMEM; }
 
+/* Message 122 from a route holding the copy, into rooms of several sizes,
+ * each followed by a guard area: a room that holds the whole message gives
+ * it and moves the cursor past it; a smaller one gives 4, keeps the items
+ * that fitted (a prefix of the message) and writes nothing past the room. */
+void CheckCondRtAttrMessage(const fz::Host &h, const fz::Bytes &vecCopy)
+{
+    const uint8_t kCanary = 0xA5u;
+    const size_t kGuard = 32u;
+    auto Write = [&](uint32_t ulRoom, fz::Bytes &vecMsg, uint32_t &ulRet) {
+        fz::Route rt;
+        rt.SetAttr(vecCopy);
+        fz::Bytes vecBuf(ulRoom + kGuard, kCanary);
+        uint8_t *pucCur = vecBuf.data();
+        ulRet = h.stTbl.pfnFormatMsg(&rt.stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur, ulRoom, h.pstInst);
+        FZ_CHECK(pucCur >= vecBuf.data() && pucCur <= vecBuf.data() + ulRoom);
+        for (size_t i = ulRoom; i < vecBuf.size(); i++) {
+            FZ_CHECK(vecBuf[i] == kCanary);
+        }
+        FZ_CHECK(rt.vecAttr == vecCopy);  // the stored copy is already normalised
+        vecMsg.assign(vecBuf.data(), pucCur);
+    };
+    fz::Bytes vecFull;
+    uint32_t ulRet = 0u;
+    Write(1u << 18, vecFull, ulRet);
+    FZ_CHECK(ulRet == BOL_OK);
+    const uint32_t ulLen = static_cast<uint32_t>(vecFull.size());
+    for (uint32_t ulRoom : {0u, 8u, 15u, 16u, 27u, 28u, ulLen / 2u, ulLen - (ulLen != 0u ? 1u : 0u), ulLen, ulLen + 9u}) {
+        fz::Bytes vecMsg;
+        Write(ulRoom, vecMsg, ulRet);
+        if (ulRoom >= ulLen) {
+            FZ_CHECK(ulRet == BOL_OK && vecMsg == vecFull);
+        } else {
+            FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_BUF_SHORT);
+            FZ_CHECK(vecMsg.size() < ulLen && std::equal(vecMsg.begin(), vecMsg.end(), vecFull.begin()));
+        }
+    }
+    fz::CheckNoLeak();
+}
+
 void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes &vecCopy)
 {
     FZ_CHECK(WellFormedTunnel(vecCopy));
@@ -177,6 +219,8 @@ void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes 
     for (uint32_t ulSize : {2u, 3u, 40u, 90u, 150u}) {
         (void)fz::RenderAll(h, rt, ulSize, strJoined);
     }
+
+    CheckCondRtAttrMessage(h, vecCopy);
 
     /* Comparison: equal to itself, antisymmetric against the raw bytes. */
     FZ_CHECK(h.stTbl.pfnCmpData(vecCopy.data(), ulLen, vecCopy.data(), ulLen, BOL_SRPOLICY_CMP_ATTR) == 0);

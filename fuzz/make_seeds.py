@@ -103,6 +103,21 @@ SEEDS = {
                   (0x0A000001).to_bytes(4, "little") + bytes(12),
         "key_v6_badlen": b"\xB3" + bytes([192]) + bytes(27),
     },
+    # Record bytes in field order of the 64-bit build: BSID label, the four
+    # flag bytes, preference, ...; a segment list or SRv6 binding SID node
+    # follows for each one the control byte asks for.
+    "fuzz_cfg_tnlencap": {
+        "nothing": b"\x00",
+        "bsid_pref": b"\x00" + h("00100000 01000101 00000064"),
+        "seglist": b"\x04" + h("00100000 01000101 00000064") + bytes(60) + bytes(16) + h("0a000000 01 03 01 00") +
+                   h("01000000 02000000 03000000"),
+        "srv6_bsid_alloc1": b"\x11" + bytes(72) + bytes(16) + h("20 000000") + SID1 + h("0000 3000 20101000"),
+    },
+    "fuzz_attrmsg": {
+        "realistic": b"\x00" + REALISTIC,
+        "worked_alloc2": b"\x02" + WORKED,
+        "empty": b"\x00",
+    },
 }
 
 

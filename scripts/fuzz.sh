@@ -4,16 +4,16 @@
 # from its seed corpus in fuzz/corpus/<target>/. New inputs go to
 # build/fuzz/corpus/<target>/, findings to build/fuzz/artifacts/.
 #
-#   scripts/fuzz.sh                 smoke run: 15 s per target
+#   scripts/fuzz.sh                 smoke run: 10 s per target
 #   scripts/fuzz.sh 1800            long run: 30 minutes per target
 #   scripts/fuzz.sh 60 fuzz_attr    one target
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-seconds=${1:-15}
+seconds=${1:-10}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(fuzz_nlri fuzz_attr fuzz_keymsg fuzz_text_raw)
+[ ${#targets[@]} -eq 0 ] && targets=(fuzz_nlri fuzz_attr fuzz_keymsg fuzz_text_raw fuzz_cfg_tnlencap fuzz_attrmsg)
 
 scripts/deps.sh clang libclang-rt-14-dev cmake ninja-build
 

@@ -71,7 +71,7 @@ run_build ppc -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBOL_BUILD_BENCH=OFF \
 # Static analysis of src/ and platform/: clang-tidy and cppcheck.
 bash scripts/lint.sh
 
-# Fuzz smoke run: every target for 15 s from its seed corpus (about 60 s).
-bash scripts/fuzz.sh 15
+# Fuzz smoke run: every target for 10 s from its seed corpus (about 60 s).
+bash scripts/fuzz.sh 10
 
 echo "=== all builds passed"

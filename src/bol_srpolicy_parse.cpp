@@ -1284,7 +1284,7 @@ const uint32_t *BOL_SRPOLICY_GetSrpType2SegmentValue(const BOL_SRPOLICY_CFG_SEGL
         BOL_REPORT(ulIndex);
         return nullptr;
     }
-    return &pstSegList->aulSegValue[4u * ulIndex];
+    return &pstSegList->aulSegValue[static_cast<size_t>(ulIndex) * 4u];
 }
 
 } /* extern "C" */

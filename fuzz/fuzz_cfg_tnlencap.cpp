@@ -1,0 +1,142 @@
+/*
+ * The configured tunnel encapsulation (configuration record 32) through the
+ * configuration dispatcher, from records built out of the input: the record
+ * itself, up to three segment-list nodes and up to two SRv6 binding SID
+ * nodes, every field taken from the input bytes.
+ *
+ * Input: one control byte (bits 0-1: the allocation that fails, 0 = none;
+ * bits 2-3: segment lists; bits 4-5: SRv6 binding SIDs), then the bytes the
+ * record and its nodes are filled from (zeros past the end).
+ *
+ * Properties: an attribute that is handed over is a well-formed SR Policy
+ * tunnel whose size is the one the size arithmetic gives, and it decodes; its
+ * configuration text stays inside the buffer; a failed allocation gives its
+ * code and hands nothing over; nothing leaks.
+ */
+#include <string.h>
+
+#include <deque>
+
+#include "bol_platform.h"
+#include "bol_srpolicy_priv.h"
+#include "fuzz_host.h"
+
+namespace {
+
+int g_iHostCtx;
+
+/* Hands out the input bytes in order, then zeros. */
+struct Filler {
+    const uint8_t *puc;
+    size_t ulLeft;
+    void Fill(void *pv, size_t n)
+    {
+        size_t k = n < ulLeft ? n : ulLeft;
+        memset(pv, 0, n);
+        if (k != 0u) {
+            memcpy(pv, puc, k);
+        }
+        puc += k;
+        ulLeft -= k;
+    }
+};
+
+void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
+{
+    stList.stHead.pstNext = &stList.stHead;
+    stList.stHead.pstPrev = &stList.stHead;
+    stList.stHead.ulHandle = 0u;
+    stList.ulCount = 0u;
+}
+
+/* The configuration text of the attribute: stays inside the buffer and is
+ * terminated there. */
+void CheckText(const fz::Host &h, const fz::Bytes &vecAttr)
+{
+    fz::Route rt;
+    rt.SetAttr(vecAttr);
+    for (uint32_t ulSize : {64u, 1000u, 1u << 16}) {
+        std::vector<char> vecBuf(ulSize + 32u, 'Z');
+        char *pcCur = vecBuf.data();
+        uint32_t ulOffset = 0u;
+        uint32_t ulMore = 77u;
+        uint32_t ulRet = h.stTbl.pfnFormatCfg(&rt.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, reinterpret_cast<uint8_t **>(&pcCur),
+                                              ulSize, &ulOffset, &ulMore);
+        FZ_CHECK(ulRet == BOL_OK && pcCur == vecBuf.data());
+        FZ_CHECK(strnlen(vecBuf.data(), ulSize) < ulSize);
+        for (size_t i = ulSize; i < vecBuf.size(); i++) {
+            FZ_CHECK(vecBuf[i] == 'Z');
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
+{
+    if (ulSize < 1u) {
+        return 0;
+    }
+    fz::Host &h = fz::Begin();
+    const uint8_t ucCtl = pucData[0];
+    Filler stIn = {pucData + 1, ulSize - 1u};
+
+    BOL_SRPOLICY_CFG_TNLENCAP_S stCfg;
+    stIn.Fill(&stCfg, sizeof(stCfg));
+    InitList(stCfg.stSegLists);
+    InitList(stCfg.stSRv6BsidList);
+    std::deque<BOL_SRPOLICY_CFG_SEGLIST_S> dqSegLists;
+    std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> dqBsids;
+    for (uint32_t n = (ucCtl >> 2) & 3u; n > 0u; n--) {
+        dqSegLists.emplace_back();
+        BOL_SRPOLICY_CFG_SEGLIST_S &stNode = dqSegLists.back();
+        stIn.Fill(&stNode, sizeof(stNode));
+        DLL_Insert_In_Middle(&stCfg.stSegLists, stCfg.stSegLists.stHead.pstPrev, &stNode.stNode,
+                             &stCfg.stSegLists.stHead);
+    }
+    for (uint32_t n = (ucCtl >> 4) & 3u; n > 0u; n--) {
+        dqBsids.emplace_back();
+        BOL_SRPOLICY_CFG_SRV6_BSID_S &stNode = dqBsids.back();
+        stIn.Fill(&stNode, sizeof(stNode));
+        DLL_Insert_In_Middle(&stCfg.stSRv6BsidList, stCfg.stSRv6BsidList.stHead.pstPrev, &stNode.stNode,
+                             &stCfg.stSRv6BsidList.stHead);
+    }
+
+    const uint32_t ulFailNth = ucCtl & 3u;
+    tp::FailNthAlloc(ulFailNth);
+    void *pvOut = nullptr;
+    uint32_t ulRet = h.stTbl.pfnParseCfg(&stCfg, sizeof(stCfg), BOL_SRPOLICY_CFG_TNL_ENCAP, &pvOut, h.pstInst);
+    const bool bFailed = tp::FailedAllocs() != 0u;
+    tp::FailNthAlloc(0u);
+    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
+    if (bFailed) {
+        /* The attribute buffer (3) or the host's output block (0x50001). */
+        FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_NOMEM || ulRet == BOL_ERR_MALLOC);
+    }
+    if (ulRet == BOL_OK) {
+        fz::Output o = fz::TakeOutput(pvOut);
+        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
+        const fz::Bytes &v = o.vecAttr;
+        FZ_CHECK(v.size() >= 4u && v[0] == 0u && v[1] == 15u);
+        FZ_CHECK(((static_cast<size_t>(v[2]) << 8) | v[3]) + 4u == v.size());
+        uint16_t usTotal = 0u;
+        BOL_SRPOLICY_CalculateTunAttrLen(&stCfg, &usTotal);
+        FZ_CHECK(usTotal == v.size());
+
+        /* The encoded value decodes, as a peer's attribute would (an empty
+         * tunnel is refused for its length 0). */
+        if (v.size() > 4u) {
+            fz::Bytes vecIn = v;
+            uint8_t *pucCur = vecIn.data();
+            void *pvAttr = nullptr;
+            uint32_t ulMore = 77u;
+            uint32_t ulDec = h.stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(vecIn.size()), &g_iHostCtx,
+                                                 BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvAttr, &ulMore, h.pstInst);
+            FZ_CHECK(ulDec == BOL_OK);
+            (void)fz::TakeOutput(pvAttr);
+        }
+        CheckText(h, v);
+    }
+    fz::CheckNoLeak();
+    return 0;
+}
