@@ -146,7 +146,8 @@ void CheckCondRtAttrMessage(const fz::Host &h, const fz::Bytes &vecCopy)
     Write(1u << 18, vecFull, ulRet);
     FZ_CHECK(ulRet == BOL_OK);
     const uint32_t ulLen = static_cast<uint32_t>(vecFull.size());
-    for (uint32_t ulRoom : {0u, 8u, 15u, 16u, 27u, 28u, ulLen / 2u, ulLen - (ulLen != 0u ? 1u : 0u), ulLen, ulLen + 9u}) {
+    const uint32_t ulShort = ulLen - (ulLen != 0u ? 1u : 0u);
+    for (uint32_t ulRoom : {0u, 8u, 15u, 16u, 27u, 28u, ulLen / 2u, ulShort, ulLen, ulLen + 9u}) {
         fz::Bytes vecMsg;
         Write(ulRoom, vecMsg, ulRet);
         if (ulRoom >= ulLen) {

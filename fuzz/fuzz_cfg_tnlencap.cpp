@@ -57,12 +57,13 @@ void CheckText(const fz::Host &h, const fz::Bytes &vecAttr)
     rt.SetAttr(vecAttr);
     for (uint32_t ulSize : {64u, 1000u, 1u << 16}) {
         std::vector<char> vecBuf(ulSize + 32u, 'Z');
-        char *pcCur = vecBuf.data();
+        uint8_t *const pucBuf = reinterpret_cast<uint8_t *>(vecBuf.data());
+        uint8_t *pucCur = pucBuf;
         uint32_t ulOffset = 0u;
         uint32_t ulMore = 77u;
-        uint32_t ulRet = h.stTbl.pfnFormatCfg(&rt.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, reinterpret_cast<uint8_t **>(&pcCur),
-                                              ulSize, &ulOffset, &ulMore);
-        FZ_CHECK(ulRet == BOL_OK && pcCur == vecBuf.data());
+        uint32_t ulRet =
+            h.stTbl.pfnFormatCfg(&rt.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucCur, ulSize, &ulOffset, &ulMore);
+        FZ_CHECK(ulRet == BOL_OK && pucCur == pucBuf);
         FZ_CHECK(strnlen(vecBuf.data(), ulSize) < ulSize);
         for (size_t i = ulSize; i < vecBuf.size(); i++) {
             FZ_CHECK(vecBuf[i] == 'Z');
