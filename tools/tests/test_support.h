@@ -1,0 +1,105 @@
+/* Helpers of the tool's unit tests: a sink that records what readers find,
+ * and builders of BGP messages and capture files. */
+#ifndef SRPOLICY_TOOL_TEST_SUPPORT_H
+#define SRPOLICY_TOOL_TEST_SUPPORT_H
+
+#include <string>
+#include <vector>
+
+#include "bytes.h"
+#include "input.h"
+
+namespace srp_test {
+
+using srp::Bytes;
+
+struct Seen {
+    std::string strKind; /* "msg", "rib", "error" */
+    uint64_t ullOffset;
+    Bytes vecData;
+    std::string strSource;
+};
+
+class RecordingSink : public srp::InputSink {
+public:
+    void Message(const uint8_t *p, size_t n, const srp::Origin &o) override
+    {
+        vecSeen.push_back(Seen{"msg", o.ullOffset, Bytes(p, p + n), o.strSource});
+    }
+    void RibEntry(uint16_t, uint8_t, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs, size_t ulAttrs,
+                  const srp::Origin &o) override
+    {
+        Bytes v(pNlri, pNlri + ulNlri);
+        v.insert(v.end(), pAttrs, pAttrs + ulAttrs);
+        vecSeen.push_back(Seen{"rib", o.ullOffset, v, o.strSource});
+    }
+    void FramingError(const std::string &s, const srp::Origin &o) override
+    {
+        vecSeen.push_back(Seen{"error", o.ullOffset, Bytes(s.begin(), s.end()), o.strSource});
+    }
+    void Skipped() override { ulSkipped++; }
+
+    std::string Kinds() const
+    {
+        std::string s;
+        for (const Seen &st : vecSeen) {
+            s += (s.empty() ? "" : " ") + st.strKind;
+        }
+        return s;
+    }
+    std::vector<Seen> vecSeen;
+    size_t ulSkipped = 0;
+};
+
+/* A BGP message of the given type whose body is n bytes of fill. */
+inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill)
+{
+    Bytes v(16u, 0xFFu);
+    srp::Put16(v, static_cast<uint32_t>(19u + n));
+    v.push_back(ucType);
+    v.insert(v.end(), n, ucFill);
+    return v;
+}
+
+inline Bytes Concat(const std::vector<Bytes> &vec)
+{
+    Bytes v;
+    for (const Bytes &b : vec) {
+        v.insert(v.end(), b.begin(), b.end());
+    }
+    return v;
+}
+
+/* A classic pcap file (microsecond, Ethernet) holding the frames. */
+inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
+{
+    Bytes v;
+    auto le32 = [&](uint32_t x) {
+        for (int i = 0; i < 4; i++) {
+            v.push_back(static_cast<uint8_t>(x >> (8 * i)));
+        }
+    };
+    auto le16 = [&](uint32_t x) {
+        v.push_back(static_cast<uint8_t>(x));
+        v.push_back(static_cast<uint8_t>(x >> 8));
+    };
+    le32(0xA1B2C3D4u);
+    le16(2u);
+    le16(4u);
+    le32(0u);
+    le32(0u);
+    le32(65535u);
+    le32(1u);
+    for (size_t i = 0; i < vecFrames.size(); i++) {
+        le32(static_cast<uint32_t>(1000u + i));
+        le32(0u);
+        le32(static_cast<uint32_t>(vecFrames[i].size()));
+        le32(static_cast<uint32_t>(vecFrames[i].size()));
+        v.insert(v.end(), vecFrames[i].begin(), vecFrames[i].end());
+    }
+    return v;
+}
+
+}  // namespace srp_test
+
+#endif
