@@ -4,12 +4,20 @@
 #   64-bit      g++, the native build
 #   32-bit      g++ -m32 (the target's pointer width; layouts checked at compile
 #               time); run natively where the kernel starts 32-bit programs,
-#               else under qemu-i386
+#               else under qemu-i386; without the srpolicy tool, which needs a
+#               32-bit libpcap
 #   sanitizers  clang++ with AddressSanitizer and UndefinedBehaviorSanitizer
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest libbenchmark-dev binutils
+scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest libbenchmark-dev binutils \
+  libpcap-dev nlohmann-json3-dev libcli11-dev
+# Optional: tshark dissects the captures the srpolicy tool writes. Installed
+# only when that works without questions; the check is skipped otherwise.
+if ! command -v tshark >/dev/null 2>&1; then
+  DEBIAN_FRONTEND=noninteractive scripts/deps.sh tshark </dev/null ||
+    echo "tshark not available: the capture dissection check is skipped"
+fi
 
 jobs=$(nproc)
 export CTEST_OUTPUT_ON_FAILURE=1
