@@ -72,7 +72,8 @@ void MrtBgp4mp(uint16_t usSubtype, Reader &rd, const Origin &stOrigin, InputSink
         sink.FramingError("MRT BGP4MP record does not hold one whole BGP message", stOrigin);
         return;
     }
-    sink.Message(pMsg, ulLen, stOrigin);
+    /* Reports name the message's own offset in the file. */
+    sink.Message(pMsg, ulLen, Origin{stOrigin.strSource, stOrigin.ullOffset + kMrtHeaderLen + rd.Pos()});
 }
 
 /* TABLE_DUMP_V2 RIB_GENERIC: AFI, SAFI, one NLRI, then RIB entries. */

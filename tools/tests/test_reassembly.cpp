@@ -80,14 +80,19 @@ TEST(PcapCapture, ReassemblesBgpMessagesAcrossSegments)
     std::swap(vecFrames[3], vecFrames[5]);
     vecFrames.push_back(vecFrames[7]);
 
-    RecordingSink sink;
-    Bytes vecFile = srp_test::PcapFile(vecFrames);
-    std::string strError;
-    ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "c.pcap", sink, strError)) << strError;
-    ASSERT_EQ(sink.Kinds(), "msg msg msg");
-    EXPECT_EQ(sink.vecSeen[1].vecData, vecBig);
-    EXPECT_EQ(sink.vecSeen[1].ullOffset, vecSmall.size());
-    EXPECT_EQ(sink.vecSeen[0].strSource, "c.pcap 192.0.2.1:179>192.0.2.2:50179");
+    /* pcap and pcapng alike */
+    for (const Bytes &vecFile : {srp_test::PcapFile(vecFrames), srp_test::PcapngFile(vecFrames)}) {
+        RecordingSink sink;
+        std::string strError;
+        srp::Format eFormat = srp::Format::Auto;
+        ASSERT_TRUE(srp::DetectFormat(vecFile.data(), vecFile.size(), eFormat));
+        EXPECT_EQ(eFormat, srp::Format::Pcap);
+        ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "c.pcap", sink, strError)) << strError;
+        ASSERT_EQ(sink.Kinds(), "msg msg msg");
+        EXPECT_EQ(sink.vecSeen[1].vecData, vecBig);
+        EXPECT_EQ(sink.vecSeen[1].ullOffset, vecSmall.size());
+        EXPECT_EQ(sink.vecSeen[0].strSource, "c.pcap 192.0.2.1:179>192.0.2.2:50179");
+    }
 }
 
 TEST(PcapCapture, CutMidMessageReportsWhatIsMissing)

@@ -100,6 +100,39 @@ inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
     return v;
 }
 
+/* The same frames in a pcapng file: section header, one Ethernet
+ * interface, one enhanced packet block per frame. */
+inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
+{
+    Bytes v;
+    auto le32 = [&](uint32_t x) {
+        for (int i = 0; i < 4; i++) {
+            v.push_back(static_cast<uint8_t>(x >> (8 * i)));
+        }
+    };
+    auto block = [&](uint32_t ulType, const Bytes &vecBody) {
+        uint32_t ulLen = static_cast<uint32_t>(12u + ((vecBody.size() + 3u) & ~size_t(3)));
+        le32(ulType);
+        le32(ulLen);
+        v.insert(v.end(), vecBody.begin(), vecBody.end());
+        v.insert(v.end(), (4u - vecBody.size() % 4u) % 4u, 0u);
+        le32(ulLen);
+    };
+    block(0x0A0D0D0Au, Bytes{0x4D, 0x3C, 0x2B, 0x1A, 1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF});
+    block(1u, Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0, 0});
+    for (const Bytes &vecFrame : vecFrames) {
+        Bytes vecBody(12u, 0u);
+        for (int k = 0; k < 2; k++) {
+            for (int i = 0; i < 4; i++) {
+                vecBody.push_back(static_cast<uint8_t>(vecFrame.size() >> (8 * i)));
+            }
+        }
+        vecBody.insert(vecBody.end(), vecFrame.begin(), vecFrame.end());
+        block(6u, vecBody);
+    }
+    return v;
+}
+
 }  // namespace srp_test
 
 #endif
