@@ -119,7 +119,9 @@ uint32_t KEO_Inet_ntoa_b_ipv6(KEO_IN6ADDR_S stAddr, char *pcBuf)
         if (pc[-1] != ':') {
             *pc++ = ':';
         }
-        pc += snprintf(pc, 16, "%u.%u.%u.%u", ausG[6] >> 8, ausG[6] & 0xFFu, ausG[7] >> 8, ausG[7] & 0xFFu);
+        unsigned uHigh = ausG[6];
+        unsigned uLow = ausG[7];
+        pc += snprintf(pc, 16, "%u.%u.%u.%u", uHigh >> 8, uHigh & 0xFFu, uLow >> 8, uLow & 0xFFu);
     }
     *pc = '\0';
     return 0u;

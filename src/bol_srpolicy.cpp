@@ -13,6 +13,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_layout.h"
 #include "bol_srpolicy_priv.h"
+#include "bol_srpolicy_wire.h"
 
 namespace bol {
 
@@ -97,8 +98,8 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CMP_DATA_TBL[2] = {
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_DATA2STR_TBL[2] = {
-    {BOL_SRPOLICY_STR_KEY, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_STR_ATTR, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_STR_KEY, BOL_SRPOLICY_MpNlriData2Str},
+    {BOL_SRPOLICY_STR_ATTR, BOL_SRPOLICY_TunnelEncapsulationAttr2Str},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CONSTRUCT_SUBSKEY_TBL[1] = {
@@ -120,15 +121,15 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = 
 
 /* Sub-TLV printers of the attribute text; same order as the decoders. */
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL[9] = {
-    {BOL_SRPOLICY_SUBTLV_PREF, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_BSID, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_SEGLIST, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_CFG_MODULE_ID, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_SRV6_BSID, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_CPATH_NAME, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_POLICY_NAME, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_SUBTLV_STD_SLICE_ID, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_SUBTLV_PREF, BOL_SRPOLICY_OutputPreferenceData},
+    {BOL_SRPOLICY_SUBTLV_BSID, BOL_SRPOLICY_OutputBSIDData},
+    {BOL_SRPOLICY_SUBTLV_SEGLIST, BOL_SRPOLICY_OutputSegmentList},
+    {BOL_SRPOLICY_SUBTLV_CFG_MODULE_ID, BOL_SRPOLICY_OutputCfgModuleData},
+    {BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID, BOL_SRPOLICY_OutputSliceIdData},
+    {BOL_SRPOLICY_SUBTLV_SRV6_BSID, BOL_SRPOLICY_OutputSRv6BSIDData},
+    {BOL_SRPOLICY_SUBTLV_CPATH_NAME, BOL_SRPOLICY_OutputCPathName},
+    {BOL_SRPOLICY_SUBTLV_POLICY_NAME, BOL_SRPOLICY_OutputPolicyName},
+    {BOL_SRPOLICY_SUBTLV_STD_SLICE_ID, BOL_SRPOLICY_OutputSliceIdData},
 };
 
 /* Segment checks indexed by segment type: row n checks type n. */
@@ -620,26 +621,681 @@ extern "C" void BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(BOL_SRPOLICY_TNLENC
 /* Text helpers and NLRI text                                               */
 /* ======================================================================== */
 
+namespace {
+
+/* Where a text goes: the position, the room left there (its terminating
+ * zero included) and the characters written so far. */
+struct TextOut {
+    char *pc;
+    uint32_t ulRoom;
+    uint32_t ulCount;
+};
+
+/* Takes the result of an all-or-nothing format at the position: false when
+ * the text did not fit (or was empty), and then nothing moves. */
+bool TextTake(TextOut &stOut, int iCount)
+{
+    if (iCount <= 0 || static_cast<uint32_t>(iCount) >= stOut.ulRoom) {
+        return false;
+    }
+    stOut.pc += iCount;
+    stOut.ulRoom -= static_cast<uint32_t>(iCount);
+    stOut.ulCount += static_cast<uint32_t>(iCount);
+    return true;
+}
+
+/* Takes the result of a format that cuts its text at the end of the room:
+ * whatever was written counts, a failure writes nothing. */
+void TextTakeCut(TextOut &stOut, int iCount)
+{
+    (void)TextTake(stOut, iCount);
+}
+
+/* Ends the text at the position when there is room for the zero. */
+void TextEnd(char *pcPos, uint32_t ulRoom)
+{
+    if (pcPos != nullptr && ulRoom != 0u) {
+        pcPos[0] = '\0';
+    }
+}
+
+/* Text of the SID in the 16 bytes at ulOff of the value (four big-endian
+ * words), into a zero-filled buffer of the caller. */
+void SidText(const bol::View &stValue, uint32_t ulOff, char *pcText, uint32_t ulTextLen)
+{
+    uint32_t aulWords[4];
+    bol::GetWords4(stValue, ulOff, aulWords);
+    (void)BOL_SRPOLICY_IPv6AddrToStr(aulWords, 16u, pcText, ulTextLen);
+}
+
+/* The argument checks of the text handlers, in their order. */
+uint32_t CheckData2StrArgs(const BOL_RT_DATA_S *pstRtData, const char *pcBuf, const uint32_t *pulOffset,
+                           const uint32_t *pulMore, const BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pcBuf, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulOffset, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return BOL_OK;
+}
+
+} /* namespace */
+
+/* Formats at the position of a TextOut: all or nothing, or cut at the end of
+ * the room. The format stays a literal so that its arguments are checked. */
+#define BOL_TEXT_PUT(stOut, ...) TextTake((stOut), sprintf_s((stOut).pc, (stOut).ulRoom, __VA_ARGS__))
+#define BOL_TEXT_CUT(stOut, ...) TextTakeCut((stOut), snprintf_truncated_s((stOut).pc, (stOut).ulRoom, __VA_ARGS__))
+
+/* Size of the endpoint and SID texts (39 characters and a zero). */
+#define BOL_ADDR_TEXT_LEN 40u
+/* Work buffer of the key line. */
+#define BOL_KEY_LINE_LEN 256u
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
+{
+    if (ulLen == 0u) {
+        return 0u;
+    }
+    BOL_CHECK_PTR(pucName, 0u);
+    for (uint32_t i = 0; i < ulLen; i++) {
+        if (pucName[i] < 0x20u || pucName[i] > 0x7Eu) {
+            return 0u;
+        }
+    }
+    return 1u;
+}
+
+uint32_t BOL_SRPOLICY_IPv6AddrToStr(const uint32_t *pulAddr, uint32_t ulAddrLen, char *pcBuf, uint32_t ulBufLen)
+{
+    BOL_CHECK_PTR(pulAddr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pcBuf, BOL_ERR_PARAM);
+    if (ulBufLen == 0u) {
+        BOL_REPORT(ulBufLen);
+        return BOL_ERR_PARAM;
+    }
+    if (ulAddrLen == 0u) {
+        BOL_REPORT(ulAddrLen);
+        return BOL_ERR_PARAM;
+    }
+
+    /* The platform takes eight 16-bit groups; word i holds groups 2i, 2i+1. */
+    KEO_IN6ADDR_S stAddr;
+    for (uint32_t i = 0; i < 4u; i++) {
+        stAddr.ausGroup[2u * i] = static_cast<uint16_t>(pulAddr[i] >> 16);
+        stAddr.ausGroup[2u * i + 1u] = static_cast<uint16_t>(pulAddr[i]);
+    }
+    return KEO_Inet_ntoa_b_ipv6(stAddr, pcBuf);
+}
+
+uint32_t BOL_SRPOLICY_MpNlriData2Str(const BOL_RT_DATA_S *pstRtData, char *pcBuf, uint32_t ulBufLen,
+                                     uint32_t *pulOffset, uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    uint32_t ulRet = CheckData2StrArgs(pstRtData, pcBuf, pulOffset, pulMore, pstInst);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+
+    const BOL_SRPOLICY_NLRI_S *pstKey = pstRtData->pstKey;
+    if (pstKey == nullptr || pstRtData->ulKeyLen != BOL_SRPOLICY_NLRI_KEY_LEN) {
+        return BOL_ERR_NO_DATA;
+    }
+
+    /* The line is built in a borrowed work buffer (normally the scratch
+     * buffer, so no allocation) and copied out whole. */
+    void *pvWork = BOL_SRPOLICY_Malloc(pstInst, BOL_KEY_LINE_LEN);
+    if (pvWork == nullptr) {
+        BOL_REPORT(0u);
+        return BOL_SRPOLICY_ERR_NOMEM;
+    }
+    char *pcWork = static_cast<char *>(pvWork);
+    int iRet = memset_s(pcWork, BOL_KEY_LINE_LEN, 0, BOL_KEY_LINE_LEN);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+
+    char acEndpoint[BOL_ADDR_TEXT_LEN] = {};
+    const char *pcEndpoint = acEndpoint;
+    if (pstKey->ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV4) {
+        const char *pcText = KEO_IpAddrToStr(pstKey->aulEndpoint[0], acEndpoint);
+        if (pcText != nullptr) {
+            pcEndpoint = pcText;
+        }
+    } else {
+        /* 192 and every other length: the four words are an IPv6 address. */
+        (void)BOL_SRPOLICY_IPv6AddrToStr(pstKey->aulEndpoint, 16u, acEndpoint, BOL_ADDR_TEXT_LEN);
+    }
+
+    uint32_t ulResult = BOL_OK;
+    int iCount = sprintf_s(pcWork, BOL_KEY_LINE_LEN, "SRPOLICY NLRI: Distinguisher[%u], PolicyColor[%u], Endpoint[%s]",
+                           pstKey->ulDistinguisher, pstKey->ulPolicyColor, pcEndpoint);
+    if (iCount < 0) {
+        ulResult = BOL_SRPOLICY_ERR;
+    } else {
+        iRet = memcpy_s(pcBuf, ulBufLen, pcWork, static_cast<size_t>(iCount) + 1u);
+        if (iRet != 0) {
+            BOL_REPORT_RET(iRet);
+        }
+        *pulOffset = 0u;
+        *pulMore = 0u;
+    }
+    BOL_SRPOLICY_Free(&pvWork, pstInst);
+    return ulResult;
+}
+
+} /* extern "C" */
+
 /* ======================================================================== */
 /* Attribute text                                                           */
 /* ======================================================================== */
 
-/* Not built yet: answers as if nothing could be done. */
-extern "C" uint32_t BOL_SRPOLICY_OutputTunnelEncapAttr(const uint8_t *pucTlv, uint32_t ulAttrLen, uint32_t ulRoom,
-                                                      char *pcBuf, uint32_t *pulOffset, uint32_t *pulMore)
+namespace {
+
+/* Characters of every call that the printers are never given. */
+const uint32_t kHeldBackChars = 12u;
+/* Work buffers of the printers: SID text of the binding SIDs, a name. */
+const uint32_t kBsidTextLen = 1000u;
+const uint32_t kNameTextLen = 256u;
+
+/* What one printer writes for a value: false when its text did not fit, or
+ * when the value has no text that could ever fit. */
+using PrinterText = bool (*)(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut);
+
+/* The printer contract around a PrinterText: 2 for a null value or written
+ * count (reported), 4 for a null text buffer or a text that did not fit
+ * (written count 0); on success the characters written are added. */
+uint32_t RunPrinter(PrinterText pfnText, const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
+                    uint32_t *pulWritten)
 {
-    (void)pucTlv;
-    (void)ulAttrLen;
-    (void)ulRoom;
-    (void)pcBuf;
-    (void)pulOffset;
-    (void)pulMore;
-    return BOL_ERR_NO_HANDLER;
+    BOL_CHECK_PTR(pucValue, BOL_SRPOLICY_ERR_PARA);
+    BOL_CHECK_PTR(pulWritten, BOL_SRPOLICY_ERR_PARA);
+    TextOut stOut = {pcBuf, ulRoom, 0u};
+    if (pcBuf == nullptr || !pfnText(pucValue, ulLen, stOut)) {
+        *pulWritten = 0u;
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    *pulWritten += stOut.ulCount;
+    return BOL_OK;
 }
+
+/* Preference and Template ID: flags, reserved, a 32-bit number. */
+bool NumberText(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    if (ulLen != 6u) {
+        return BOL_TEXT_PUT(stOut, "  %s: no present\n", pcLabel);
+    }
+    return BOL_TEXT_PUT(stOut, "  %s: %u\n", pcLabel, bol::GetU32(bol::MakeReadView(pucValue, ulLen), 2u));
+}
+
+bool PreferenceText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NumberText("Preference", pucValue, ulLen, stOut);
+}
+
+bool TemplateIdText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NumberText("Template ID", pucValue, ulLen, stOut);
+}
+
+/* Candidate Path Name and Policy Name: a reserved byte, then the name. A
+ * name that is empty or not printable is not shown. */
+bool NameText(const char *pcLabel, const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stName = bol::SubView(bol::MakeReadView(pucValue, ulLen), 1u, (ulLen != 0u) ? ulLen - 1u : 0u);
+    if (BOL_SRPOLICY_CheckNameValid(stName.puc, stName.ulLen) == 0u) {
+        return true;
+    }
+    char acName[kNameTextLen] = {};
+    BOL_SRPOLICY_OutputGetCopyName(acName, sizeof(acName), stName.puc, stName.ulLen);
+    return BOL_TEXT_PUT(stOut, "  %s: %s\n", pcLabel, acName);
+}
+
+bool CPathNameText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NameText("Candidate Path Name", pucValue, ulLen, stOut);
+}
+
+bool PolicyNameText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    return NameText("Policy Name", pucValue, ulLen, stOut);
+}
+
+/* Private (126) and standard (123) slice id alike. Type and length are read
+ * from the two header bytes that the walk always hands over just before the
+ * value (both types have a 1-byte length). */
+bool SliceIdText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stHdr = bol::MakeReadView(pucValue - 2, 2u);
+    const uint32_t ulType = bol::GetU8(stHdr, 0u);
+    if (ulLen != 6u) {
+        return BOL_TEXT_PUT(stOut, "  unknow type(%u),len(%u)\n", ulType, static_cast<uint32_t>(bol::GetU8(stHdr, 1u)));
+    }
+    return BOL_TEXT_PUT(stOut, "  Slice ID(type:%u): %u\n", ulType,
+                        bol::GetU32(bol::MakeReadView(pucValue, ulLen), 2u));
+}
+
+/* Binding SID: without a value (length 2), an MPLS label (6) or an SRv6 SID
+ * (18); any other length has no text and stops the walk. */
+bool BsidText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
+    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
+    const uint32_t ulSFlag = (ulFlags >> 7) & 1u;
+    const uint32_t ulIFlag = (ulFlags >> 6) & 1u;
+    if (ulLen == 2u) {
+        return BOL_TEXT_PUT(stOut, "  Binding SID: no present, s-flag(%u), i-flag(%u)\n", ulSFlag, ulIFlag);
+    }
+    if (ulLen == 6u) {
+        return BOL_TEXT_PUT(stOut, "  Binding SID: %u, s-flag(%u), i-flag(%u)\n", bol::GetU32(stValue, 2u) >> 12,
+                            ulSFlag, ulIFlag);
+    }
+    if (ulLen == 18u) {
+        char acSid[kBsidTextLen] = {};
+        SidText(stValue, 2u, acSid, kBsidTextLen);
+        return BOL_TEXT_PUT(stOut, "  Binding SID: %s, s-flag(%u), i-flag(%u)\n", acSid, ulSFlag, ulIFlag);
+    }
+    return false;
+}
+
+/* SRv6 Binding SID: the SID line must fit; behavior and structure (length
+ * 26) are then appended as far as the room goes. */
+bool Srv6BsidText(const uint8_t *pucValue, uint32_t ulLen, TextOut &stOut)
+{
+    const bol::View stValue = bol::MakeReadView(pucValue, ulLen);
+    char acSid[kBsidTextLen] = {};
+    SidText(stValue, 2u, acSid, kBsidTextLen);
+    const uint32_t ulFlags = bol::GetU8(stValue, 0u);
+    if (!BOL_TEXT_PUT(stOut, "  SRv6 Binding SID: %s, Flags:0x%02x", acSid, ulFlags)) {
+        return false;
+    }
+    if (ulLen != 26u) {
+        BOL_TEXT_CUT(stOut, "\n");
+        return true;
+    }
+    const uint32_t ulBehavior = bol::GetU16(stValue, 18u);
+    BOL_TEXT_CUT(stOut, ", Endpoint Behavior: 0x%x", ulBehavior);
+    BOL_TEXT_CUT(stOut, ", SID Structure: LB length:%u, LN length:%u, Func length:%u, Args length:%u\n",
+                 static_cast<uint32_t>(bol::GetU8(stValue, 22u)), static_cast<uint32_t>(bol::GetU8(stValue, 23u)),
+                 static_cast<uint32_t>(bol::GetU8(stValue, 24u)), static_cast<uint32_t>(bol::GetU8(stValue, 25u)));
+    return true;
+}
+
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_TunnelEncapsulationAttr2Str(const BOL_RT_DATA_S *pstRtData, char *pcBuf, uint32_t ulBufLen,
+                                                  uint32_t *pulOffset, uint32_t *pulMore,
+                                                  BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    uint32_t ulRet = CheckData2StrArgs(pstRtData, pcBuf, pulOffset, pulMore, pstInst);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+    if (pstRtData->pucAttr == nullptr) {
+        return BOL_ERR_NO_DATA;
+    }
+
+    /* Every call, resuming ones too, starts on a new line. */
+    TextOut stOut = {pcBuf, ulBufLen, 0u};
+    if (!BOL_TEXT_PUT(stOut, "\r\n")) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    (void)BOL_SRPOLICY_OutputTunnelEncapAttr(pstRtData->pucAttr, pstRtData->ulAttrLen, stOut.ulRoom, stOut.pc,
+                                             pulOffset, pulMore);
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_FormatTnlEncapAttrHeader(uint32_t ulOffset, char **ppcPos, uint32_t *pulRoom)
+{
+    BOL_CHECK_PTR(ppcPos, BOL_SRPOLICY_ERR_BUF_SHORT);
+    BOL_CHECK_PTR(pulRoom, BOL_SRPOLICY_ERR_BUF_SHORT);
+    if (ulOffset != 0u) {
+        return BOL_OK; /* shown by the first call of this rendering */
+    }
+    TextOut stOut = {*ppcPos, *pulRoom, 0u};
+    if (!BOL_TEXT_PUT(stOut, "Tunnel Encaps Attribute (23):\n Tunnel Type: SR Policy (15)\n")) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    *ppcPos = stOut.pc;
+    *pulRoom = stOut.ulRoom;
+    return BOL_OK;
+}
+
+/*
+ * The walk reads nothing beyond min(4 + tunnel length, attribute length): a
+ * sub-TLV whose header or value would run past that bound ends the text,
+ * complete, after what was already written. Stored attributes come from the
+ * decoder and are always well formed; the bound is for bytes that did not.
+ */
+uint32_t BOL_SRPOLICY_OutputTunnelEncapAttr(const uint8_t *pucTlv, uint32_t ulAttrLen, uint32_t ulRoom, char *pcBuf,
+                                            uint32_t *pulOffset, uint32_t *pulMore)
+{
+    BOL_CHECK_PTR(pucTlv, BOL_SRPOLICY_ERR_PARA);
+    BOL_CHECK_PTR(pcBuf, BOL_SRPOLICY_ERR_PARA);
+    BOL_CHECK_PTR(pulOffset, BOL_SRPOLICY_ERR_PARA);
+    BOL_CHECK_PTR(pulMore, BOL_SRPOLICY_ERR_PARA);
+
+    char *pcPos = pcBuf;
+    uint32_t ulLeft = ulRoom;
+    if (BOL_SRPOLICY_FormatTnlEncapAttrHeader(*pulOffset, &pcPos, &ulLeft) != BOL_OK) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+
+    /* A tunnel length that the attribute cannot hold reads as the bytes it
+     * does hold; an attribute shorter than its header reads as empty. */
+    const bol::View stTlv = bol::MakeReadView(pucTlv, ulAttrLen);
+    const uint32_t ulTotal = bol::GetU16(stTlv, 2u);
+    const uint32_t ulAvail = (ulAttrLen > 4u) ? ulAttrLen - 4u : 0u;
+    const uint32_t ulBound = (ulTotal < ulAvail) ? ulTotal : ulAvail;
+    bol::Reader stRd = bol::MakeReader(bol::SubView(stTlv, 4u, ulBound));
+
+    while (stRd.ulLeft != 0u) {
+        uint8_t ucType = 0u;
+        uint16_t usLen = 0u;
+        if (!bol::ReadSubTlvHeader(stRd, ucType, usLen)) {
+            break;
+        }
+        const uint32_t ulValueOff = 4u + ulBound - stRd.ulLeft;
+        bol::View stValue;
+        if (!bol::ReadView(stRd, usLen, stValue)) {
+            break;
+        }
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetOutputTnlEncapTlvEntry(ucType);
+        if (pstRow == nullptr || pstRow->unHandler.pfnTextOut == nullptr || ulValueOff + usLen <= *pulOffset) {
+            continue; /* no text, or shown by an earlier call */
+        }
+
+        const uint32_t ulPrinterRoom = (ulLeft > kHeldBackChars) ? ulLeft - kHeldBackChars : 0u;
+        uint32_t ulInner = (*pulOffset > ulValueOff) ? *pulOffset - ulValueOff : 0u;
+        uint32_t ulWritten = 0u;
+        uint32_t ulRet = pstRow->unHandler.pfnTextOut(stValue.puc, usLen, pcPos, ulPrinterRoom, &ulWritten, &ulInner);
+        ulWritten = (ulWritten < ulPrinterRoom) ? ulWritten : 0u;
+        if (ulRet != BOL_OK) {
+            /* A printer that stopped inside its value keeps what it wrote;
+             * any other text of this sub-TLV is dropped. */
+            const uint32_t ulKept = (ulInner != 0u) ? ulWritten : 0u;
+            TextEnd(pcPos + ulKept, ulLeft - ulKept);
+            *pulOffset = ulValueOff + ulInner;
+            *pulMore = 1u;
+            return ulRet;
+        }
+        pcPos += ulWritten;
+        ulLeft -= ulWritten;
+    }
+
+    TextEnd(pcPos, ulLeft);
+    *pulMore = 0u;
+    return BOL_OK;
+}
+
+void BOL_SRPOLICY_OutputGetCopyName(char *pcDst, uint32_t ulDstSize, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    const uint32_t ulCopy = (ulCount < BOL_SRPOLICY_NAME_MAX) ? ulCount : BOL_SRPOLICY_NAME_MAX;
+    int iRet = memcpy_s(pcDst, ulDstSize, pucSrc, ulCopy);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+}
+
+uint32_t BOL_SRPOLICY_TLVGetTypeAndLen(const uint8_t *pucTlv, uint32_t ulLen, uint8_t *pucType, uint16_t *pusLen)
+{
+    if (pucTlv == nullptr || pucType == nullptr || pusLen == nullptr) {
+        return BOL_ERR_PARAM;
+    }
+    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucTlv, ulLen));
+    if (stRd.ulLeft < 3u) {
+        return BOL_ERR_TLV_LEN;
+    }
+    (void)bol::ReadU8(stRd, *pucType);
+    (void)bol::ReadU16(stRd, *pusLen);
+    return (*pusLen > stRd.ulLeft) ? BOL_ERR_TLV_LEN : BOL_OK;
+}
+
+/* Sub-TLVs that have no text. */
+void BOL_SRPOLICY_OutputENLP(void) {}
+
+void BOL_SRPOLICY_OutputPriorityData(void) {}
+
+/* The exported printers: the contract of RunPrinter around their text. */
+#define BOL_DEFINE_PRINTER(name, text)                                                                      \
+    uint32_t name(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom, uint32_t *pulWritten, \
+                  uint32_t *pulInner)                                                                          \
+    {                                                                                                          \
+        (void)pulInner;                                                                                        \
+        return RunPrinter(text, pucValue, ulLen, pcBuf, ulRoom, pulWritten);                                   \
+    }
+
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputPreferenceData, PreferenceText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputCfgModuleData, TemplateIdText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputSliceIdData, SliceIdText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputBSIDData, BsidText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputSRv6BSIDData, Srv6BsidText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputCPathName, CPathNameText)
+BOL_DEFINE_PRINTER(BOL_SRPOLICY_OutputPolicyName, PolicyNameText)
+
+#undef BOL_DEFINE_PRINTER
+
+} /* extern "C" */
 
 /* ======================================================================== */
 /* Segment list text                                                        */
 /* ======================================================================== */
+
+namespace {
+
+/* One text line (or two) of a segment: value, room, buffer, type, length;
+ * returns the characters written, 0 or less when the text did not fit. */
+using SegLineFn = int32_t (*)(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType, uint32_t ulLen);
+
+int32_t SegWeightLine(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType, uint32_t ulLen)
+{
+    (void)ulType;
+    return sprintf_s(pcBuf, ulRoom, "    Weight: %u\n", bol::GetU32(bol::MakeReadView(pucSeg, ulLen), 2u));
+}
+
+/* The label is the top 20 bits of the label field. */
+int32_t SegLabelLine(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType, uint32_t ulLen)
+{
+    return sprintf_s(pcBuf, ulRoom, "    Segment: type:%u, Label:%u\n", ulType,
+                     bol::GetU32(bol::MakeReadView(pucSeg, ulLen), 2u) >> 12);
+}
+
+int32_t SegPathMtuLine(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType, uint32_t ulLen)
+{
+    (void)ulType;
+    return sprintf_s(pcBuf, ulRoom, "    Path MTU: %u\n", bol::GetU32(bol::MakeReadView(pucSeg, ulLen), 2u));
+}
+
+int32_t SegBSidLines(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType, uint32_t ulLen)
+{
+    return BOL_SRPOLICY_OutputSegListBSid(ulRoom, ulType, ulLen, pucSeg, pcBuf);
+}
+
+const uint32_t kAnySegLen = 0xFFFFFFFFu;
+
+/* Which segments have text, and how; the first row that matches decides. */
+struct SegTextRow {
+    uint32_t ulType;
+    uint32_t ulLen; /* kAnySegLen: every length */
+    SegLineFn pfnLine;
+};
+
+const SegTextRow g_astSegText[] = {
+    {BOL_SRPOLICY_SEG_WEIGHT, kAnySegLen, SegWeightLine},
+    {BOL_SRPOLICY_SEG_MPLS, kAnySegLen, SegLabelLine},
+    {BOL_SRPOLICY_SEG_PATH_MTU, kAnySegLen, SegPathMtuLine},
+    {BOL_SRPOLICY_SEG_TYPE13, 6u, SegPathMtuLine}, /* type 13 of length 6 is a path MTU */
+    {BOL_SRPOLICY_SEG_SRV6, kAnySegLen, BOL_SRPOLICY_OutputSegListType2Type13},
+    {BOL_SRPOLICY_SEG_TYPE13, kAnySegLen, BOL_SRPOLICY_OutputSegListType2Type13},
+    {BOL_SRPOLICY_SEG_BSID, kAnySegLen, SegBSidLines},
+};
+
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_OutputSegmentListHead(char **ppcPos, uint32_t *pulRoom, uint32_t *pulWritten, uint32_t ulInner)
+{
+    BOL_CHECK_PTR(ppcPos, BOL_SRPOLICY_ERR_BUF_SHORT);
+    BOL_CHECK_PTR(pulRoom, BOL_SRPOLICY_ERR_BUF_SHORT);
+    BOL_CHECK_PTR(pulWritten, BOL_SRPOLICY_ERR_BUF_SHORT);
+    if (ulInner != 0u) {
+        return BOL_OK; /* resuming inside the list: the heading is out */
+    }
+    TextOut stOut = {*ppcPos, *pulRoom, 0u};
+    if (!BOL_TEXT_PUT(stOut, "  Segment List\n")) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    *ppcPos = stOut.pc;
+    *pulRoom = stOut.ulRoom;
+    *pulWritten += stOut.ulCount;
+    return BOL_OK;
+}
+
+/*
+ * A segment whose text does not fit ends the text after the last whole
+ * segment and reports, through the inner offset, the position of its value
+ * counted from the reserved byte; the next call resumes there without the
+ * heading. The segments are read within the list's value only: a header or
+ * value that would run past it ends the list's text there.
+ */
+uint32_t BOL_SRPOLICY_OutputSegmentList(const uint8_t *pucValue, uint32_t ulLen, char *pcBuf, uint32_t ulRoom,
+                                        uint32_t *pulWritten, uint32_t *pulInner)
+{
+    BOL_CHECK_PTR(pucValue, BOL_SRPOLICY_ERR_PARA);
+    BOL_CHECK_PTR(pulWritten, BOL_SRPOLICY_ERR_PARA);
+    if (pcBuf == nullptr) {
+        *pulWritten = 0u;
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    BOL_CHECK_PTR(pulInner, BOL_SRPOLICY_ERR_PARA);
+
+    char *pcPos = pcBuf;
+    uint32_t ulLeft = ulRoom;
+    if (BOL_SRPOLICY_OutputSegmentListHead(&pcPos, &ulLeft, pulWritten, *pulInner) != BOL_OK) {
+        *pulWritten = 0u;
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+
+    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucValue, ulLen));
+    if (!bol::Skip(stRd, 1u)) {
+        return BOL_OK; /* not even the reserved byte */
+    }
+    while (stRd.ulLeft != 0u) {
+        uint8_t ucType = 0u;
+        uint8_t ucLen = 0u;
+        bol::View stSeg;
+        if (!bol::ReadU8(stRd, ucType) || !bol::ReadU8(stRd, ucLen)) {
+            break;
+        }
+        const uint32_t ulSegOff = ulLen - stRd.ulLeft;
+        if (!bol::ReadView(stRd, ucLen, stSeg)) {
+            break;
+        }
+        if (ulSegOff + ucLen <= *pulInner) {
+            continue; /* written by an earlier call */
+        }
+        uint32_t ulUnsupported = 0u;
+        int32_t iCount = BOL_SRPOLICY_OutputSegListSubType(stSeg.puc, ulLeft, pcPos, ucType, ucLen, &ulUnsupported);
+        if (ulUnsupported != 0u) {
+            continue;
+        }
+        if (iCount <= 0 || static_cast<uint32_t>(iCount) >= ulLeft) {
+            *pulInner = ulSegOff;
+            TextEnd(pcPos, ulLeft);
+            return BOL_SRPOLICY_ERR_BUF_SHORT;
+        }
+        pcPos += iCount;
+        ulLeft -= static_cast<uint32_t>(iCount);
+        *pulWritten += static_cast<uint32_t>(iCount);
+    }
+    return BOL_OK;
+}
+
+int32_t BOL_SRPOLICY_OutputSegListSubType(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType,
+                                          uint32_t ulLen, uint32_t *pulUnsupported)
+{
+    BOL_CHECK_PTR(pulUnsupported, -1);
+    for (const SegTextRow &stRow : g_astSegText) {
+        if (stRow.ulType == ulType && (stRow.ulLen == kAnySegLen || stRow.ulLen == ulLen)) {
+            return stRow.pfnLine(pucSeg, ulRoom, pcBuf, ulType, ulLen);
+        }
+    }
+    *pulUnsupported = 1u;
+    return 0;
+}
+
+/* SRv6 SID segment (type 2, or 13 other than a path MTU): the SID line, and
+ * at length 26 the SID structure line; both must fit. */
+int32_t BOL_SRPOLICY_OutputSegListType2Type13(const uint8_t *pucSeg, uint32_t ulRoom, char *pcBuf, uint32_t ulType,
+                                              uint32_t ulLen)
+{
+    const bol::View stSeg = bol::MakeReadView(pucSeg, ulLen);
+    char acSid[BOL_ADDR_TEXT_LEN] = {};
+    SidText(stSeg, 2u, acSid, BOL_ADDR_TEXT_LEN);
+    TextOut stOut = {pcBuf, ulRoom, 0u};
+    int32_t iFirst = sprintf_s(stOut.pc, stOut.ulRoom, "    Segment: type:%u, SID: %s, Flags:0x%02x\n", ulType, acSid,
+                               static_cast<uint32_t>(bol::GetU8(stSeg, 0u)));
+    if (!TextTake(stOut, iFirst) || ulLen != 26u) {
+        return iFirst;
+    }
+    int32_t iSecond = sprintf_s(stOut.pc, stOut.ulRoom,
+                                "    SID Structure: LB length:%u, LN length:%u, Func length:%u, Args length:%u\n",
+                                static_cast<uint32_t>(bol::GetU8(stSeg, 22u)),
+                                static_cast<uint32_t>(bol::GetU8(stSeg, 23u)),
+                                static_cast<uint32_t>(bol::GetU8(stSeg, 24u)),
+                                static_cast<uint32_t>(bol::GetU8(stSeg, 25u)));
+    return (iSecond > 0) ? iFirst + iSecond : iSecond;
+}
+
+/*
+ * Binding SIDs of the segment list: SRv6 SIDs (flag 0x80), each followed by
+ * behavior and structure when flag 0x40 is set; the first is the forward
+ * SID, the second the reverse one. Pieces are cut at the end of the room
+ * rather than refused.
+ */
+int32_t BOL_SRPOLICY_OutputSegListBSid(uint32_t ulRoom, uint32_t ulType, uint32_t ulLen, const uint8_t *pucSeg,
+                                       char *pcBuf)
+{
+    (void)ulType;
+    const bol::View stSeg = bol::MakeReadView(pucSeg, ulLen);
+    const uint32_t ulFlags = bol::GetU8(stSeg, 0u);
+    TextOut stOut = {pcBuf, ulRoom, 0u};
+    if ((ulFlags & 0x80u) == 0u) {
+        BOL_TEXT_CUT(stOut, "    Unsupported BSID, Length: %u, Flags: 0x%x\n", ulLen, ulFlags);
+        return static_cast<int32_t>(stOut.ulCount);
+    }
+
+    bol::Reader stRd = bol::MakeReader(stSeg);
+    (void)bol::Skip(stRd, 2u); /* flags, reserved */
+    bool bReverse = false;
+    bol::View stSid;
+    while (bol::ReadView(stRd, 16u, stSid)) {
+        char acSid[BOL_ADDR_TEXT_LEN] = {};
+        SidText(stSid, 0u, acSid, BOL_ADDR_TEXT_LEN);
+        BOL_TEXT_CUT(stOut, "    %sBinding SID: %s, ", bReverse ? "Reverse " : "", acSid);
+        bReverse = !bReverse;
+        if ((ulFlags & 0x40u) == 0u) {
+            BOL_TEXT_CUT(stOut, "\n");
+            continue;
+        }
+        bol::View stEndpoint;
+        if (!bol::ReadView(stRd, 8u, stEndpoint)) {
+            BOL_TEXT_CUT(stOut, "\n");
+            break;
+        }
+        /* Behavior (2 bytes), 2 bytes not shown, structure as one number. */
+        const uint32_t ulBehavior = bol::GetU16(stEndpoint, 0u);
+        BOL_TEXT_CUT(stOut, "Endpoint Behavior: 0x%x, ", ulBehavior);
+        BOL_TEXT_CUT(stOut, "SID Structure: 0x%x.\n", bol::GetU32(stEndpoint, 4u));
+    }
+    return static_cast<int32_t>(stOut.ulCount);
+}
+
+} /* extern "C" */
 
 /* ======================================================================== */
 /* Configuration size arithmetic                                            */

@@ -284,6 +284,36 @@ inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
     return true;
 }
 
+/* ---- Read-only access and sub-TLV framing -------------------------------- */
+
+/* A view of bytes that are only read (stored attributes handed to the text
+ * renderers, for instance). View is shared with the decoders, which clear
+ * bytes in place, so constness is dropped here, in one place; nothing writes
+ * through a view made by this function. */
+inline View MakeReadView(const uint8_t *puc, uint32_t ulLen)
+{
+    return MakeView(const_cast<uint8_t *>(puc), ulLen);
+}
+
+/* Header of a Tunnel Encapsulation sub-TLV: a type byte, then the value
+ * length in 2 bytes when the type is 128 or more (bit 7 set), else 1 byte.
+ * False when the header does not fit in what is left. */
+inline bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
+{
+    if (!ReadU8(stRd, ucType)) {
+        return false;
+    }
+    if ((ucType & 0x80u) != 0u) {
+        return ReadU16(stRd, usLen);
+    }
+    uint8_t ucLen = 0u;
+    if (!ReadU8(stRd, ucLen)) {
+        return false;
+    }
+    usLen = ucLen;
+    return true;
+}
+
 } /* namespace bol */
 
 #endif /* BOL_SRPOLICY_WIRE_H */

@@ -1,0 +1,439 @@
+/*
+ * Display text of route keys (text type 1) and of stored Tunnel
+ * Encapsulation attributes (type 128), as the host reaches it through the
+ * procedure table: the lines of every printer, rendering spread over many
+ * small buffers, and attribute bytes that lie about their lengths.
+ */
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+using bt::Bytes;
+
+namespace {
+
+const std::string kHeader = "Tunnel Encaps Attribute (23):\n Tunnel Type: SR Policy (15)\n";
+
+/* 2001:db8::1 and 2001:db8::2 as 16 wire bytes. */
+const std::string kSid1 = "20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01";
+const std::string kSid2 = "20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 02";
+
+std::string Be16(size_t n)
+{
+    char ac[8];
+    snprintf(ac, sizeof(ac), "%02zX %02zX", (n >> 8) & 0xFFu, n & 0xFFu);
+    return ac;
+}
+
+/* Tunnel type 15 and its length around the given sub-TLVs. */
+Bytes Tunnel(const std::string &strSubTlvs)
+{
+    return bt::Hex("00 0F " + Be16(bt::Hex(strSubTlvs).size()) + " " + strSubTlvs);
+}
+
+/* Segment List sub-TLV (type 128, 2-byte length): reserved byte, segments. */
+std::string SegList(const std::string &strSegs)
+{
+    return "80 " + Be16(1u + bt::Hex(strSegs).size()) + " 00 " + strSegs;
+}
+
+/* Policy Name sub-TLV: reserved byte, then the name. */
+std::string PolicyName(const std::string &strName)
+{
+    std::string s = "82 " + Be16(1u + strName.size()) + " 00";
+    for (char c : strName) {
+        s += " " + bt::ToHex(reinterpret_cast<const uint8_t *>(&c), 1);
+    }
+    return s;
+}
+
+/* The realistic attribute: preference 100, binding SID label 1000 with both
+ * flags, two segment lists of a weight and five labels, and both names. */
+std::string Labels(uint32_t ulFirst)
+{
+    std::string s;
+    for (uint32_t i = 0; i < 5u; i++) {
+        char ac[32];
+        snprintf(ac, sizeof(ac), " 01 06 00 00 %08X", (ulFirst + i) << 12);  // type 1, flags, reserved, label
+        s += ac;
+    }
+    return s;
+}
+
+Bytes Realistic()
+{
+    return Tunnel("0C 06 00 00 00 00 00 64 "                           // preference 100
+                  "0D 06 C0 00 00 3E 80 00 " +                         // binding SID, label 1000, S and I
+                  SegList("09 06 00 00 00 00 00 0A" + Labels(16001)) +  // weight 10, labels 16001..16005
+                  " " + SegList("09 06 00 00 00 00 00 14" + Labels(17001)) +
+                  " 81 00 0B 00 63 70 2D 70 72 69 6D 61 72 79 "  // candidate path "cp-primary"
+                  + PolicyName("policy-to-pe3"));
+}
+
+struct Call {
+    uint32_t ulRet;
+    std::string strText;
+    uint32_t ulOffset;
+    uint32_t ulMore;
+};
+
+class Text : public bt::PluginTest {
+protected:
+    /* One text call into a buffer of exactly ulSize bytes. */
+    Call Render(const bt::Route &rt, uint32_t ulType, size_t ulSize, uint32_t ulOffset, uint32_t ulMore = 77u)
+    {
+        std::vector<char> vecBuf(ulSize, 'Z');
+        Call c = {0u, "", ulOffset, ulMore};
+        c.ulRet = m_stTbl.pfnData2Str(&rt.stRt, ulType, vecBuf.data(), static_cast<uint32_t>(ulSize), &c.ulOffset,
+                                      &c.ulMore, m_pstInst);
+        c.strText.assign(vecBuf.data(), strnlen(vecBuf.data(), ulSize));
+        if (c.ulRet == BOL_OK) {
+            EXPECT_LT(c.strText.size(), ulSize) << "text not terminated";
+        }
+        return c;
+    }
+
+    Call RenderAttr(const Bytes &vecAttr, size_t ulSize = 8192u)
+    {
+        bt::Route rt;
+        rt.SetAttr(vecAttr);
+        return Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
+    }
+
+    /* Calls again while the more flag is 1; the texts joined without their
+     * leading "\r\n". False when a call makes no progress. */
+    bool RenderAll(const Bytes &vecAttr, size_t ulSize, std::string &strJoined)
+    {
+        bt::Route rt;
+        rt.SetAttr(vecAttr);
+        strJoined.clear();
+        uint32_t ulOffset = 0u;
+        for (int iCall = 0;; iCall++) {
+            /* A call whose header does not fit leaves the flag as it was. */
+            Call c = Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, ulOffset, 1u);
+            EXPECT_EQ(c.ulRet, BOL_OK);
+            EXPECT_EQ(c.strText.compare(0, 2, "\r\n"), 0) << "call " << iCall;
+            strJoined += c.strText.substr(std::min<size_t>(2u, c.strText.size()));
+            if (c.ulMore == 0u) {
+                EXPECT_EQ(c.ulOffset, ulOffset) << "a complete text keeps the offset";
+                return true;
+            }
+            EXPECT_EQ(c.ulMore, 1u);
+            if (c.ulOffset <= ulOffset) {
+                return false;
+            }
+            ulOffset = c.ulOffset;
+        }
+    }
+};
+
+/* ---- Key line ---------------------------------------------------------------- */
+
+/* The line is built in the scratch buffer: no platform allocation. */
+TEST_F(Text, KeyLine)
+{
+    const std::string strV4 = "SRPOLICY NLRI: Distinguisher[1], PolicyColor[2], Endpoint[10.0.0.1]";
+    BOL_SRPOLICY_NLRI_S stOtherLen = bt::KeyV6(1, 2, 0, 0, 0, 0x0A000001u);
+    stOtherLen.ucNlriLen = 0u;  // neither 96 nor 192: an IPv6 endpoint
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulKeyLen;
+        size_t ulBufLen;
+        uint32_t ulRet;
+        std::string strText;  // the buffer afterwards (filled with 'Z' before)
+        uint32_t ulFlags;     // resume offset and more flag afterwards; both were 5
+        size_t ulReports;
+    } astCases[] = {
+        {"ipv4", bt::KeyV4(1, 2, 0x0A000001u), 28, 256, BOL_OK, strV4, 0, 0},
+        {"long ipv6", bt::KeyV6(4000000000u, 4294967295u, 0x20010DB8u, 0x11112222u, 0x33334444u, 0x55556666u), 28,
+         256, BOL_OK,
+         "SRPOLICY NLRI: Distinguisher[4000000000], PolicyColor[4294967295], "
+         "Endpoint[2001:db8:1111:2222:3333:4444:5555:6666]", 0, 0},
+        {"other nlri length", stOtherLen, 28, 256, BOL_OK,
+         "SRPOLICY NLRI: Distinguisher[1], PolicyColor[2], Endpoint[::a00:1]", 0, 0},
+        {"line and zero just fit", bt::KeyV4(1, 2, 0x0A000001u), 28, strV4.size() + 1u, BOL_OK, strV4, 0, 0},
+        {"no room for the zero: copy reported", bt::KeyV4(1, 2, 0x0A000001u), 28, strV4.size(), BOL_OK, "", 0, 1},
+        {"key length 27", bt::KeyV4(1, 2, 3), 27, 8, BOL_ERR_NO_DATA, std::string(8, 'Z'), 5, 0},
+        {"key length 29", bt::KeyV4(1, 2, 3), 29, 8, BOL_ERR_NO_DATA, std::string(8, 'Z'), 5, 0},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Route rt;
+        rt.SetKey(c.stKey);
+        rt.stRt.ulKeyLen = c.ulKeyLen;
+        tp::Reset();
+        Call stCall = Render(rt, BOL_SRPOLICY_STR_KEY, c.ulBufLen, 5u, 5u);
+        EXPECT_EQ(stCall.ulRet, c.ulRet);
+        EXPECT_EQ(stCall.strText, c.strText);
+        EXPECT_EQ(stCall.ulOffset, c.ulFlags);
+        EXPECT_EQ(stCall.ulMore, c.ulFlags);
+        EXPECT_EQ(tp::Reports().size(), c.ulReports);
+        EXPECT_EQ(tp::TextReportCount("retCode:34"), c.ulReports);
+        EXPECT_EQ(tp::AllocCalls(), 0u);
+        EXPECT_EQ(m_pstInst->ulScratchInUse, 0u);
+    }
+
+    /* Scratch buffer lent out: the work buffer comes from the memory module
+     * and goes back to it; without it the line is refused with 3. */
+    bt::Route rt;
+    rt.SetKey(bt::KeyV4(1, 2, 0x0A000001u));
+    m_pstInst->ulScratchInUse = 1u;
+    EXPECT_EQ(Render(rt, BOL_SRPOLICY_STR_KEY, 256u, 0u).strText, strV4);
+    tp::FailAllAllocs(true);
+    EXPECT_EQ(Render(rt, BOL_SRPOLICY_STR_KEY, 256u, 0u).ulRet, BOL_SRPOLICY_ERR_NOMEM);
+    tp::FailAllAllocs(false);
+    m_pstInst->ulScratchInUse = 0u;
+}
+
+TEST_F(Text, NullArgumentsAreReported)
+{
+    bt::Route rt;
+    rt.SetKey(bt::KeyV4(1, 2, 3));
+    rt.SetAttr(Tunnel(""));
+    char ac[64];
+    uint32_t ulOffset = 0u;
+    uint32_t ulMore = 0u;
+    for (BOL_SRPOLICY_DATA2STR_PF pfn : {BOL_SRPOLICY_MpNlriData2Str, BOL_SRPOLICY_TunnelEncapsulationAttr2Str}) {
+        tp::Reset();
+        EXPECT_EQ(pfn(nullptr, ac, 64, &ulOffset, &ulMore, m_pstInst), BOL_ERR_PARAM);
+        EXPECT_EQ(pfn(&rt.stRt, nullptr, 64, &ulOffset, &ulMore, m_pstInst), BOL_ERR_PARAM);
+        EXPECT_EQ(pfn(&rt.stRt, ac, 64, nullptr, &ulMore, m_pstInst), BOL_ERR_PARAM);
+        EXPECT_EQ(pfn(&rt.stRt, ac, 64, &ulOffset, nullptr, m_pstInst), BOL_ERR_PARAM);
+        EXPECT_EQ(pfn(&rt.stRt, ac, 64, &ulOffset, &ulMore, nullptr), BOL_ERR_PARAM);
+        EXPECT_EQ(tp::Reports().size(), 5u);
+    }
+    /* Every printer: 2 for a null value or written count, 4 for no buffer. */
+    const uint8_t aucValue[8] = {0, 0, 0, 0, 0, 0, 0, 0};
+    for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL) {
+        SCOPED_TRACE(stRow.ulType);
+        BOL_SRPOLICY_TEXT_OUT_PF pfn = stRow.unHandler.pfnTextOut;
+        ASSERT_NE(pfn, nullptr);
+        uint32_t ulWritten = 9u;
+        uint32_t ulInner = 0u;
+        tp::Reset();
+        EXPECT_EQ(pfn(nullptr, 6, ac, 64, &ulWritten, &ulInner), BOL_SRPOLICY_ERR_PARA);
+        EXPECT_EQ(pfn(aucValue + 2, 6, ac, 64, nullptr, &ulInner), BOL_SRPOLICY_ERR_PARA);
+        EXPECT_EQ(tp::Reports().size(), 2u);
+        EXPECT_EQ(pfn(aucValue + 2, 6, nullptr, 64, &ulWritten, &ulInner), BOL_SRPOLICY_ERR_BUF_SHORT);
+        EXPECT_EQ(ulWritten, 0u);
+    }
+}
+
+/* ---- Attribute lines --------------------------------------------------------- */
+
+TEST_F(Text, OneLineBySubTlv)
+{
+    struct Case {
+        const char *pcName;
+        std::string strSubTlvs;
+        std::string strText;  // after "\r\n" and the header
+    } astCases[] = {
+        {"preference", "0C 06 00 00 00 00 00 64", "  Preference: 100\n"},
+        {"preference, length 4", "0C 04 00 00 00 64", "  Preference: no present\n"},
+        {"template id", "7F 06 00 00 00 00 01 00", "  Template ID: 256\n"},
+        {"private slice id", "7E 06 00 00 00 00 00 07", "  Slice ID(type:126): 7\n"},
+        {"standard slice id", "7B 06 00 00 FF FF FF FF", "  Slice ID(type:123): 4294967295\n"},
+        {"private slice id, length 4", "7E 04 00 00 00 07", "  unknow type(126),len(4)\n"},
+        {"binding sid, no value", "0D 02 C0 00", "  Binding SID: no present, s-flag(1), i-flag(1)\n"},
+        {"binding sid, label", "0D 06 80 00 12 34 50 00", "  Binding SID: 74565, s-flag(1), i-flag(0)\n"},
+        {"binding sid, srv6", "0D 12 40 00 " + kSid1, "  Binding SID: 2001:db8::1, s-flag(0), i-flag(1)\n"},
+        // flags, reserved, SID, behavior 0x30, reserved, LB 32, LN 16, Func 16, Args 0
+        {"srv6 binding sid, 26", "14 1A E0 00 " + kSid2 + " 00 30 00 00 20 10 10 00",
+         "  SRv6 Binding SID: 2001:db8::2, Flags:0xe0, Endpoint Behavior: 0x30, "
+         "SID Structure: LB length:32, LN length:16, Func length:16, Args length:0\n"},
+        {"srv6 binding sid, 18", "14 12 40 00 " + kSid2, "  SRv6 Binding SID: 2001:db8::2, Flags:0x40\n"},
+        {"candidate path name", "81 00 04 00 63 70 31", "  Candidate Path Name: cp1\n"},
+        {"policy name", PolicyName("abc"), "  Policy Name: abc\n"},
+        {"policy name, empty", PolicyName(""), ""},
+        {"policy names, 0x7F or a tab", "82 00 03 00 61 7F  82 00 04 00 61 09 62", ""},
+        {"policy name, 300 characters", PolicyName(std::string(300, 'n')),
+         "  Policy Name: " + std::string(255, 'n') + "\n"},
+        {"types without a printer", "01 02 AA BB 0F 01 00 C8 00 01 00", ""},
+        {"segment list, reserved byte only", SegList(""), "  Segment List\n"},
+        {"weight and two labels in stored order",
+         SegList("09 06 00 00 00 00 00 0A  01 06 00 00 00 06 40 00  01 06 00 00 00 0C 80 00"),
+         "  Segment List\n    Weight: 10\n    Segment: type:1, Label:100\n    Segment: type:1, Label:200\n"},
+        {"path mtu of type 13 and 220, type 5 skipped",
+         SegList("0D 06 00 00 00 00 05 DC  05 0A 00 00 00 00 00 00 00 00 00 00  DC 06 00 00 00 00 05 DD"),
+         "  Segment List\n    Path MTU: 1500\n    Path MTU: 1501\n"},
+        {"srv6 segments", SegList("0D 12 80 00 " + kSid2 + "  02 1A 00 00 " + kSid1 + " 00 30 00 00 20 10 10 00"),
+         "  Segment List\n    Segment: type:13, SID: 2001:db8::2, Flags:0x80\n"
+         "    Segment: type:2, SID: 2001:db8::1, Flags:0x00\n"
+         "    SID Structure: LB length:32, LN length:16, Func length:16, Args length:0\n"},
+        {"segment list binding sids", SegList("21 22 80 00 " + kSid1 + " " + kSid2),
+         "  Segment List\n    Binding SID: 2001:db8::1, \n    Reverse Binding SID: 2001:db8::2, \n"},
+        {"segment list binding sids with endpoints",
+         SegList("21 32 C0 00 " + kSid1 + " 00 30 00 00 20 10 10 00 " + kSid2 + " 00 31 00 00 20 10 10 00"),
+         "  Segment List\n    Binding SID: 2001:db8::1, Endpoint Behavior: 0x30, SID Structure: 0x20101000.\n"
+         "    Reverse Binding SID: 2001:db8::2, Endpoint Behavior: 0x31, SID Structure: 0x20101000.\n"},
+        {"segment list binding sid of 4 bytes", SegList("21 06 00 00 00 00 00 00"),
+         "  Segment List\n    Unsupported BSID, Length: 6, Flags: 0x0\n"},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        Call stCall = RenderAttr(Tunnel(c.strSubTlvs));
+        EXPECT_EQ(stCall.ulRet, BOL_OK);
+        EXPECT_EQ(stCall.strText, "\r\n" + kHeader + c.strText);
+        EXPECT_EQ(stCall.ulMore, 0u);
+        EXPECT_EQ(stCall.ulOffset, 0u);
+    }
+}
+
+/* Where a call ends its text, and where the next one goes on. A piece that
+ * would fit only into the 12 held-back characters does not fit. */
+TEST_F(Text, WhereTextStopsAndResumes)
+{
+    const Bytes vecPrefs = Tunnel("0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02  0C 06 00 00 00 00 00 03");
+    const size_t ulPrefs = 2u + kHeader.size() + 3u * strlen("  Preference: 1\n") + 12u;  // one short
+    const Bytes vecList = Tunnel(SegList("01 06 00 00 00 06 40 00  01 06 00 00 00 0C 80 00"));
+    const size_t ulList = 2u + kHeader.size() + strlen("  Segment List\n    Segment: type:1, Label:100\n") + 12u + 10u;
+    // flags, reserved, SID, behavior 0x30, reserved, LB 32, LN 16, Func 16, Args 0
+    const Bytes vecSrv6 = Tunnel("14 1A E0 00 " + kSid2 + " 00 30 00 00 20 10 10 00");
+    const std::string strSrv6 = "  SRv6 Binding SID: 2001:db8::2, Flags:0xe0";
+    const size_t ulSrv6 = 2u + kHeader.size() + strSrv6.size() + 1u + 12u;
+    struct Case {
+        const char *pcName;
+        Bytes vecAttr;
+        size_t ulSize;
+        uint32_t ulOffsetIn;
+        uint32_t ulRet;
+        std::string strText;
+        uint32_t ulMore;  // 77 when left as it was
+        uint32_t ulOffset;
+    } astCases[] = {
+        {"binding sid of length 10 has no text", Tunnel("0C 06 00 00 00 00 00 01  0D 0A C0 00 00 00 00 00 00 00 00 00"),
+         8192, 0, BOL_OK, "\r\n" + kHeader + "  Preference: 1\n", 1, 4 + 8 + 2},
+        {"third line into the held-back characters", vecPrefs, ulPrefs, 0, BOL_OK,
+         "\r\n" + kHeader + "  Preference: 1\n  Preference: 2\n", 1, 4 + 8 + 8 + 2},
+        {"next call: no header, the third line", vecPrefs, ulPrefs, 22, BOL_OK, "\r\n  Preference: 3\n", 0, 22},
+        {"one character more", vecPrefs, ulPrefs + 1u, 0, BOL_OK,
+         "\r\n" + kHeader + "  Preference: 1\n  Preference: 2\n  Preference: 3\n", 0, 0},
+        {"second label stops the list", vecList, ulList, 0, BOL_OK,
+         "\r\n" + kHeader + "  Segment List\n    Segment: type:1, Label:100\n", 1, 4 + 3 + 1 + 8 + 2},
+        {"list resumes at the second label", vecList, 64, 18, BOL_OK, "\r\n    Segment: type:1, Label:200\n", 0, 18},
+        {"list resumed with no room for printers", vecList, 14, 18, BOL_OK, "\r\n", 1, 18},
+        {"no room for the header", vecList, 2u + kHeader.size(), 0, BOL_OK, "\r\n", 77, 0},
+        {"no room for the line break", vecList, 2, 0, BOL_SRPOLICY_ERR_BUF_SHORT, "", 77, 0},
+        /* SRv6 binding SID: pieces after the first are cut, not refused. */
+        {"srv6 binding sid, no room for the sid", vecSrv6, ulSrv6 - 1u, 0, BOL_OK, "\r\n" + kHeader, 1, 6},
+        {"srv6 binding sid, cut", vecSrv6, ulSrv6 + 5u, 0, BOL_OK, "\r\n" + kHeader + strSrv6 + ", End", 0, 0},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Route rt;
+        rt.SetAttr(c.vecAttr);
+        Call stCall = Render(rt, BOL_SRPOLICY_STR_ATTR, c.ulSize, c.ulOffsetIn);
+        EXPECT_EQ(stCall.ulRet, c.ulRet);
+        EXPECT_EQ(stCall.strText, c.strText);
+        EXPECT_EQ(stCall.ulMore, c.ulMore);
+        EXPECT_EQ(stCall.ulOffset, c.ulOffset);
+    }
+}
+
+/* ---- Resumption ------------------------------------------------------------- */
+
+/* Through buffers of every size from the smallest that makes progress up to
+ * one that holds everything, the texts of the calls join into exactly the
+ * text of one large call; below that size some call makes no progress. */
+TEST_F(Text, EverySizeJoinsIntoTheSingleCallText)
+{
+    struct Case {
+        const char *pcName;
+        Bytes vecAttr;
+        size_t ulSmallest;  // longest piece + "\r\n" + 12 held back + zero
+    } astCases[] = {
+        {"realistic", Realistic(), 2u + kHeader.size() + 1u},
+        {"every resumable printer",
+         Tunnel("0C 06 00 00 00 00 00 64  7B 06 00 00 00 00 00 09  7F 06 00 00 00 00 00 05  "
+                "0D 12 C0 00 " + kSid1 + "  C8 00 02 AA BB  " +
+                SegList("09 06 00 00 00 00 00 0A  01 06 00 00 00 06 40 00  05 06 00 00 00 00 00 00  "
+                        "02 1A 00 00 " + kSid1 + " 00 30 00 00 20 10 10 00  0D 06 00 00 00 00 05 DC") +
+                " " + PolicyName(std::string(255, 'p'))),
+         strlen("  Policy Name: \n") + 255u + 15u},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        const Call stFull = RenderAttr(c.vecAttr, 8192u);
+        ASSERT_EQ(stFull.ulMore, 0u);
+        const std::string strFull = stFull.strText.substr(2);
+        std::string strJoined;
+        for (size_t ulSize = 3u; ulSize < c.ulSmallest; ulSize++) {
+            EXPECT_FALSE(RenderAll(c.vecAttr, ulSize, strJoined)) << "size " << ulSize;
+        }
+        for (size_t ulSize = c.ulSmallest; ulSize <= strFull.size() + 2u + 12u + 1u; ulSize++) {
+            SCOPED_TRACE(ulSize);
+            ASSERT_TRUE(RenderAll(c.vecAttr, ulSize, strJoined));
+            ASSERT_EQ(strJoined, strFull);
+        }
+        EXPECT_EQ(RenderAttr(c.vecAttr, strFull.size() + 2u + 12u + 1u).ulMore, 0u);
+        EXPECT_EQ(RenderAttr(c.vecAttr, strFull.size() + 2u + 12u).ulMore, 1u);
+    }
+}
+
+/* ---- Bytes that did not come from the decoder ---------------------------------- */
+
+TEST_F(Text, LengthsThatRunPastTheAttributeEndTheTextThere)
+{
+    struct Case {
+        const char *pcName;
+        std::string strAttr;
+        std::string strText;  // after "\r\n" and the header; always complete
+    } astCases[] = {
+        {"shorter than the tunnel header", "00 0F 00", ""},
+        {"tunnel length beyond the attribute", "00 0F 00 FF  0C 06 00 00 00 00 00 01", "  Preference: 1\n"},
+        {"tunnel length shorter than the sub-TLVs", "00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02",
+         "  Preference: 1\n"},
+        {"value past the end", "00 0F 00 0D  0C 06 00 00 00 00 00 01  82 00 10 00 61", "  Preference: 1\n"},
+        {"type byte last", "00 0F 00 09  0C 06 00 00 00 00 00 01  0C", "  Preference: 1\n"},
+        {"2-byte length cut", "00 0F 00 0A  0C 06 00 00 00 00 00 01  80 00", "  Preference: 1\n"},
+        /* A segment running past its list ends the list; the walk goes on. */
+        {"segment past the list",
+         "00 0F 00 1B  80 00 0C 00 01 06 00 00 00 06 40 00 09 06 00  0C 06 00 00 00 00 00 02",
+         "  Segment List\n    Segment: type:1, Label:100\n  Preference: 2\n"},
+        {"segment header cut", "00 0F 00 0D  80 00 0A 00 01 06 00 00 00 06 40 00 09",
+         "  Segment List\n    Segment: type:1, Label:100\n"},
+        /* Short values are read as far as they go, the rest as zeros. */
+        {"weight of length 1", "00 0F 00 07  80 00 04 00 09 01 FF", "  Segment List\n    Weight: 0\n"},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        Call stCall = RenderAttr(bt::Hex(c.strAttr));
+        EXPECT_EQ(stCall.ulRet, BOL_OK);
+        EXPECT_EQ(stCall.strText, "\r\n" + kHeader + c.strText);
+        EXPECT_EQ(stCall.ulMore, 0u);
+    }
+}
+
+/* Every cut of the realistic attribute, and every byte replaced by lengths
+ * that lie, rendered into one buffer and through small ones: the bounded
+ * reads are what AddressSanitizer checks here. */
+TEST_F(Text, TruncatedAndLyingBytesStayInBounds)
+{
+    const Bytes vecAttr = Realistic();
+    const std::string strFull = RenderAttr(vecAttr).strText;
+    for (size_t ulCut = 1; ulCut <= vecAttr.size(); ulCut++) {
+        SCOPED_TRACE(ulCut);
+        Call c = RenderAttr(Bytes(vecAttr.begin(), vecAttr.begin() + static_cast<long>(ulCut)));
+        EXPECT_EQ(c.ulMore, 0u);
+        EXPECT_EQ(strFull.compare(0, c.strText.size(), c.strText), 0) << "not a prefix: " << c.strText;
+    }
+    std::string strJoined;
+    for (size_t i = 0; i < vecAttr.size(); i++) {
+        for (uint8_t ucLie : {0x00, 0x01, 0x80, 0xFF}) {
+            Bytes vecBad = vecAttr;
+            vecBad[i] = ucLie;
+            (void)RenderAttr(vecBad);
+            (void)RenderAll(vecBad, 120u, strJoined);
+        }
+    }
+}
+
+}  // namespace
