@@ -1,7 +1,9 @@
 /* The srpolicy tool's hold on the plug-in: construction and the entry points. */
 #include "plugin_host.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "bol_platform.h"
 
@@ -17,6 +19,8 @@ const char kHostModule[] = "srpolicy";
  * sub-TLV line (a 255-character name) plus the line break and the 12
  * characters the walk holds back. */
 const uint32_t kTextChunk = 512u;
+/* Largest buffer tried for a text whose lines were cut. */
+const uint32_t kMaxTextChunk = 65536u;
 /* Upper bound on calls for one text, against a text that never completes. */
 const uint32_t kMaxTextCalls = 4096u;
 /* Room for an encoded NLRI or a conditional-route attribute message. */
@@ -169,33 +173,55 @@ uint32_t PluginHost::KeyText(const BOL_SRPOLICY_NLRI_S &stKey, std::string &strT
     return ulRc;
 }
 
-uint32_t PluginHost::AttrText(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, std::string &strText)
+uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, uint32_t ulChunk,
+                                    std::string &strText, bool &bCut)
 {
     Bytes vecCopy = vecAttr;
     BOL_RT_DATA_S stRt = Route(&stKey, &vecCopy);
+    std::vector<char> vecBuf(ulChunk);
     uint32_t ulOffset = 0;
     strText.clear();
+    bCut = false;
     for (uint32_t i = 0; i < kMaxTextCalls; i++) {
-        char acBuf[kTextChunk] = {0};
+        std::fill(vecBuf.begin(), vecBuf.end(), '\0');
         uint32_t ulMore = 0;
         uint32_t ulBefore = ulOffset;
-        uint32_t ulRc = m_stTbl.pfnData2Str(&stRt, BOL_SRPOLICY_STR_ATTR, acBuf, sizeof(acBuf), &ulOffset, &ulMore,
+        uint32_t ulRc = m_stTbl.pfnData2Str(&stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulChunk, &ulOffset, &ulMore,
                                             m_pstInst);
         if (ulRc != BOL_OK) {
             return ulRc;
         }
-        acBuf[sizeof(acBuf) - 1u] = '\0';
+        vecBuf.back() = '\0';
         /* Every call starts its piece with a line break. */
-        const char *pc = acBuf;
+        const char *pc = vecBuf.data();
         if (strncmp(pc, "\r\n", 2) == 0) {
             pc += 2;
         }
-        strText += pc;
+        std::string strPiece(pc);
+        /* Every piece ends with a whole line; one that does not was cut at
+         * the end of the buffer by a printer that appends what fits. */
+        if (!strPiece.empty() && strPiece.back() != '\n') {
+            bCut = true;
+        }
+        strText += strPiece;
         if (ulMore == 0u) {
             return BOL_OK;
         }
         if (ulOffset <= ulBefore && i > 0u) {
             return BOL_SRPOLICY_ERR_BUF_SHORT; /* a piece that never fits */
+        }
+    }
+    return BOL_SRPOLICY_ERR_BUF_SHORT;
+}
+
+uint32_t PluginHost::AttrText(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, std::string &strText)
+{
+    /* A modest buffer first; a text cut by it is rendered again in a larger one. */
+    for (uint32_t ulChunk = kTextChunk; ulChunk <= kMaxTextChunk; ulChunk *= 2u) {
+        bool bCut = false;
+        uint32_t ulRc = AttrTextChunks(stKey, vecAttr, ulChunk, strText, bCut);
+        if (ulRc != BOL_OK || !bCut) {
+            return ulRc;
         }
     }
     return BOL_SRPOLICY_ERR_BUF_SHORT;

@@ -38,6 +38,10 @@ public:
     /* Display text of a key, and of an attribute (several calls joined). */
     uint32_t KeyText(const BOL_SRPOLICY_NLRI_S &stKey, std::string &strText);
     uint32_t AttrText(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, std::string &strText);
+    /* The attribute text in calls of ulChunk bytes; bCut tells whether a line
+     * was cut at the end of a call's buffer. */
+    uint32_t AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, uint32_t ulChunk,
+                            std::string &strText, bool &bCut);
     /* Route check of the endpoint (kind 2). */
     uint32_t CheckEndpoint(const BOL_SRPOLICY_NLRI_S &stKey, bool &bValid);
     /* Conditional-route attribute message (122) of a stored attribute. */
