@@ -42,6 +42,16 @@ SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentLis
     return stSeg;
 }
 
+/* Value of a preference, template id or slice id TLV: flags, three
+ * reserved bytes, the 32-bit value. */
+std::optional<uint32_t> FlaggedValue(const uint8_t *p, size_t n)
+{
+    if (n < 8u) {
+        return std::nullopt;
+    }
+    return Be32(p + 4);
+}
+
 std::string Text(const uint8_t *p, size_t n) { return std::string(reinterpret_cast<const char *>(p), n); }
 
 }  // namespace
@@ -80,19 +90,13 @@ bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &str
         }
         switch (ulType) {
             case BOL_SRPOLICY_CONDRT_TLV_PREF:
-                if (ulLen >= 8u) {
-                    stFields.oPreference = Be32(p + 4);
-                }
+                stFields.oPreference = FlaggedValue(p, ulLen);
                 break;
             case BOL_SRPOLICY_CONDRT_TLV_CFG_MODULE_ID:
-                if (ulLen >= 8u) {
-                    stFields.oTemplateId = Be32(p + 4);
-                }
+                stFields.oTemplateId = FlaggedValue(p, ulLen);
                 break;
             case BOL_SRPOLICY_CONDRT_TLV_SLICE_ID:
-                if (ulLen >= 8u) {
-                    stFields.oSliceId = Be32(p + 4);
-                }
+                stFields.oSliceId = FlaggedValue(p, ulLen);
                 break;
             case BOL_SRPOLICY_CONDRT_TLV_BSID:
                 if (ulLen >= 20u) {

@@ -251,26 +251,25 @@ uint32_t PluginHost::CondRtAttrMessage(const BOL_SRPOLICY_NLRI_S &stKey, const B
     return ulRc;
 }
 
-uint32_t PluginHost::ConfiguredPrefix(const BOL_SRPOLICY_CFG_PREFIX_S &stCfg, BOL_SRPOLICY_NLRI_S &stKey)
+uint32_t PluginHost::ParseConfig(const void *pvCfg, uint32_t ulLen, uint32_t ulType, BOL_SRPOLICY_NLRI_S *pstKey,
+                                 Bytes *pvecAttr)
 {
     void *pvOut = nullptr;
-    uint32_t ulRc = m_stTbl.pfnParseCfg(&stCfg, BOL_SRPOLICY_CFG_PREFIX_LEN, BOL_SRPOLICY_CFG_PREFIX, &pvOut,
-                                        m_pstInst);
+    uint32_t ulRc = m_stTbl.pfnParseCfg(pvCfg, ulLen, ulType, &pvOut, m_pstInst);
     if (ulRc != BOL_OK) {
         return ulRc;
     }
-    return TakeOutput(pvOut, &stKey, nullptr);
+    return TakeOutput(pvOut, pstKey, pvecAttr);
+}
+
+uint32_t PluginHost::ConfiguredPrefix(const BOL_SRPOLICY_CFG_PREFIX_S &stCfg, BOL_SRPOLICY_NLRI_S &stKey)
+{
+    return ParseConfig(&stCfg, BOL_SRPOLICY_CFG_PREFIX_LEN, BOL_SRPOLICY_CFG_PREFIX, &stKey, nullptr);
 }
 
 uint32_t PluginHost::ConfiguredTunnel(const BOL_SRPOLICY_CFG_TNLENCAP_S &stCfg, Bytes &vecAttr)
 {
-    void *pvOut = nullptr;
-    uint32_t ulRc = m_stTbl.pfnParseCfg(&stCfg, BOL_SRPOLICY_CFG_TNLENCAP_LEN, BOL_SRPOLICY_CFG_TNL_ENCAP, &pvOut,
-                                        m_pstInst);
-    if (ulRc != BOL_OK) {
-        return ulRc;
-    }
-    return TakeOutput(pvOut, nullptr, &vecAttr);
+    return ParseConfig(&stCfg, BOL_SRPOLICY_CFG_TNLENCAP_LEN, BOL_SRPOLICY_CFG_TNL_ENCAP, nullptr, &vecAttr);
 }
 
 uint32_t PluginHost::FormatPacket(uint32_t ulType, const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr,

@@ -58,6 +58,9 @@ public:
     uint32_t LiveBlocks() const;
 
 private:
+    /* A configuration record through the configuration-parse dispatcher. */
+    uint32_t ParseConfig(const void *pvCfg, uint32_t ulLen, uint32_t ulType, BOL_SRPOLICY_NLRI_S *pstKey,
+                         Bytes *pvecAttr);
     /* Copies the key and attribute of an output block and releases it. */
     uint32_t TakeOutput(void *pvOut, BOL_SRPOLICY_NLRI_S *pstKey, Bytes *pvecAttr);
     BOL_RT_DATA_S Route(const BOL_SRPOLICY_NLRI_S *pstKey, Bytes *pvecAttr) const;
