@@ -221,6 +221,7 @@ private:
             if (!stWalked.bWithdrawn) {
                 stRoute.strNextHop = stWalk.strNextHop;
                 stRoute.bHasAttr = stWalk.bHasAttr;
+                stRoute.ulAttrError = stWalk.ulAttrError;
                 stRoute.vecAttr = stWalk.vecAttr;
             }
             m_stCount.ullRoutes++;

@@ -1,6 +1,7 @@
 /* JSON form of a decoded route: one object per line (schema in tools/README.md). */
 #include <nlohmann/json.hpp>
 
+#include "plugin_host.h"
 #include "route_output.h"
 
 namespace srp {
@@ -115,6 +116,9 @@ std::string RouteJson(const RouteReport &stRoute)
         j["attribute"] = jAttr;
     } else {
         j["attribute"] = nullptr;
+    }
+    if (stRoute.ulAttrError != 0u) {
+        j["attribute_error"] = ResultName(stRoute.ulAttrError);
     }
     return j.dump();
 }

@@ -28,7 +28,8 @@ struct RouteReport {
     bool bValid = false;
     std::string strNextHop;
     bool bHasAttr = false;
-    Bytes vecAttr; /* normalised attribute value */
+    uint32_t ulAttrError = 0; /* the attribute parser's refusal, if any */
+    Bytes vecAttr;            /* normalised attribute value */
     std::string strAttrText;
     bool bHasFields = false;
     AttrFields stFields;

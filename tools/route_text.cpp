@@ -3,6 +3,8 @@
 
 #include <sstream>
 
+#include "plugin_host.h"
+
 namespace srp {
 
 std::string EndpointText(const BOL_SRPOLICY_NLRI_S &stKey)
@@ -36,6 +38,9 @@ std::string RouteText(const RouteReport &stRoute)
         if (stRoute.bChecked) {
             os << "  Route check: " << (stRoute.bValid ? "valid" : "invalid endpoint") << "\n";
         }
+    }
+    if (stRoute.ulAttrError != 0u) {
+        os << "  Tunnel Encapsulation attribute refused: " << ResultName(stRoute.ulAttrError) << "\n";
     }
     if (stRoute.bHasAttr) {
         /* The plug-in's text, indented one step under the route. */

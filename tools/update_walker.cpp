@@ -117,7 +117,7 @@ void TunnelEncap(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
     Bytes vecValue(stSpan.p, stSpan.p + stSpan.n);
     uint32_t ulRc = host.ParseTunnelEncap(vecValue, stOut.vecAttr);
     if (ulRc != BOL_OK) {
-        stOut.bAttrFailed = true;
+        stOut.ulAttrError = ulRc;
         stOut.vecAttr.clear();
         Fail(stOut, "Tunnel Encapsulation attribute", stSpan.ulBase, ulRc);
         return;

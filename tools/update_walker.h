@@ -34,7 +34,7 @@ struct WalkedRoute {
 struct WalkedUpdate {
     std::vector<WalkedRoute> vecRoutes;
     bool bHasAttr = false; /* a Tunnel Encapsulation attribute was decoded */
-    bool bAttrFailed = false;
+    uint32_t ulAttrError = 0; /* the attribute parser's refusal */
     Bytes vecAttr;         /* its normalised form */
     std::string strNextHop;
     uint32_t ulSkipped = 0;
