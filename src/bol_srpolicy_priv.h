@@ -463,4 +463,14 @@ BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSRv6Route(const BOL_SRPOLICY_NLRI_S 
 }
 #endif
 
+#ifdef __cplusplus
+namespace bol {
+struct Writer;
+/* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
+ * the HA prefix TLV and the conditional-route key message. False, and nothing
+ * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
+bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey);
+} /* namespace bol */
+#endif
+
 #endif /* BOL_SRPOLICY_PRIV_H */

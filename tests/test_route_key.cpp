@@ -1,0 +1,233 @@
+/*
+ * The route key away from the wire: its order, the HA prefix TLV (messages 3
+ * and 5) and the configured prefix record (type 2), each both ways.
+ */
+#include <gtest/gtest.h>
+
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+namespace {
+
+class RouteKey : public bt::PluginTest {};
+
+const BOL_SRPOLICY_NLRI_S kV4 = bt::KeyV4(1, 100, 0x0A000001u);
+const BOL_SRPOLICY_NLRI_S kV6 = bt::KeyV6(1, 100, 0x20010DB8u, 0, 0, 1);
+
+std::string KeyHex(const BOL_SRPOLICY_NLRI_S &stKey)
+{
+    return bt::ToHex(reinterpret_cast<const uint8_t *>(&stKey), sizeof(stKey));
+}
+
+TEST_F(RouteKey, KeyOrder)
+{
+    BOL_SRPOLICY_NLRI_S stRsv = kV4;
+    stRsv.aucReserved[1] = 9;  // not part of the order
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stA, stB;
+        int32_t lWant;
+    } astCases[] = {
+        {"v4 before v6", bt::KeyV4(~0u, ~0u, ~0u), bt::KeyV6(0, 0, 0, 0, 0, 0), -1},
+        {"distinguisher unsigned", bt::KeyV4(0x80000000u, 0, 0), bt::KeyV4(1, 9, 9), 1},
+        {"color", bt::KeyV4(1, 2, 9), bt::KeyV4(1, 3, 0), -1},
+        {"v4 address", bt::KeyV4(1, 2, 0xC0000001u), bt::KeyV4(1, 2, 0x0A000001u), 1},
+        {"last endpoint word", bt::KeyV6(1, 2, 5, 5, 5, 1), bt::KeyV6(1, 2, 5, 5, 5, 2), -1},
+        {"equal but reserved", kV4, stRsv, 0},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        EXPECT_EQ(m_stTbl.pfnCmpData(&c.stA, 28, &c.stB, 28, BOL_SRPOLICY_CMP_KEY), c.lWant);
+        EXPECT_EQ(m_stTbl.pfnCmpData(&c.stB, 28, &c.stA, 28, BOL_SRPOLICY_CMP_KEY), -c.lWant);
+    }
+    EXPECT_EQ(m_stTbl.pfnCmpData(&kV4, 24, &kV4, 28, BOL_SRPOLICY_CMP_KEY), BOL_CMP_ERR);
+    EXPECT_EQ(m_stTbl.pfnCmpData(&kV4, 28, &kV4, 24, BOL_SRPOLICY_CMP_KEY), BOL_CMP_ERR);
+    EXPECT_EQ(BOL_SRPOLICY_CmpKey(nullptr, 28, &kV4, 28), BOL_CMP_ERR);
+    EXPECT_EQ(ReportCount(), 3u);
+}
+
+TEST_F(RouteKey, AttributeOrder)
+{
+    uint8_t ucA = 0x01, ucB = 0xFF;
+    // Lengths decide before any byte is read: one-byte buffers with longer lengths.
+    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 10, &ucB, 12, BOL_SRPOLICY_CMP_ATTR), -1);
+    EXPECT_EQ(m_stTbl.pfnCmpData(&ucB, 12, &ucA, 10, BOL_SRPOLICY_CMP_ATTR), 1);
+    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 0, &ucB, 0, BOL_SRPOLICY_CMP_ATTR), 0);
+    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 1, &ucB, 1, BOL_SRPOLICY_CMP_ATTR), -1);
+    EXPECT_EQ(m_stTbl.pfnCmpData(&ucB, 1, &ucB, 1, BOL_SRPOLICY_CMP_ATTR), 0);
+    EXPECT_EQ(BOL_SRPOLICY_CmpAttr(&ucA, 1, nullptr, 1), BOL_CMP_ERR);
+    EXPECT_EQ(ReportCount(), 1u);
+}
+
+TEST_F(RouteKey, HaPrefixTlvWrite)
+{
+    struct Case {
+        const char *pcName;
+        bool bKey;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        const char *pcHex;  // length · reserved · distinguisher · color · endpoint words
+    } astCases[] = {
+        {"room 28", true, 28, BOL_OK, "60 000000 00000001 00000064 0A000001 00000000 00000000 00000000"},
+        {"room 27", true, 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
+        {"no key", false, 28, BOL_ERR_NO_DATA, ""},
+    };
+    for (const Case &c : astCases) {
+        for (uint32_t ulType : {BOL_SRPOLICY_HAMSG_PREFIX, BOL_SRPOLICY_HAMSG_PREFIX_ALT}) {
+            SCOPED_TRACE(testing::Message() << c.pcName << ", type " << ulType);
+            bt::Route rt;
+            if (c.bKey) {
+                rt.SetKey(kV4);
+            }
+            bt::Bytes vecBuf(c.ulRoom, bt::kCanary);
+            uint8_t *pucCur = vecBuf.data();
+            EXPECT_EQ(m_stTbl.pfnFormatHaMsg(&rt.stRt, ulType, &pucCur, c.ulRoom, m_pstInst), c.ulRet);
+            EXPECT_EQ(bt::ToHex(vecBuf.data(), static_cast<size_t>(pucCur - vecBuf.data())),
+                      bt::ToHex(bt::Hex(c.pcHex)));
+        }
+    }
+}
+
+TEST_F(RouteKey, HaPrefixTlvRead)
+{
+    int iMark = 0;
+    void *const pvUntouched = &iMark;
+    struct Case {
+        const char *pcName;
+        const char *pcHex;  // length · reserved · distinguisher · color · endpoint words [· extra]
+        uint32_t ulRet;
+        BOL_SRPOLICY_NLRI_S stKey;
+    } astCases[] = {
+        {"v4, words 1-3 kept", "60 FFFFFF 00000001 00000064 0A000001 00000002 00000003 00000004", BOL_OK,
+         bt::KeyV4(1, 100, 0x0A000001u)},
+        {"v6 and a 29th byte", "C0 000000 00000001 00000064 20010DB8 00000000 00000000 00000001 · EE", BOL_OK, kV6},
+        {"27 bytes", "80 000000 00000001 00000064 0A000001 00000000 00000000 000000", BOL_ERR_HA_TLV_SHORT, {}},
+        {"length 128", "80 000000 00000001 00000064 0A000001 00000000 00000000 00000000", BOL_ERR_HA_NLRI_LEN, {}},
+    };
+    astCases[0].stKey.aulEndpoint[1] = 2;
+    astCases[0].stKey.aulEndpoint[2] = 3;
+    astCases[0].stKey.aulEndpoint[3] = 4;
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Bytes vecIn = bt::Hex(c.pcHex);
+        void *pvOut = pvUntouched;
+        EXPECT_EQ(m_stTbl.pfnParseHaMsg(vecIn.data(), static_cast<uint32_t>(vecIn.size()), 5, &pvOut, m_pstInst),
+                  c.ulRet);
+        if (c.ulRet == BOL_OK) {
+            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
+        } else {
+            EXPECT_EQ(pvOut, pvUntouched);
+        }
+    }
+}
+
+bt::Bytes CfgRecord(uint32_t ulKind, uint32_t ulV4, uint8_t ucIsV6)
+{
+    BOL_SRPOLICY_CFG_PREFIX_S st;
+    memset(&st, 0xEE, sizeof(st));
+    st.ulCfgKind = ulKind;
+    st.ulDistinguisher = 1;
+    st.ulPolicyColor = 100;
+    st.ulEndpointV4 = ulV4;
+    const uint8_t aucV6[16] = {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    memcpy(st.aucEndpointV6, aucV6, sizeof(aucV6));
+    st.ucEndpointIsV6 = ucIsV6;
+    const uint8_t *puc = reinterpret_cast<const uint8_t *>(&st);
+    return bt::Bytes(puc, puc + sizeof(st));
+}
+
+TEST_F(RouteKey, CfgPrefixRead)
+{
+    bt::Bytes vecLong = CfgRecord(14, 0x0A000001u, 0);
+    vecLong.push_back(0);
+    struct Case {
+        const char *pcName;
+        bt::Bytes vecIn;
+        uint32_t ulRet;
+        BOL_SRPOLICY_NLRI_S stKey;
+    } astCases[] = {
+        {"v4 ignores v6 bytes", CfgRecord(14, 0x0A000001u, 0), BOL_OK, kV4},
+        {"any non-zero is v6", CfgRecord(14, 0x0A000001u, 7), BOL_OK, kV6},
+        {"kind 13", CfgRecord(13, 0x0A000001u, 0), BOL_ERR_CFG_TYPE, {}},
+        {"88 bytes", bt::Bytes(vecLong.begin(), vecLong.end() - 2), BOL_ERR_PARAM, {}},
+        {"90 bytes", vecLong, BOL_ERR_PARAM, {}},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        void *pvOut = nullptr;
+        EXPECT_EQ(m_stTbl.pfnParseCfg(c.vecIn.data(), static_cast<uint32_t>(c.vecIn.size()),
+                                      BOL_SRPOLICY_CFG_PREFIX, &pvOut, m_pstInst),
+                  c.ulRet);
+        if (c.ulRet == BOL_OK) {
+            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
+        }
+    }
+    EXPECT_EQ(ReportCount(), 2u);  // the wrong lengths
+}
+
+TEST_F(RouteKey, CfgPrefixWriteTouchesOnlyKeyFields)
+{
+    BOL_SRPOLICY_NLRI_S stOdd = kV4;
+    stOdd.ucNlriLen = 0;
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        size_t aulWritten[2][2];  // written byte ranges [from, to)
+    } astCases[] = {
+        {"v4", kV4, 89, BOL_OK, {{0, 16}, {32, 33}}},
+        {"v6", kV6, 89, BOL_OK, {{0, 12}, {16, 33}}},
+        {"room 88", kV4, 88, BOL_SRPOLICY_ERR_BUF_SHORT, {{0, 0}, {0, 0}}},
+        {"odd length", stOdd, 89, BOL_ERR_NO_DATA, {{0, 4}, {0, 0}}},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Route rt;
+        rt.SetKey(c.stKey);
+        bt::Bytes vecBuf(89, bt::kCanary);
+        uint8_t *pucCur = vecBuf.data();
+        uint32_t ulOffset = 5, ulMore = 5;
+        EXPECT_EQ(m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, c.ulRoom, &ulOffset, &ulMore), c.ulRet);
+        EXPECT_EQ(pucCur, vecBuf.data());
+        for (size_t i = 0; i < vecBuf.size(); i++) {
+            bool bWritten = (i >= c.aulWritten[0][0] && i < c.aulWritten[0][1]) ||
+                            (i >= c.aulWritten[1][0] && i < c.aulWritten[1][1]);
+            EXPECT_EQ(vecBuf[i] != bt::kCanary || bWritten, bWritten) << "byte " << i;
+        }
+        if (c.ulRet == BOL_OK) {
+            EXPECT_EQ(ulOffset + ulMore, 0u);
+            EXPECT_EQ(vecBuf[32], c.stKey.ucNlriLen == 96 ? 0 : 1);
+        }
+    }
+}
+
+/* A key keeps every bit on each road and back: wire, HA message, configuration. */
+TEST_F(RouteKey, RoundTripsOnEveryRoad)
+{
+    for (const BOL_SRPOLICY_NLRI_S &stKey : {kV4, kV6, bt::KeyV6(~0u, ~0u, ~0u, ~0u, ~0u, ~0u)}) {
+        SCOPED_TRACE(KeyHex(stKey));
+        bt::Route rt;
+        rt.SetKey(stKey);
+        bt::Bytes vecWire(25), vecHa(28), vecCfg(89);
+        uint8_t *pucWire = vecWire.data(), *pucHa = vecHa.data(), *pucCfg = vecCfg.data();
+        uint32_t ulOffset = 0, ulMore = 0;
+        ASSERT_EQ(m_stTbl.pfnFormatPkt(&rt.stRt, 14, &pucWire, 25, m_pstInst), BOL_OK);
+        ASSERT_EQ(m_stTbl.pfnFormatHaMsg(&rt.stRt, 3, &pucHa, 28, m_pstInst), BOL_OK);
+        ASSERT_EQ(m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCfg, 89, &ulOffset, &ulMore), BOL_OK);
+
+        void *apvOut[3] = {};
+        uint8_t *pucCur = vecWire.data();
+        ASSERT_EQ(m_stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(pucWire - vecWire.data()), &ulMore, 14,
+                                      &apvOut[0], &ulMore, m_pstInst),
+                  BOL_OK);
+        ASSERT_EQ(m_stTbl.pfnParseHaMsg(vecHa.data(), 28, 5, &apvOut[1], m_pstInst), BOL_OK);
+        ASSERT_EQ(m_stTbl.pfnParseCfg(vecCfg.data(), 89, 2, &apvOut[2], m_pstInst), BOL_OK);
+        for (void *pvOut : apvOut) {
+            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(stKey));
+        }
+    }
+}
+
+}  // namespace
