@@ -8,7 +8,8 @@ namespace srp {
 
 namespace {
 
-using nlohmann::json;
+/* Fields keep the order they are written in. */
+using json = nlohmann::ordered_json;
 
 json Structure(const uint8_t *puc)
 {
