@@ -379,17 +379,21 @@ uint32_t BOL_SRPOLICY_Construct_CondRtSubsKey(void *pv1, void *pv2, void *pv3, v
 /* Output records                                                            */
 /* ======================================================================== */
 
-uint32_t BOL_SRPOLICY_CalcOutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *pulLen)
-{
-    BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulLen, BOL_ERR_PARAM);
+} /* extern "C" */
 
+namespace {
+
+/* The pieces of the output service without their argument checks: the
+ * exported functions check and call them, and BOL_SRPOLICY_OutputData, which
+ * runs once per decoded NLRI of a full table, calls them directly. */
+
+inline uint32_t OutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *pulLen)
+{
     if (pstDesc->pvKey != nullptr && pstDesc->ulKeyLen != BOL_SRPOLICY_NLRI_KEY_LEN) {
         /* The key section always holds one 28-byte key. */
         BOL_REPORT(pstDesc->ulKeyLen);
         return BOL_ERR_PARAM;
     }
-
     uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN;
     if (pstDesc->pvKey != nullptr) {
         ulTotal += pstDesc->ulKeyLen;
@@ -397,18 +401,16 @@ uint32_t BOL_SRPOLICY_CalcOutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *p
     if (pstDesc->pucAttr != nullptr) {
         ulTotal += pstDesc->usAttrLen;
     }
-    if ((pstDesc->pvKey == nullptr && pstDesc->pucAttr == nullptr) || ulTotal == BOL_PARSE_OUTPUT_HDR_LEN) {
-        return BOL_ERR_PARAM;
+    if (ulTotal == BOL_PARSE_OUTPUT_HDR_LEN) {
+        return BOL_ERR_PARAM; /* nothing to hand over */
     }
     *pulLen = ulTotal;
     return BOL_OK;
 }
 
-namespace {
-
 /* Copies one section into the block at *pusOffset and advances past it. */
-void OutputSection(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, uint16_t *pusOffset, const void *pvSrc,
-                   uint32_t ulLen)
+inline void OutputSection(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, uint16_t *pusOffset, const void *pvSrc,
+                          uint32_t ulLen)
 {
     uint8_t *pucBlock = reinterpret_cast<uint8_t *>(pstOut);
     int iRet = memcpy_s(pucBlock + *pusOffset, *pulRemain, pvSrc, ulLen);
@@ -419,7 +421,42 @@ void OutputSection(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, uint16_t *pu
     *pulRemain -= (ulLen <= *pulRemain) ? ulLen : *pulRemain;
 }
 
+inline void OutputKeySection(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, const BOL_PARSE_DESC_S *pstDesc,
+                             uint16_t *pusOffset)
+{
+    if (pstDesc->pvKey == nullptr || *pulRemain == 0u) {
+        return;
+    }
+    pstOut->ulOutFlags |= BOL_OUTPUT_FLAG_KEY;
+    pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
+    pstOut->usKeyOffset = *pusOffset;
+    OutputSection(pstOut, pulRemain, pusOffset, pstDesc->pvKey, BOL_SRPOLICY_NLRI_KEY_LEN);
+}
+
+inline void OutputAttrSection(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, const BOL_PARSE_DESC_S *pstDesc,
+                              uint16_t *pusOffset)
+{
+    if (pstDesc->pucAttr == nullptr || *pulRemain == 0u) {
+        return;
+    }
+    pstOut->ulOutFlags |= BOL_OUTPUT_FLAG_ATTR;
+    pstOut->ucAttrFlag = pstDesc->ucAttrFlag;
+    pstOut->ucAttrType = pstDesc->ucAttrType;
+    pstOut->usAttrOffset = *pusOffset;
+    pstOut->usAttrLen = pstDesc->usAttrLen;
+    OutputSection(pstOut, pulRemain, pusOffset, pstDesc->pucAttr, pstDesc->usAttrLen);
+}
+
 } /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_CalcOutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *pulLen)
+{
+    BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulLen, BOL_ERR_PARAM);
+    return OutputLen(pstDesc, pulLen);
+}
 
 uint32_t BOL_SRPOLICY_OutputKey(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain, const BOL_PARSE_DESC_S *pstDesc,
                                 uint16_t *pusOffset)
@@ -428,14 +465,7 @@ uint32_t BOL_SRPOLICY_OutputKey(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain,
     BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pulRemain, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pusOffset, BOL_ERR_PARAM);
-
-    if (pstDesc->pvKey == nullptr || *pulRemain == 0u) {
-        return BOL_OK;
-    }
-    pstOut->ulOutFlags |= BOL_OUTPUT_FLAG_KEY;
-    pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
-    pstOut->usKeyOffset = *pusOffset;
-    OutputSection(pstOut, pulRemain, pusOffset, pstDesc->pvKey, BOL_SRPOLICY_NLRI_KEY_LEN);
+    OutputKeySection(pstOut, pulRemain, pstDesc, pusOffset);
     return BOL_OK;
 }
 
@@ -446,16 +476,7 @@ uint32_t BOL_SRPOLICY_OutputAttr(BOL_PARSE_OUTPUT_S *pstOut, uint32_t *pulRemain
     BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pulRemain, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pusOffset, BOL_ERR_PARAM);
-
-    if (pstDesc->pucAttr == nullptr || *pulRemain == 0u) {
-        return BOL_OK;
-    }
-    pstOut->ulOutFlags |= BOL_OUTPUT_FLAG_ATTR;
-    pstOut->ucAttrFlag = pstDesc->ucAttrFlag;
-    pstOut->ucAttrType = pstDesc->ucAttrType;
-    pstOut->usAttrOffset = *pusOffset;
-    pstOut->usAttrLen = pstDesc->usAttrLen;
-    OutputSection(pstOut, pulRemain, pusOffset, pstDesc->pucAttr, pstDesc->usAttrLen);
+    OutputAttrSection(pstOut, pulRemain, pstDesc, pusOffset);
     return BOL_OK;
 }
 
@@ -469,7 +490,7 @@ uint32_t BOL_SRPOLICY_OutputData(void **ppvOut, const BOL_PARSE_DESC_S *pstDesc,
     }
 
     uint32_t ulTotal = 0u;
-    uint32_t ulRet = BOL_SRPOLICY_CalcOutputLen(pstDesc, &ulTotal);
+    uint32_t ulRet = OutputLen(pstDesc, &ulTotal);
     if (ulRet != BOL_OK) {
         return ulRet;
     }
@@ -487,8 +508,8 @@ uint32_t BOL_SRPOLICY_OutputData(void **ppvOut, const BOL_PARSE_DESC_S *pstDesc,
     BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
     uint16_t usOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
     uint32_t ulRemain = ulTotal - BOL_PARSE_OUTPUT_HDR_LEN;
-    (void)BOL_SRPOLICY_OutputKey(pstOut, &ulRemain, pstDesc, &usOffset);
-    (void)BOL_SRPOLICY_OutputAttr(pstOut, &ulRemain, pstDesc, &usOffset);
+    OutputKeySection(pstOut, &ulRemain, pstDesc, &usOffset);
+    OutputAttrSection(pstOut, &ulRemain, pstDesc, &usOffset);
 
     *ppvOut = pvBlock;
     return BOL_OK;
