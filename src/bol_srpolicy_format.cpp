@@ -166,6 +166,33 @@ uint32_t BOL_SRPOLICY_FormatMpUnNlri(const BOL_RT_DATA_S *pstRtData, uint8_t **p
 /* Attribute encoding                                                       */
 /* ======================================================================== */
 
+/* Writes the stored attribute value as it is: no attribute flags, type or
+ * length, which the host writes itself. */
+extern "C" uint32_t BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(const BOL_RT_DATA_S *pstRtData,
+                                                                    uint8_t **ppucCur, uint32_t ulRoom,
+                                                                    BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+
+    if (pstRtData->pucAttr == nullptr) {
+        return BOL_ERR_NO_DATA;
+    }
+    uint32_t ulLen = static_cast<uint16_t>(pstRtData->ulAttrLen);
+    bol::Writer stWr = bol::MakeWriter(*ppucCur, ulRoom);
+    if (!bol::Fits(stWr, ulLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    int iRet = bol::PutBytes(stWr, pstRtData->pucAttr, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
 /* ======================================================================== */
 /* Conditional-route messages                                               */
 /* ======================================================================== */

@@ -229,28 +229,683 @@ uint32_t BOL_SRPOLICY_ParseBgpNlri(uint8_t **ppucCur, uint32_t ulNlriBytes, void
 /* Tunnel Encapsulation attribute record                                    */
 /* ======================================================================== */
 
+namespace {
+
+/* An empty list: both sentinel pointers at the head itself, no nodes. */
+void InitListHead(BOL_SRPOLICY_LIST_HEAD_S *pstHead)
+{
+    pstHead->stHead.pstNext = &pstHead->stHead;
+    pstHead->stHead.pstPrev = &pstHead->stHead;
+    pstHead->stHead.ulHandle = 0u;
+    pstHead->ulCount = 0u;
+}
+
+/* Allocates ulSize bytes from the instance's module and zeroes them. */
+void *AllocZeroed(BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulSize)
+{
+    void *pv = BOL_ALLOC(pstInst, ulSize);
+    if (pv != nullptr) {
+        int iRet = memset_s(pv, ulSize, 0, ulSize);
+        if (iRet != 0) {
+            BOL_REPORT_RET(iRet);
+        }
+    }
+    return pv;
+}
+
+} /* namespace */
+
+namespace bol {
+
+BOL_SRPOLICY_LIST_NODE_S *AppendNewNode(BOL_SRPOLICY_LIST_HEAD_S *pstList, uint32_t ulSize,
+                                        BOL_SRPOLICY_INSTANCE_S *pstInst, const char *pcModule, uint32_t ulLine)
+{
+    void *pvNode = ZUN_SimpleAlloc_F(pstInst->ulMemModuleId, ulSize, pcModule, ulLine);
+    if (pvNode == nullptr) {
+        return nullptr;
+    }
+    int iRet = memset_s(pvNode, ulSize, 0, ulSize);
+    if (iRet != 0) {
+        ReportCode(pcModule, ulLine, "retCode:%d", iRet);
+    }
+    BOL_SRPOLICY_LIST_NODE_S *pstNode = static_cast<BOL_SRPOLICY_LIST_NODE_S *>(pvNode);
+    DLL_Insert_In_Middle(pstList, pstList->stHead.pstPrev, pstNode, &pstList->stHead);
+    return pstNode;
+}
+
+} /* namespace bol */
+
+extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                     BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulAttrLen)
+{
+    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+
+    /* The copy buffer holds the attribute plus 4 bytes; a length that cannot
+     * be sized that way cannot be allocated either. */
+    if (ulAttrLen > UINT32_MAX - 4u) {
+        BOL_REPORT(ulAttrLen);
+        return BOL_ERR_MALLOC;
+    }
+
+    void *pvAttr = AllocZeroed(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S)));
+    if (pvAttr == nullptr) {
+        BOL_REPORT(0u);
+        return BOL_ERR_MALLOC;
+    }
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
+
+    pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(AllocZeroed(pstInst, ulAttrLen + 4u));
+    if (pstAttr->pucRealPrivAttr == nullptr) {
+        BOL_SRPOLICY_Free(&pvAttr, pstInst);
+        BOL_REPORT(0u);
+        return BOL_ERR_MALLOC;
+    }
+
+    pstAttr->pstSegListHead = static_cast<BOL_SRPOLICY_LIST_HEAD_S *>(
+        BOL_ALLOC(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_LIST_HEAD_S))));
+    if (pstAttr->pstSegListHead == nullptr) {
+        BOL_FREE(pstAttr->pucRealPrivAttr);
+        BOL_SRPOLICY_Free(&pvAttr, pstInst);
+        BOL_REPORT(0u);
+        return BOL_ERR_MALLOC;
+    }
+    InitListHead(pstAttr->pstSegListHead);
+    InitListHead(&pstAttr->stSRv6BsidList);
+
+    *ppstAttr = pstAttr;
+    return BOL_OK;
+}
+
 /* ======================================================================== */
 /* Attribute decoding                                                       */
 /* ======================================================================== */
 
-/* Not built yet: answers as if nothing could be done. */
-extern "C" uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
-                                                        BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
-                                                        BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
-                                                        uint8_t **ppucStdSliceIdPos)
+namespace {
+
+/* Tunnel header: type (2) and length (2) of the sub-TLV area. */
+const uint32_t kTnlHdrLen = 4u;
+/* Sub-TLV types from 128 up carry a 2-byte length, the others a 1-byte one. */
+const uint32_t kWideLenTypeMin = 128u;
+/* Names are kept, and copied, up to this many bytes. */
+const uint32_t kNameKeepMax = BOL_SRPOLICY_NAME_MAX;
+
+/* The record fields of one name sub-TLV; the decoders and the copy writer
+ * both find them here. */
+struct NameSlot {
+    uint32_t ulType;
+    uint8_t *BOL_SRPOLICY_TNLENCAP_ATTR_S::*ppucName;
+    uint16_t BOL_SRPOLICY_TNLENCAP_ATTR_S::*pusLen;
+    uint8_t BOL_SRPOLICY_TNLENCAP_ATTR_S::*pucValid;
+    uint8_t BOL_SRPOLICY_TNLENCAP_ATTR_S::*pucExist;
+};
+
+const NameSlot g_astNameSlots[] = {
+    {BOL_SRPOLICY_SUBTLV_CPATH_NAME, &BOL_SRPOLICY_TNLENCAP_ATTR_S::pucCPathName,
+     &BOL_SRPOLICY_TNLENCAP_ATTR_S::usCPathNameLen, &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameValid,
+     &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameExist},
+    {BOL_SRPOLICY_SUBTLV_POLICY_NAME, &BOL_SRPOLICY_TNLENCAP_ATTR_S::pucPolicyName,
+     &BOL_SRPOLICY_TNLENCAP_ATTR_S::usPolicyNameLen, &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucPolicyNameValid,
+     &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucPolicyNameExist},
+};
+
+const NameSlot *FindNameSlot(uint32_t ulType)
 {
-    (void)pucAttr;
-    (void)ulAttrLen;
-    (void)ppstAttr;
-    (void)pstInst;
-    (void)ppucPrivSliceIdPos;
-    (void)ppucStdSliceIdPos;
-    return BOL_ERR_NO_HANDLER;
+    for (const NameSlot &stSlot : g_astNameSlots) {
+        if (stSlot.ulType == ulType) {
+            return &stSlot;
+        }
+    }
+    return nullptr;
 }
+
+/* Writes a length field of the given width (1 or 2 bytes). */
+void PutLenField(bol::Writer &stWr, uint32_t ulWidth, uint32_t ulLen)
+{
+    if (ulWidth == 1u) {
+        (void)bol::PutU8(stWr, static_cast<uint8_t>(ulLen));
+    } else {
+        (void)bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
+    }
+}
+
+/* Slice-id positions found while copying; handed to the caller only when the
+ * whole walk succeeded, so that no caller keeps a position in a freed copy. */
+struct SliceIdPos {
+    uint8_t *pucPriv;
+    uint8_t *pucStd;
+};
+
+/* The copy writer. The exported helpers below check their arguments and
+ * call these; the walk calls these directly. */
+
+/* The tunnel type and length as received (the length is rewritten when the
+ * copy is finished). */
+void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
+                BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    bol::View stHdr = bol::MakeView(const_cast<uint8_t *>(pucAttr), kTnlHdrLen);
+    bol::Writer stWr = bol::MakeWriter(pucPos, kTnlHdrLen);
+    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 0u));
+    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 2u));
+    pucPos = stWr.puc;
+    pstAttr->pstInst = pstInst;
+    pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
+}
+
+/* A zero reserved byte (the copy buffer is zero-filled), the kept name, and
+ * the remembered length field rewritten to 1 + the kept length. */
+void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+{
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
+    (void)bol::PutSkip(stWr, 1u);
+    if (usNameLen != 0u && pucName != nullptr) {
+        int iRet = bol::PutBytes(stWr, pucName, usNameLen);
+        if (iRet != 0) {
+            BOL_REPORT_SEC(iRet);
+        }
+    }
+    bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
+    PutLenField(stLen, ulWidth, 1u + usNameLen);
+    pucPos = stWr.puc;
+}
+
+/* pucValuePos stands on the value of a slice-id sub-TLV, whose type byte
+ * lies 2 bytes before it (slice ids have a 1-byte length). */
+void NoteSliceIdPos(uint8_t *pucValuePos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
+                    uint8_t **ppucStdSliceIdPos)
+{
+    uint8_t **ppucOut = nullptr;
+    if (ulType == BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID) {
+        ppucOut = ppucPrivSliceIdPos;
+    } else if (ulType == BOL_SRPOLICY_SUBTLV_STD_SLICE_ID) {
+        ppucOut = ppucStdSliceIdPos;
+    }
+    if (ppucOut != nullptr) {
+        *ppucOut = pucValuePos - 2;
+    }
+}
+
+/* Appends one sub-TLV: type, length in the width the wire used, then the
+ * value as the decoder left it, or the kept name. The walk has checked that
+ * the sub-TLV fits, and the copy never outgrows the received bytes. */
+void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint32_t ulLen,
+                const uint8_t *pucValue, uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
+{
+    uint32_t ulWidth = (pstAttr->ucSubTlvLenWidth == 1u) ? 1u : 2u;
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + ulLen);
+    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulType));
+    pstAttr->pucCurLenField = stWr.puc;
+    PutLenField(stWr, ulWidth, ulLen);
+
+    const NameSlot *pstName = FindNameSlot(ulType);
+    if (pstName != nullptr) {
+        CopyName(stWr.puc, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
+        pucPos = stWr.puc;
+        return;
+    }
+    NoteSliceIdPos(stWr.puc, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    pucPos = stWr.puc;
+}
+
+/* The copy's length, and its tunnel length rewritten to match. */
+void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
+{
+    pstAttr->usRealPrivAttrLen = static_cast<uint16_t>(pucPos - pstAttr->pucRealPrivAttr);
+    bol::View stHdr = bol::MakeView(pstAttr->pucRealPrivAttr, kTnlHdrLen);
+    bol::SetU16(stHdr, 2u, static_cast<uint16_t>(pstAttr->usRealPrivAttrLen - kTnlHdrLen));
+}
+
+/* Walks the sub-TLV area, decoding each known sub-TLV into the record and
+ * appending every one to the copy at pucPos. */
+uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
+                     SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    bol::Reader stRd = bol::MakeReader(stTlvs);
+    for (;;) {
+        uint8_t ucType = 0u;
+        if (!bol::ReadU8(stRd, ucType)) {
+            return BOL_ERR_SUBTLV_MALFORMED;
+        }
+        uint32_t ulWidth = (ucType < kWideLenTypeMin) ? 1u : 2u;
+        uint32_t ulLen = 0u;
+        bool bHaveLen = false;
+        if (ulWidth == 1u) {
+            uint8_t ucLen = 0u;
+            bHaveLen = bol::ReadU8(stRd, ucLen);
+            ulLen = ucLen;
+        } else {
+            uint16_t usLen = 0u;
+            bHaveLen = bol::ReadU16(stRd, usLen);
+            ulLen = usLen;
+        }
+        if (!bHaveLen || ulLen == 0u) {
+            return BOL_ERR_SUBTLV_MALFORMED;
+        }
+        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(ulWidth);
+
+        bol::View stValue = {nullptr, 0u};
+        if (!bol::ReadView(stRd, ulLen, stValue)) {
+            return BOL_ERR_SUBTLV_MALFORMED;
+        }
+
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(ucType);
+        if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
+            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, ulLen, pstInst);
+            if (ulRet != BOL_OK) {
+                return ulRet;
+            }
+        }
+        CopySubTlv(pucPos, pstAttr, ucType, ulLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+        if (stRd.ulLeft == 0u) {
+            FinishCopy(pucPos, pstAttr);
+            return BOL_OK;
+        }
+    }
+}
+
+} /* namespace */
+
+extern "C" {
+
+void BOL_SRPOLICY_CopyAttrLenAndType(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                     const uint8_t *pucAttr, uint32_t ulAttrLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(ppucPos, );
+    BOL_CHECK_PTR(*ppucPos, );
+    BOL_CHECK_PTR(pstAttr, );
+    BOL_CHECK_PTR(pucAttr, );
+    CopyHeader(*ppucPos, pstAttr, pucAttr, ulAttrLen, pstInst);
+}
+
+void BOL_SRPOLICY_SetRealPrivateAttr(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType,
+                                     uint32_t ulLen, const uint8_t *pucValue, uint8_t **ppucPrivSliceIdPos,
+                                     uint8_t **ppucStdSliceIdPos)
+{
+    BOL_CHECK_PTR(ppucPos, );
+    BOL_CHECK_PTR(*ppucPos, );
+    BOL_CHECK_PTR(pstAttr, );
+    BOL_CHECK_PTR(pucValue, );
+    CopySubTlv(*ppucPos, pstAttr, ulType, ulLen, pucValue, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+}
+
+void BOL_SRPOLICY_SetRealPrivateAttrName(uint8_t **ppucPos, const uint8_t *pucName, uint16_t usNameLen,
+                                         uint8_t *pucLenField, uint8_t ucWidth)
+{
+    BOL_CHECK_PTR(ppucPos, );
+    BOL_CHECK_PTR(*ppucPos, );
+    BOL_CHECK_PTR(pucLenField, );
+    CopyName(*ppucPos, pucName, usNameLen, pucLenField, (ucWidth == 1u) ? 1u : 2u);
+}
+
+void BOL_SRPOLICY_GetSliceIDAttrPos(uint8_t **ppucPos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
+                                    uint8_t **ppucStdSliceIdPos)
+{
+    BOL_CHECK_PTR(ppucPos, );
+    BOL_CHECK_PTR(*ppucPos, );
+    NoteSliceIdPos(*ppucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+}
+
+void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
+{
+    BOL_CHECK_PTR(ppucPos, );
+    BOL_CHECK_PTR(*ppucPos, );
+    BOL_CHECK_PTR(pstAttr, );
+    BOL_CHECK_PTR(pstAttr->pucRealPrivAttr, );
+    FinishCopy(*ppucPos, pstAttr);
+}
+
+uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                              BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
+                                              uint8_t **ppucStdSliceIdPos)
+{
+    BOL_CHECK_PTR(pucAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+
+    if (ulAttrLen < kTnlHdrLen) {
+        return BOL_ERR_SUBTLV_MALFORMED;
+    }
+    bol::View stAttr = bol::MakeView(pucAttr, ulAttrLen);
+    uint16_t usTnlType = bol::GetU16(stAttr, 0u);
+    if (usTnlType != BOL_SRPOLICY_TUNNEL_TYPE) {
+        return BOL_ERR_SUBTLV_MALFORMED;
+    }
+    uint32_t ulTnlLen = bol::GetU16(stAttr, 2u);
+    if (ulTnlLen == 0u || ulTnlLen > ulAttrLen - kTnlHdrLen) {
+        return BOL_ERR_SUBTLV_MALFORMED;
+    }
+
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint32_t ulRet = BOL_SRPOLICY_InitTunnelEncapAttr(&pstAttr, pstInst, ulAttrLen);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+    pstAttr->usTunnelType = usTnlType;
+    uint8_t *pucPos = pstAttr->pucRealPrivAttr;
+    CopyHeader(pucPos, pstAttr, pucAttr, ulAttrLen, pstInst);
+
+    SliceIdPos stPos = {nullptr, nullptr};
+    ulRet = WalkSubTlvs(pstAttr, bol::SubView(stAttr, kTnlHdrLen, ulTnlLen), pucPos, stPos, pstInst);
+    if (ulRet != BOL_OK) {
+        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+        return ulRet;
+    }
+    if (ppucPrivSliceIdPos != nullptr && stPos.pucPriv != nullptr) {
+        *ppucPrivSliceIdPos = stPos.pucPriv;
+    }
+    if (ppucStdSliceIdPos != nullptr && stPos.pucStd != nullptr) {
+        *ppucStdSliceIdPos = stPos.pucStd;
+    }
+    *ppstAttr = pstAttr;
+    return BOL_OK;
+}
+
+/* Packet-parse handler for attribute 23: decodes, hands the normalised copy
+ * to the host and drops the record. The read position moves past the
+ * attribute whether or not it decoded. */
+uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCtx,
+                                                        void **ppvOut, uint32_t *pulMore,
+                                                        BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pvHostCtx, BOL_ERR_PARAM);
+
+    *pulMore = 0u;
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint8_t *pucPrivSliceId = nullptr;
+    uint8_t *pucStdSliceId = nullptr;
+    uint32_t ulRet =
+        BOL_SRPOLICY_ParsePktTunnelEncapAttr(*ppucCur, ulLen, &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
+    if (ulRet == BOL_OK) {
+        ulRet = bol::OutputAttribute(ppvOut, pstAttr->pucRealPrivAttr, pstAttr->usRealPrivAttrLen, pstInst);
+        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+    }
+    *ppucCur += ulLen;
+    return ulRet;
+}
+
+} /* extern "C" */
 
 /* ======================================================================== */
 /* Sub-TLV decoders                                                         */
 /* ======================================================================== */
+
+namespace {
+
+/* Preference, template id and both slice ids: flags (1), reserved (1) and a
+ * 32-bit value. */
+const uint32_t kFlaggedU32Len = 6u;
+const uint32_t kFlaggedU32ValueOff = 2u;
+
+/* Clears the ignored flags byte and returns the value. */
+uint32_t TakeFlaggedU32(uint8_t *pucValue)
+{
+    bol::View stValue = bol::MakeView(pucValue, kFlaggedU32Len);
+    bol::SetU8(stValue, 0u, 0u);
+    return bol::GetU32(stValue, kFlaggedU32ValueOff);
+}
+
+/* A sub-TLV that may appear once, with a 6-byte value. */
+uint32_t ParseOnceFlaggedU32(uint8_t &ucExist, uint32_t &ulValue, uint8_t *pucValue, uint32_t ulLen)
+{
+    if (ucExist != 0u || ulLen != kFlaggedU32Len) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    ucExist = 1u;
+    ulValue = TakeFlaggedU32(pucValue);
+    return BOL_OK;
+}
+
+/* One kind of slice id (private or standard); each kind may be stored once.
+ * bWrongLenRefused says whether a value that is not 6 bytes long refuses the
+ * attribute or is passed over. */
+uint32_t ParseSliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucKind, uint32_t &ulValue,
+                      bool bWrongLenRefused, uint8_t *pucValue, uint32_t ulLen)
+{
+    if (pstAttr->ucSliceIdExist != 0u && (pstAttr->ucSliceIdKind & ucKind) != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    if (ulLen != kFlaggedU32Len) {
+        return bWrongLenRefused ? BOL_ERR_SUBTLV_INVALID : BOL_OK;
+    }
+    pstAttr->ucSliceIdExist = 1u;
+    pstAttr->ucSliceIdKind = static_cast<uint8_t>(pstAttr->ucSliceIdKind | ucKind);
+    ulValue = TakeFlaggedU32(pucValue);
+    return BOL_OK;
+}
+
+/* Binding SID value forms by length: none, MPLS label field, SRv6 SID. */
+struct BsidForm {
+    uint32_t ulLen;
+    uint8_t ucType;
+};
+const BsidForm g_astBsidForms[] = {{2u, 0u}, {6u, 1u}, {18u, 2u}};
+const uint8_t kBsidTypeMpls = 1u;
+const uint8_t kBsidTypeSrv6 = 2u;
+const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
+const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
+
+/* Candidate path name and policy name: a reserved byte, then the name. */
+uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8_t *pucValue, uint32_t ulLen,
+                   BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    const NameSlot *pstSlot = FindNameSlot(ulType);
+    if (pstSlot == nullptr || pstAttr->*pstSlot->pucExist != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    pstAttr->*pstSlot->pucValid = 1u;
+    pstAttr->*pstSlot->pucExist = 1u;
+    if (ulLen == 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+
+    bol::View stName = bol::SubView(bol::MakeView(pucValue, ulLen), 1u, ulLen - 1u);
+    if (BOL_SRPOLICY_CheckNameValid(stName.puc, stName.ulLen) == 0u) {
+        pstAttr->*pstSlot->pucValid = 0u;
+    }
+    if (stName.ulLen == 0u) {
+        pstAttr->*pstSlot->pusLen = 0u;
+        return BOL_OK;
+    }
+
+    uint32_t ulKeep = (stName.ulLen < kNameKeepMax) ? stName.ulLen : kNameKeepMax;
+    uint8_t *pucKept = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulKeep));
+    if (pucKept == nullptr) {
+        BOL_REPORT(ulKeep);
+        return BOL_SRPOLICY_ERR_NOMEM;
+    }
+    pstAttr->*pstSlot->ppucName = pucKept;
+    /* The copy fills the whole buffer, and a failed copy zeroes it, so the
+     * buffer needs no zeroing of its own. */
+    bol::Writer stWr = bol::MakeWriter(pucKept, ulKeep);
+    int iRet = bol::PutBytes(stWr, stName.puc, ulKeep);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    pstAttr->*pstSlot->pusLen = static_cast<uint16_t>(ulKeep);
+    return BOL_OK;
+}
+
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_Preference(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                             uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstInst;
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    return ParseOnceFlaggedU32(pstAttr->ucPrefExist, pstAttr->ulPreference, pucValue, ulLen);
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_CfgModuleId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                              uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstInst;
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    return ParseOnceFlaggedU32(pstAttr->ucCfgModuleIdExist, pstAttr->ulCfgModuleId, pucValue, ulLen);
+}
+
+/* A private slice id of another length is passed over: nothing stored, and a
+ * later private slice id is still taken. */
+uint32_t BOL_SRPOLICY_ParseSubTlv_SliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue, uint32_t ulLen,
+                                          BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstInst;
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    return ParseSliceId(pstAttr, BOL_SRPOLICY_SLICE_KIND_PRIV, pstAttr->ulPrivSliceId, false, pucValue, ulLen);
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_Standard_SliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                                   uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstInst;
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    return ParseSliceId(pstAttr, BOL_SRPOLICY_SLICE_KIND_STD, pstAttr->ulStdSliceId, true, pucValue, ulLen);
+}
+
+/* The presence flag is set before the length is judged, so a second Binding
+ * SID is refused even after a first one of a refused length. */
+uint32_t BOL_SRPOLICY_ParseSubTlv_BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue, uint32_t ulLen,
+                                       BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstInst;
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+
+    if (pstAttr->ucBsidExist != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    pstAttr->ucBsidExist = 1u;
+
+    const BsidForm *pstForm = nullptr;
+    for (const BsidForm &stForm : g_astBsidForms) {
+        if (stForm.ulLen == ulLen) {
+            pstForm = &stForm;
+        }
+    }
+    if (pstForm == nullptr) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+
+    bol::View stValue = bol::MakeView(pucValue, ulLen);
+    pstAttr->ucBsidFlags = static_cast<uint8_t>(bol::GetU8(stValue, 0u) & kBsidFlagsKept);
+    bol::SetU8(stValue, 0u, pstAttr->ucBsidFlags);
+    pstAttr->ucBsidType = pstForm->ucType;
+    if (pstForm->ucType == kBsidTypeMpls) {
+        uint32_t ulLabelField = bol::GetU32(stValue, 2u) & kMplsLabelFieldMask;
+        bol::SetU32(stValue, 2u, ulLabelField);
+        pstAttr->aulBsidValue[0] = ulLabelField;
+        pstAttr->ucBsidValueExist = 1u;
+    } else if (pstForm->ucType == kBsidTypeSrv6) {
+        bol::GetWords4(stValue, 2u, pstAttr->aulBsidValue);
+        pstAttr->ucBsidValueExist = 1u;
+    }
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                              uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstAttr->pstSegListHead, BOL_ERR_PARAM);
+
+    uint32_t ulRet = BOL_SRPOLICY_CheckSegmentListVaild(pucValue, ulLen);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+    BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(pucValue, ulLen);
+
+    /* The node's fixed part followed directly by the value bytes. */
+    uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
+    BOL_SRPOLICY_LIST_NODE_S *pstLink = BOL_APPEND_NEW_NODE(pstAttr->pstSegListHead, ulSize, pstInst);
+    if (pstLink == nullptr) {
+        BOL_REPORT(ulSize);
+        return BOL_ERR_MALLOC;
+    }
+    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = reinterpret_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pstLink);
+    bol::Writer stWr = bol::MakeWriter(pstNode->aucSegList, ulLen);
+    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+    pstNode->usSegListLen = static_cast<uint16_t>(ulLen);
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_CPathName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                            uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_CPATH_NAME, pucValue, ulLen, pstInst);
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                             uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_POLICY_NAME, pucValue, ulLen, pstInst);
+}
+
+/* Known sub-TLVs that this family takes as they are: no table row names
+ * them, so the walk copies them like any unknown type. */
+uint32_t BOL_SRPOLICY_ParseSubTlv_ENLP(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue, uint32_t ulLen,
+                                       BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstAttr;
+    (void)pucValue;
+    (void)ulLen;
+    (void)pstInst;
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_ParseSubTlv_Priority(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                           uint32_t ulLen, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstAttr;
+    (void)pucValue;
+    (void)ulLen;
+    (void)pstInst;
+    return BOL_OK;
+}
+
+/* 1 when the name is non-empty and every byte is printable ASCII. */
+uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
+{
+    if (pucName == nullptr || ulLen == 0u) {
+        return 0u;
+    }
+    bol::Reader stRd = bol::MakeReader(const_cast<uint8_t *>(pucName), ulLen);
+    uint8_t ucChar = 0u;
+    while (bol::ReadU8(stRd, ucChar)) {
+        if (ucChar < 0x20u || ucChar > 0x7Eu) {
+            return 0u;
+        }
+    }
+    return 1u;
+}
+
+} /* extern "C" */
 
 /* ======================================================================== */
 /* Conditional-route subscription key                                       */

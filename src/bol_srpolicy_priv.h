@@ -470,7 +470,27 @@ struct Writer;
  * the HA prefix TLV and the conditional-route key message. False, and nothing
  * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
 bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey);
+
+/* Hands usLen attribute bytes to the host as one output block: no key,
+ * attribute flags 0, attribute type 23. The bytes are copied. */
+inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
+                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_PARSE_DESC_S stDesc = {}; /* every field zero */
+    stDesc.ucAttrType = static_cast<uint8_t>(BOL_SRPOLICY_PATTR_TNL_ENCAP);
+    stDesc.usAttrLen = usLen;
+    stDesc.pucAttr = pucAttr;
+    return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+}
+
+/* Allocates a zero-filled list node of ulSize bytes from the instance's
+ * module, tagged with the caller's module and line, and links it at the
+ * tail of pstList. Null when the allocation fails (nothing is linked). */
+BOL_SRPOLICY_LIST_NODE_S *AppendNewNode(BOL_SRPOLICY_LIST_HEAD_S *pstList, uint32_t ulSize,
+                                        BOL_SRPOLICY_INSTANCE_S *pstInst, const char *pcModule, uint32_t ulLine);
 } /* namespace bol */
+#define BOL_APPEND_NEW_NODE(pstList, ulSize, pstInst) \
+    bol::AppendNewNode((pstList), (ulSize), (pstInst), BOL_THIS_MODULE, (uint32_t)__LINE__)
 #endif
 
 #endif /* BOL_SRPOLICY_PRIV_H */

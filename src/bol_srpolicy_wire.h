@@ -11,6 +11,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "bol_platform.h"
+
 namespace bol {
 
 inline uint16_t LoadBe16(const uint8_t *puc)
@@ -186,6 +188,22 @@ inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
     return true;
 }
 
+/* The next TLV with a 1-byte type and a 1-byte length (segment sub-TLVs):
+ * its type and its value as a view, stepping past both. False, and nothing
+ * consumed, when the header or the value does not fit. */
+inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
+{
+    if (stRd.ulLeft < 2u || stRd.puc[1] > stRd.ulLeft - 2u) {
+        return false;
+    }
+    uint32_t ulLen = stRd.puc[1];
+    ucType = stRd.puc[0];
+    stValue = View{stRd.puc + 2, ulLen};
+    stRd.puc += 2u + ulLen;
+    stRd.ulLeft -= 2u + ulLen;
+    return true;
+}
+
 /* ---- Writer: appends with a room count ----------------------------------- */
 
 struct Writer {
@@ -312,6 +330,16 @@ inline bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
     }
     usLen = ucLen;
     return true;
+}
+
+/* Copies ulCount bytes to the writer's position with memcpy_s and steps past
+ * them when they fit the room, whether or not the copy succeeded: callers
+ * report a non-zero result and carry on as if the bytes had been written. */
+inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    int iRet = memcpy_s(stWr.puc, stWr.ulRoom, pucSrc, ulCount);
+    (void)PutSkip(stWr, ulCount);
+    return iRet;
 }
 
 } /* namespace bol */

@@ -1,0 +1,216 @@
+/*
+ * Helpers for the Tunnel Encapsulation attribute tests: building attributes
+ * from sub-TLVs, and decoding them the way the host does (through the
+ * procedure table, from a buffer of exactly the attribute's size so that the
+ * sanitizer build catches any read past its end).
+ */
+#ifndef BOL_ATTR_TEST_UTIL_H
+#define BOL_ATTR_TEST_UTIL_H
+
+#include <gtest/gtest.h>
+#include <stdint.h>
+
+#include <memory>
+#include <string>
+
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+namespace at {
+
+using bt::Bytes;
+
+/* One sub-TLV: 1-byte length below type 128, 2-byte length from 128 up. */
+inline Bytes Sub(uint8_t ucType, const Bytes &vecValue)
+{
+    Bytes v{ucType};
+    if (ucType >= 128u) {
+        v.push_back(static_cast<uint8_t>(vecValue.size() >> 8));
+    }
+    v.push_back(static_cast<uint8_t>(vecValue.size()));
+    v.insert(v.end(), vecValue.begin(), vecValue.end());
+    return v;
+}
+
+/* An SR Policy tunnel (type 15) around the given sub-TLV bytes. */
+inline Bytes Tunnel(const Bytes &vecSubTlvs)
+{
+    Bytes v{0x00, 0x0F, static_cast<uint8_t>(vecSubTlvs.size() >> 8), static_cast<uint8_t>(vecSubTlvs.size())};
+    v.insert(v.end(), vecSubTlvs.begin(), vecSubTlvs.end());
+    return v;
+}
+
+inline Bytes Cat(std::initializer_list<Bytes> lst)
+{
+    Bytes v;
+    for (const Bytes &b : lst) {
+        v.insert(v.end(), b.begin(), b.end());
+    }
+    return v;
+}
+
+/* Decoding a normalised copy again yields the same bytes and leaves the
+ * copy itself unchanged (nothing left to clear). */
+inline void ExpectIdempotent(BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecCopy)
+{
+    Bytes vecIn = vecCopy;
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint32_t ulRet = BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecIn.data(), static_cast<uint32_t>(vecIn.size()), &pstAttr,
+                                                          pstInst, nullptr, nullptr);
+    EXPECT_EQ(ulRet, BOL_OK) << "the normalised copy decodes again";
+    if (pstAttr != nullptr) {
+        Bytes vecAgain(pstAttr->pucRealPrivAttr, pstAttr->pucRealPrivAttr + pstAttr->usRealPrivAttrLen);
+        EXPECT_EQ(bt::ToHex(vecAgain), bt::ToHex(vecCopy)) << "decoding the copy again changed it";
+        BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+    }
+    EXPECT_EQ(bt::ToHex(vecIn), bt::ToHex(vecCopy)) << "decoding the copy cleared bits in it";
+}
+
+/* What the host got back from one decode through the packet-parse entry. */
+struct HostDecode {
+    uint32_t ulRet = 0;
+    bool bOutput = false; /* an output block was handed over */
+    bt::Output stOut;
+    Bytes vecInputAfter;  /* the received bytes after decoding (cleared bits) */
+};
+
+/* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
+ * buffer; checks the handler's contract on the cursor and the more flag. */
+inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
+                               bool bCheckIdempotent = true)
+{
+    HostDecode r;
+    size_t n = vecAttr.size();
+    std::unique_ptr<uint8_t[]> pucBuf(new uint8_t[n == 0 ? 1 : n]);
+    if (n != 0) {
+        memcpy(pucBuf.get(), vecAttr.data(), n);
+    }
+    uint8_t *pucCur = pucBuf.get();
+    void *pvOut = nullptr;
+    uint32_t ulMore = 77;
+    int iHostCtx = 0;
+    r.ulRet = stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(n), &iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut,
+                                &ulMore, pstInst);
+    EXPECT_EQ(pucCur, pucBuf.get() + n) << "the read position moves past the attribute";
+    EXPECT_EQ(ulMore, 0u);
+    if (r.ulRet == BOL_OK) {
+        EXPECT_NE(pvOut, nullptr);
+    } else {
+        EXPECT_EQ(pvOut, nullptr) << "nothing handed over on failure";
+    }
+    if (pvOut != nullptr) {
+        r.bOutput = true;
+        r.stOut = bt::TakeOutput(pvOut);
+    }
+    r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
+    if (bCheckIdempotent && r.bOutput) {
+        ExpectIdempotent(pstInst, r.stOut.Attr());
+    }
+    return r;
+}
+
+/* Calls the setter through the procedure table on a route holding vecHeld;
+ * vecOut receives the attribute handed over (empty when none). */
+inline uint32_t SetAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecHeld,
+                          uint32_t ulFlags, Bytes &vecOut)
+{
+    bt::Route rt;
+    rt.SetAttr(vecHeld);
+    void *pvOut = nullptr;
+    uint32_t ulRet = stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, pstInst);
+    vecOut.clear();
+    if (pvOut != nullptr) {
+        bt::Output o = bt::TakeOutput(pvOut);
+        EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
+        EXPECT_EQ(o.stHdr.ucAttrType, 23u);
+        vecOut = o.Attr();
+    }
+    EXPECT_EQ(ulRet == BOL_OK, pvOut != nullptr);
+    return ulRet;
+}
+
+/* A decoded record, released when it goes out of scope. */
+struct Record {
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    BOL_SRPOLICY_INSTANCE_S *pstInst = nullptr;
+    uint8_t *pucPrivSliceId = nullptr;
+    uint8_t *pucStdSliceId = nullptr;
+    uint32_t ulRet = 0;
+    Bytes vecInput; /* decoded in place */
+
+    Record(BOL_SRPOLICY_INSTANCE_S *pstI, const Bytes &vecAttr) : pstInst(pstI), vecInput(vecAttr)
+    {
+        ulRet = BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecInput.data(), static_cast<uint32_t>(vecInput.size()),
+                                                     &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
+        if (pstAttr != nullptr) {
+            ExpectIdempotent(pstInst, Copy());
+        }
+    }
+    ~Record() { BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst); }
+    Record(const Record &) = delete;
+    Record &operator=(const Record &) = delete;
+
+    Bytes Copy() const
+    {
+        if (pstAttr == nullptr) {
+            return Bytes();
+        }
+        return Bytes(pstAttr->pucRealPrivAttr, pstAttr->pucRealPrivAttr + pstAttr->usRealPrivAttrLen);
+    }
+    std::vector<Bytes> SegLists() const
+    {
+        std::vector<Bytes> vec;
+        const BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
+        for (const BOL_SRPOLICY_LIST_NODE_S *p = pstList->stHead.pstNext; p != &pstList->stHead; p = p->pstNext) {
+            const BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = reinterpret_cast<const BOL_SRPOLICY_SEGLIST_NODE_S *>(p);
+            /* The value runs past the declared two bytes of aucSegList. */
+            const uint8_t *pucValue = reinterpret_cast<const uint8_t *>(pstNode) + BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN;
+            vec.emplace_back(pucValue, pucValue + pstNode->usSegListLen);
+        }
+        return vec;
+    }
+    std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> Srv6Bsids() const
+    {
+        std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> vec;
+        const BOL_SRPOLICY_LIST_HEAD_S *pstList = &pstAttr->stSRv6BsidList;
+        for (const BOL_SRPOLICY_LIST_NODE_S *p = pstList->stHead.pstNext; p != &pstList->stHead; p = p->pstNext) {
+            vec.push_back(reinterpret_cast<const BOL_SRPOLICY_SRV6_BSID_NODE_S *>(p));
+        }
+        return vec;
+    }
+};
+
+inline std::string Str(const uint8_t *puc, uint16_t usLen)
+{
+    return puc == nullptr ? std::string() : std::string(reinterpret_cast<const char *>(puc), usLen);
+}
+
+/* A realistic attribute: preference, MPLS binding SID, two segment lists of
+ * five label segments with a weight each, candidate-path and policy names. */
+inline Bytes RealisticAttr()
+{
+    auto SegList = [](uint32_t ulFirstLabel, uint8_t ucWeight) {
+        Bytes v{0x00}; /* reserved */
+        for (uint32_t i = 0; i < 5; i++) {
+            uint32_t ulField = (ulFirstLabel + i) << 12;
+            v.insert(v.end(), {0x01, 0x06, 0x00, 0x00, static_cast<uint8_t>(ulField >> 24),
+                               static_cast<uint8_t>(ulField >> 16), static_cast<uint8_t>(ulField >> 8),
+                               static_cast<uint8_t>(ulField)});
+        }
+        v.insert(v.end(), {0x09, 0x06, 0x00, 0x00, 0x00, 0x00, 0x00, ucWeight});
+        return Sub(128, v);
+    };
+    return Tunnel(Cat({
+        Sub(12, bt::Hex("00 00 00 00 00 64")),   /* preference 100 */
+        Sub(13, bt::Hex("00 00 00 3E 80 00")),   /* MPLS binding SID, label 1000 */
+        SegList(16001, 1),
+        SegList(16101, 2),
+        Sub(129, bt::Hex("00 63 70 31")),         /* candidate path "cp1" */
+        Sub(130, bt::Hex("00 70 6F 6C 31")),      /* policy "pol1" */
+    }));
+}
+
+}  // namespace at
+
+#endif

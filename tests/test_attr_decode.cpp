@@ -1,0 +1,230 @@
+/*
+ * Decoding of the Tunnel Encapsulation attribute: the tunnel header, the
+ * sub-TLV walk, the normalised copy handed to the host, and the record.
+ */
+#include <gtest/gtest.h>
+
+#include "attr_test_util.h"
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+using at::Bytes;
+using bt::Hex;
+
+namespace {
+
+class AttrDecode : public bt::PluginTest {};
+
+/* The worked example: preference, MPLS binding SID, policy name and an
+ * unknown type-14 sub-TLV. */
+const char *const kExampleIn =
+    "00 0F 00 1B"                /* tunnel type 15, length 27 */
+    "| 0C 06 FF 01 00 00 00 64"  /* preference: flags FF, reserved 01, 100 */
+    "| 0D 06 FF 00 00 01 2F FF"  /* binding SID: flags FF, label field 00 01 2F FF */
+    "| 82 00 05 7F 61 62 63 64"  /* policy name: reserved 7F, "abcd" */
+    "| 0E 01 05";                /* type 14, no decoder */
+const char *const kExampleOut =
+    "00 0F 00 1B | 0C 06 00 01 00 00 00 64 | 0D 06 C0 00 00 01 20 00 | 82 00 05 00 61 62 63 64 | 0E 01 05";
+
+TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
+{
+    at::Record rec(m_pstInst, Hex(kExampleIn));
+    ASSERT_EQ(rec.ulRet, BOL_OK);
+    const BOL_SRPOLICY_TNLENCAP_ATTR_S &a = *rec.pstAttr;
+    EXPECT_EQ(a.ucPrefExist, 1u);
+    EXPECT_EQ(a.ucPrefFlags, 0u);
+    EXPECT_EQ(a.ulPreference, 100u);
+    EXPECT_EQ(a.ucBsidExist, 1u);
+    EXPECT_EQ(a.ucBsidType, 1u);
+    EXPECT_EQ(a.ucBsidFlags, 0xC0u);
+    EXPECT_EQ(a.ucBsidValueExist, 1u);
+    EXPECT_EQ(a.aulBsidValue[0], 0x00012000u);
+    EXPECT_EQ(a.aulBsidValue[0] >> 12, 18u);
+    EXPECT_EQ(at::Str(a.pucPolicyName, a.usPolicyNameLen), "abcd");
+    EXPECT_EQ(a.ucPolicyNameValid, 1u);
+    EXPECT_EQ(a.ucPolicyNameExist, 1u);
+    EXPECT_EQ(a.pucCPathName, nullptr);
+    EXPECT_EQ(a.usRecvAttrLen, 31u);
+    EXPECT_EQ(a.usRealPrivAttrLen, 31u);
+    EXPECT_EQ(a.usTunnelType, 15u);
+    EXPECT_EQ(a.pstInst, m_pstInst);
+    EXPECT_EQ(a.pstSegListHead->ulCount, 0u);
+    EXPECT_EQ(a.stSRv6BsidList.ulCount, 0u);
+    EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(Hex(kExampleOut)));
+    /* The decoders cleared the received bytes in place; the name's reserved
+     * byte is left as received. */
+    EXPECT_EQ(bt::ToHex(rec.vecInput),
+              bt::ToHex(Hex("00 0F 00 1B | 0C 06 00 01 00 00 00 64 | 0D 06 C0 00 00 01 20 00 |"
+                            " 82 00 05 7F 61 62 63 64 | 0E 01 05")));
+    EXPECT_EQ(rec.pucPrivSliceId, nullptr);
+    EXPECT_EQ(rec.pucStdSliceId, nullptr);
+}
+
+TEST_F(AttrDecode, WorkedExampleThroughTheHostEntry)
+{
+    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(kExampleIn), false);
+    ASSERT_EQ(r.ulRet, BOL_OK);
+    EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
+    EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
+    EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
+    EXPECT_EQ(r.stOut.stHdr.usAttrOffset, 32u);
+    EXPECT_EQ(bt::ToHex(r.stOut.Attr()), bt::ToHex(Hex(kExampleOut)));
+    /* record, copy buffer, list head, the policy name, the output block */
+    EXPECT_EQ(tp::AllocCalls(), 5u);
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+/* Framing of the tunnel and its sub-TLVs. Each row is decoded through the
+ * host entry; a row with an output gives the normalised copy expected. */
+TEST_F(AttrDecode, TunnelAndSubTlvFraming)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcIn;
+        uint32_t ulWant;
+        const char *pcOut; /* normalised copy when ulWant is 0 */
+    } astRows[] = {
+        {"shorter than the tunnel header", "00 0F 00", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"empty", "", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"tunnel type 14", "00 0E 00 03 | 0E 01 05", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"tunnel length 0", "00 0F 00 00 | 0E 01 05", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"tunnel length = value - 4", "00 0F 00 03 | 0E 01 05", BOL_OK, "00 0F 00 03 0E 01 05"},
+        {"tunnel length one more", "00 0F 00 04 | 0E 01 05", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"lone type byte (5 bytes, L 1)", "00 0F 00 01 | 0E", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"type < 128, type byte last", "00 0F 00 04 | 0E 01 05 | 0C", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"type >= 128, type byte last", "00 0F 00 04 | 0E 01 05 | C8", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"type >= 128, type byte second to last", "00 0F 00 05 | 0E 01 05 | C8 00", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"length 0 (1-byte form)", "00 0F 00 02 | 0E 00", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"length 0 (2-byte form)", "00 0F 00 03 | C8 00 00", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"value beyond the tunnel", "00 0F 00 03 | 0E 02 05 | 99", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"2-byte length beyond the tunnel", "00 0F 00 05 | C8 01 00 AA BB", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"unknown type 200 copied with its 2-byte length", "00 0F 00 05 | C8 00 02 AB CD", BOL_OK,
+         "00 0F 00 05 C8 00 02 AB CD"},
+        {"second tunnel after the first is neither decoded nor copied",
+         "00 0F 00 03 | 0E 01 05 | 00 0F 00 02 | 0E 00", BOL_OK, "00 0F 00 03 0E 01 05"},
+        {"candidate path name of length 1", "00 0F 00 04 | 81 00 01 7F", BOL_OK, "00 0F 00 04 81 00 01 00"},
+        {"a failing decoder stops the walk", "00 0F 00 0A | 0E 01 05 | 0C 05 00 00 00 00 64",
+         BOL_ERR_SUBTLV_INVALID, ""},
+    };
+    for (const Row &row : astRows) {
+        SCOPED_TRACE(row.pcName);
+        at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(row.pcIn));
+        EXPECT_EQ(r.ulRet, row.ulWant);
+        if (row.ulWant == BOL_OK) {
+            EXPECT_EQ(bt::ToHex(r.stOut.Attr()), bt::ToHex(Hex(row.pcOut)));
+        }
+        EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
+    }
+}
+
+/* Names are kept up to 255 bytes; the copy holds the reserved byte 0 and the
+ * kept bytes, its length field and the tunnel length shrink to match, and the
+ * validity check still covers the dropped bytes. */
+TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
+{
+    struct Row {
+        const char *pcName;
+        uint8_t ucType;
+        size_t ulNameLen;
+        uint8_t ucLastByte; /* the name's last byte (beyond 255 when long) */
+        uint8_t ucWantValid;
+    } astRows[] = {
+        {"policy name of 300", 130, 300, 'z', 1},
+        {"candidate path name of 255", 129, 255, 'z', 1},
+        {"policy name of 256 with a tab beyond the kept bytes", 130, 256, '\t', 0},
+    };
+    for (const Row &row : astRows) {
+        SCOPED_TRACE(row.pcName);
+        Bytes vecValue(1 + row.ulNameLen, 'a');
+        vecValue[0] = 0x5A; /* reserved */
+        vecValue.back() = row.ucLastByte;
+        Bytes vecIn = at::Tunnel(at::Sub(row.ucType, vecValue));
+        size_t ulKept = row.ulNameLen < 255 ? row.ulNameLen : 255;
+
+        at::Record rec(m_pstInst, vecIn);
+        ASSERT_EQ(rec.ulRet, BOL_OK);
+        bool bPolicy = row.ucType == 130;
+        const uint8_t *pucName = bPolicy ? rec.pstAttr->pucPolicyName : rec.pstAttr->pucCPathName;
+        uint16_t usLen = bPolicy ? rec.pstAttr->usPolicyNameLen : rec.pstAttr->usCPathNameLen;
+        EXPECT_EQ(usLen, ulKept);
+        EXPECT_EQ(at::Str(pucName, usLen), std::string(vecIn.begin() + 8, vecIn.begin() + 8 + ulKept));
+        EXPECT_EQ(bPolicy ? rec.pstAttr->ucPolicyNameValid : rec.pstAttr->ucCPathNameValid, row.ucWantValid);
+
+        Bytes vecWant = at::Tunnel(at::Sub(row.ucType, Bytes(vecValue.begin(), vecValue.begin() + 1 + ulKept)));
+        vecWant[7] = 0x00; /* the reserved byte reads 0 in the copy */
+        EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(vecWant));
+        EXPECT_EQ(vecIn.size() - rec.Copy().size(), row.ulNameLen - ulKept);
+    }
+}
+
+TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
+{
+    Bytes vecIn = Hex(kExampleIn);
+    uint8_t *pucCur = vecIn.data();
+    uint8_t *pucNull = nullptr;
+    void *pvOut = nullptr;
+    uint32_t ulMore = 5;
+    int iHost = 0;
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
+
+    auto Handler = [&](uint8_t **ppucC, void *pvCtx, void **ppvO, uint32_t *pulM, BOL_SRPOLICY_INSTANCE_S *pstI) {
+        return BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(ppucC, ulLen, pvCtx, ppvO, pulM, pstI);
+    };
+    auto Decoder = [&](uint8_t *puc, BOL_SRPOLICY_TNLENCAP_ATTR_S **ppst, BOL_SRPOLICY_INSTANCE_S *pstI) {
+        return BOL_SRPOLICY_ParsePktTunnelEncapAttr(puc, ulLen, ppst, pstI, nullptr, nullptr);
+    };
+    struct Row {
+        const char *pcName;
+        uint32_t ulGot;
+    } astRows[] = {
+        {"cursor", Handler(nullptr, &iHost, &pvOut, &ulMore, m_pstInst)},
+        {"read position", Handler(&pucNull, &iHost, &pvOut, &ulMore, m_pstInst)},
+        {"out", Handler(&pucCur, &iHost, nullptr, &ulMore, m_pstInst)},
+        {"more", Handler(&pucCur, &iHost, &pvOut, nullptr, m_pstInst)},
+        {"instance", Handler(&pucCur, &iHost, &pvOut, &ulMore, nullptr)},
+        {"host context", Handler(&pucCur, nullptr, &pvOut, &ulMore, m_pstInst)},
+        {"decoder attr", Decoder(nullptr, &pstAttr, m_pstInst)},
+        {"decoder out", Decoder(vecIn.data(), nullptr, m_pstInst)},
+        {"decoder instance", Decoder(vecIn.data(), &pstAttr, nullptr)},
+    };
+    for (const Row &row : astRows) {
+        EXPECT_EQ(row.ulGot, BOL_ERR_PARAM) << row.pcName;
+    }
+    ASSERT_EQ(ReportCount(), 9u);
+    for (const tp::Report &rep : tp::Reports()) {
+        EXPECT_EQ(rep.strModule, "bol_srpolicy_parse");
+    }
+    EXPECT_EQ(pucCur, vecIn.data());
+    EXPECT_EQ(pvOut, nullptr);
+    EXPECT_EQ(ulMore, 5u);
+    EXPECT_EQ(pstAttr, nullptr);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
+}
+
+/* The record's lists release in any state: empty, filled, or with nodes of
+ * a sub-TLV that was refused after its node was linked. */
+TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
+{
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(nullptr, m_pstInst);
+
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    ASSERT_EQ(BOL_SRPOLICY_InitTunnelEncapAttr(&pstAttr, m_pstInst, 9), BOL_OK);
+    EXPECT_EQ(pstAttr->pstSegListHead->stHead.pstNext, &pstAttr->pstSegListHead->stHead);
+    EXPECT_EQ(pstAttr->stSRv6BsidList.stHead.pstPrev, &pstAttr->stSRv6BsidList.stHead);
+    EXPECT_EQ(tp::LiveBytes(bt::kModule) - sizeof(BOL_SRPOLICY_INSTANCE_S),
+              sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S) + 13u + sizeof(BOL_SRPOLICY_LIST_HEAD_S));
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
+    EXPECT_EQ(tp::LiveBlocksAll(), 1u);
+
+    /* Two SRv6 binding SIDs, the second refused (B-flag at length 18). */
+    Bytes vecBad = at::Cat({Hex("20 00"), Bytes(16, 0x01)}); /* flags 20, reserved, SID */
+    Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, vecBad)}));
+    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, vecIn);
+    EXPECT_EQ(r.ulRet, BOL_ERR_SUBTLV_INVALID);
+    EXPECT_EQ(tp::LiveBlocksAll(), 1u);
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+}  // namespace
