@@ -39,6 +39,9 @@ std::string RouteText(const RouteReport &stRoute)
             os << "  Route check: " << (stRoute.bValid ? "valid" : "invalid endpoint") << "\n";
         }
     }
+    if (!stRoute.bHasKey && stRoute.bHasAttr) {
+        os << "  Normalised value: " << ToHex(stRoute.vecAttr) << "\n";
+    }
     if (stRoute.ulAttrError != 0u) {
         os << "  Tunnel Encapsulation attribute refused: " << ResultName(stRoute.ulAttrError) << "\n";
     }

