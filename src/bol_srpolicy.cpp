@@ -54,14 +54,14 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_SET_ATTR_TBL[1] = {
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_MSG_PARSE_TBL[2] = {
-    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY_ALT, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_ParseCondRtSubsKey},
+    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY_ALT, BOL_SRPOLICY_ParseCondRtSubsKey},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_MSG_FORMAT_TBL[3] = {
-    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_MSG_CONDRT_RTKEY, BOL_NO_HANDLER},
-    {BOL_SRPOLICY_MSG_CONDRT_ATTR, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_FormatCondRtSubsKey},
+    {BOL_SRPOLICY_MSG_CONDRT_RTKEY, BOL_SRPOLICY_FormatCondRtRouteKey},
+    {BOL_SRPOLICY_MSG_CONDRT_ATTR, BOL_SRPOLICY_FormatCondRtAttr},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_HA_MSG_PARSE_TBL[2] = {
@@ -75,21 +75,21 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_HA_MSG_FORMAT_TBL[2] = {
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_ATTR_MSG_PARSE_TBL[1] = {
-    {BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_ATTR_MSG_FORMAT_TBL[1] = {
-    {BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, BOL_SRPOLICY_FormatTunnelEncapsAttrTlv},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CFG_PARSE_TBL[2] = {
     {BOL_SRPOLICY_CFG_PREFIX, BOL_SRPOLICY_ParseCfgPrefix},
-    {BOL_SRPOLICY_CFG_TNL_ENCAP, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_CFG_TNL_ENCAP, BOL_SRPOLICY_ParseCfgTunnelEncapsulation},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CFG_FORMAT_TBL[2] = {
     {BOL_SRPOLICY_CFG_PREFIX, BOL_SRPOLICY_FormatCfgPrefix},
-    {BOL_SRPOLICY_CFG_TNL_ENCAP, BOL_NO_HANDLER},
+    {BOL_SRPOLICY_CFG_TNL_ENCAP, BOL_SRPOLICY_FormatCfgTunnelEncapsulation},
 };
 
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CMP_DATA_TBL[2] = {
@@ -145,10 +145,17 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[9] = {
     {8u, BOL_SRPOLICY_CheckSegmentType8Vaild},
 };
 
-/* Conditional-route attribute message items, visited in row order. */
+/* Conditional-route attribute message items, visited in row order. The key
+ * column is not consulted; each handler writes its own TLV type. */
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[8] = {
-    {2u, BOL_NO_HANDLER}, {3u, BOL_NO_HANDLER}, {4u, BOL_NO_HANDLER}, {5u, BOL_NO_HANDLER},
-    {7u, BOL_NO_HANDLER}, {8u, BOL_NO_HANDLER}, {9u, BOL_NO_HANDLER}, {10u, BOL_NO_HANDLER},
+    {2u, BOL_SRPOLICY_FormatCondRtPreference},
+    {3u, BOL_SRPOLICY_FormatCondRtCfgModuleId},
+    {4u, BOL_SRPOLICY_FormatCondRtBindSid},
+    {5u, BOL_SRPOLICY_FormatCondRtSegmentList},
+    {7u, BOL_SRPOLICY_FormatCondRtSliceId},
+    {8u, BOL_SRPOLICY_FormatCondRtSRv6BSID},
+    {9u, BOL_SRPOLICY_FormatCondRtCPathName},
+    {10u, BOL_SRPOLICY_FormatCondRtPolicyName},
 };
 
 } /* extern "C" */
@@ -1566,3 +1573,160 @@ int32_t BOL_SRPOLICY_OutputSegListBSid(uint32_t ulRoom, uint32_t ulType, uint32_
 /* ======================================================================== */
 /* Configuration size arithmetic                                            */
 /* ======================================================================== */
+
+/*
+ * Every piece of the configured-tunnel encoding has a size fixed by the
+ * configuration alone, so the whole attribute is sized before a byte is
+ * written. The encoder sizes each of its writes with these same functions,
+ * so it can never write past what was computed here.
+ */
+namespace {
+
+const uint32_t kSegListHdrLen = 4u;    /* type 128, 2-byte length, reserved byte */
+const uint32_t kSubTlvHdrLen = 2u;     /* type and 1-byte length */
+const uint32_t kBsidLenLabel = 8u;     /* binding SID with an MPLS label */
+const uint32_t kBsidLenSrv6 = 20u;     /* binding SID with a 16-byte SID */
+const uint32_t kBsidLenFlagsOnly = 4u; /* binding SID with flags only */
+const uint32_t kSRv6BsidLenShort = 20u;
+const uint32_t kSRv6BsidLenLong = 28u; /* B-flag: behavior and structure follow */
+const uint32_t kSegLenMpls = 8u;
+const uint32_t kSegLenSrv6 = 20u;
+const uint32_t kNoLabel = 0xFFFFFFFFu; /* a label slot that is not set */
+
+uint32_t SegListSize(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList)
+{
+    uint32_t ulSize = 0u;
+    if (pstSegList->ucWeightExist == 1u) {
+        ulSize += BOL_SRPOLICY_U32_SUBTLV_LEN;
+    }
+    if (pstSegList->ucPathMtuExist == 1u) {
+        ulSize += BOL_SRPOLICY_U32_SUBTLV_LEN;
+    }
+    uint32_t ulBsidLen = BOL_SRPOLICY_CalculateSegmentListBSidLen(pstSegList) & 0xFFu;
+    if (ulBsidLen != 0u) {
+        ulSize += ulBsidLen + kSubTlvHdrLen;
+    }
+    /* Segments past the count have no size; the walk stops at the count. */
+    for (uint32_t i = 0; i < pstSegList->ucSegNum; i++) {
+        ulSize += BOL_SRPOLICY_CalculateSegmentLen(pstSegList, i);
+    }
+    return ulSize;
+}
+
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_GetSrpType1SegmentValue(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList, uint32_t ulIndex)
+{
+    BOL_CHECK_PTR(pstSegList, 0u);
+    if (ulIndex < 1u || ulIndex > BOL_SRPOLICY_CFG_MAX_SEGS) {
+        BOL_REPORT(ulIndex);
+        return 0u;
+    }
+    return pstSegList->aulSegValue[ulIndex - 1u];
+}
+
+uint32_t BOL_SRPOLICY_CalculateSegmentLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList, uint32_t ulIndex)
+{
+    BOL_CHECK_PTR(pstSegList, 0u);
+    uint32_t ulSegNum = pstSegList->ucSegNum;
+    if (ulIndex >= ulSegNum || ulIndex >= BOL_SRPOLICY_CFG_MAX_SEGS) {
+        return 0u;
+    }
+    if (pstSegList->ucSegType == BOL_SRPOLICY_SEG_MPLS) {
+        return (BOL_SRPOLICY_GetSrpType1SegmentValue(pstSegList, ulIndex + 1u) != kNoLabel) ? kSegLenMpls : 0u;
+    }
+    if (pstSegList->ucSegType == BOL_SRPOLICY_SEG_SRV6) {
+        const uint32_t *pulSid = BOL_SRPOLICY_GetSrpType2SegmentValue(pstSegList, ulIndex);
+        return (pulSid != nullptr && bol::AnyWord(pulSid)) ? kSegLenSrv6 : 0u;
+    }
+    return 0u;
+}
+
+uint32_t BOL_SRPOLICY_CalculateSegmentListBSidLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList)
+{
+    BOL_CHECK_PTR(pstSegList, 0u);
+    /* One SID with its optional behavior and structure. */
+    uint32_t ulSidLen = ((pstSegList->ucBsidFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_SRV6) != 0u) ? 16u : 4u;
+    if ((pstSegList->ucBsidFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_EXT) != 0u) {
+        ulSidLen += 8u;
+    }
+    if (bol::AnyWord(pstSegList->aulReverseBsid)) {
+        return 2u * ulSidLen + 2u;
+    }
+    if (bol::AnyWord(pstSegList->aulBsid)) {
+        return ulSidLen + 2u;
+    }
+    return 0u;
+}
+
+uint32_t BOL_SRPOLICY_CalculateSegmentListLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList, uint16_t *pusLen)
+{
+    BOL_CHECK_PTR(pstSegList, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pusLen, BOL_ERR_PARAM);
+    *pusLen = static_cast<uint16_t>(*pusLen + SegListSize(pstSegList));
+    return BOL_OK;
+}
+
+void BOL_SRPOLICY_CalculateBsidLen(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint16_t *pusSize)
+{
+    BOL_CHECK_PTR(pstCfg, );
+    BOL_CHECK_PTR(pusSize, );
+    if (pstCfg->ucBsidExist != 1u) {
+        return;
+    }
+    if (pstCfg->ulBsidLabel != 0u) {
+        *pusSize = static_cast<uint16_t>(kBsidLenLabel);
+    } else if (bol::AnyWord(pstCfg->aulBsidV6)) {
+        *pusSize = static_cast<uint16_t>(kBsidLenSrv6);
+    } else {
+        *pusSize = static_cast<uint16_t>(kBsidLenFlagsOnly);
+    }
+}
+
+uint32_t BOL_SRPOLICY_CalculateSRv6BsidLen(const BOL_SRPOLICY_CFG_SRV6_BSID_S *pstBsid)
+{
+    BOL_CHECK_PTR(pstBsid, 0u);
+    return ((pstBsid->ucFlags & BOL_SRPOLICY_CFG_SRV6_BSID_FLAG_B) != 0u) ? kSRv6BsidLenLong : kSRv6BsidLenShort;
+}
+
+uint64_t BOL_SRPOLICY_CalculateTunAttrSize(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg)
+{
+    BOL_CHECK_PTR(pstCfg, 0u);
+
+    uint64_t ullTotal = BOL_SRPOLICY_TUNNEL_HDR_LEN;
+    if (pstCfg->ucPrefExist == 1u) {
+        ullTotal += BOL_SRPOLICY_U32_SUBTLV_LEN;
+    }
+    uint16_t usBsidLen = 0u;
+    BOL_SRPOLICY_CalculateBsidLen(pstCfg, &usBsidLen);
+    ullTotal += usBsidLen;
+    (void)bol::ForEachNode<BOL_SRPOLICY_CFG_SEGLIST_S>(&pstCfg->stSegLists,
+                                                        [&ullTotal](const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList) {
+                                                            ullTotal += kSegListHdrLen + SegListSize(pstSegList);
+                                                            return 0u;
+                                                        });
+    if (pstCfg->ucCfgModuleIdExist == 1u) {
+        ullTotal += BOL_SRPOLICY_U32_SUBTLV_LEN;
+    }
+    if (pstCfg->ucSliceIdExist == 1u) {
+        ullTotal += BOL_SRPOLICY_U32_SUBTLV_LEN;
+    }
+    (void)bol::ForEachNode<BOL_SRPOLICY_CFG_SRV6_BSID_S>(&pstCfg->stSRv6BsidList,
+                                                          [&ullTotal](const BOL_SRPOLICY_CFG_SRV6_BSID_S *pstBsid) {
+                                                              ullTotal += BOL_SRPOLICY_CalculateSRv6BsidLen(pstBsid);
+                                                              return 0u;
+                                                          });
+    return ullTotal;
+}
+
+void BOL_SRPOLICY_CalculateTunAttrLen(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint16_t *pusTotal)
+{
+    BOL_CHECK_PTR(pstCfg, );
+    BOL_CHECK_PTR(pusTotal, );
+    /* 16-bit arithmetic: the sum wraps modulo 65536. */
+    *pusTotal = static_cast<uint16_t>(*pusTotal + BOL_SRPOLICY_CalculateTunAttrSize(pstCfg));
+}
+
+} /* extern "C" */

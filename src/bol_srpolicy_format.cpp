@@ -197,6 +197,342 @@ extern "C" uint32_t BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(const BOL_RT
 /* Conditional-route messages                                               */
 /* ======================================================================== */
 
+/*
+ * Message 122 rebuilds the route's attribute as a row of TLVs with a 4-byte
+ * type and a 4-byte length, one per item present, in the order of the
+ * emission table. Reserved bytes are stepped over, not written: they keep
+ * whatever the caller's buffer held. An item that does not fit the room is
+ * not written (4); items before it stay.
+ */
+namespace {
+
+const uint32_t kCondRtHdrLen = sizeof(BOL_SRPOLICY_CONDRT_TLV_S);
+const uint32_t kCondRtU32TlvLen = kCondRtHdrLen + 8u;  /* flags, 3 reserved, 4-byte value */
+const uint32_t kCondRtBsidTlvLen = kCondRtHdrLen + 20u; /* flags, type, 2 reserved, 16-byte value */
+const uint32_t kCondRtSegListEntryHdrLen = sizeof(BOL_SRPOLICY_CONDRT_SEGLIST_ENTRY_S);
+const uint32_t kCondRtSRv6BsidEntryLen = sizeof(BOL_SRPOLICY_CONDRT_SRV6_BSID_ENTRY_S);
+
+/* The pointers an item encoder needs, checked in the order given: a null
+ * one is reported. */
+bool ArgsPresent(const void *pv1, const void *pv2, const void *pv3)
+{
+    BOL_CHECK_PTR(pv1, false);
+    BOL_CHECK_PTR(pv2, false);
+    BOL_CHECK_PTR(pv3, false);
+    return true;
+}
+
+/* Header of a TLV of known length: type and length as two 32-bit words. */
+void PutCondRtHdr(bol::Writer &stWr, uint32_t ulType, uint32_t ulLength)
+{
+    (void)bol::PutU32(stWr, ulType);
+    (void)bol::PutU32(stWr, ulLength);
+}
+
+/* The 16-byte TLVs of preference, template id and slice id. */
+uint32_t PutCondRtU32Tlv(uint8_t **ppucCur, const uint8_t *pucEnd, uint8_t ucExist, uint32_t ulType,
+                         uint8_t ucFlags, uint32_t ulValue)
+{
+    if (ucExist != 1u) {
+        return BOL_OK;
+    }
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, kCondRtU32TlvLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    PutCondRtHdr(stWr, ulType, kCondRtU32TlvLen - kCondRtHdrLen);
+    (void)bol::PutU8(stWr, ucFlags);
+    (void)bol::PutSkip(stWr, 3u);
+    (void)bol::PutU32(stWr, ulValue);
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+/*
+ * The list TLVs (segment lists, SRv6 binding SIDs): header, then one entry
+ * per node written by pfnEntry, then the entries' total in bytes 6-7. The
+ * header is written first; when an entry does not fit, the caller's cursor
+ * stays before it.
+ */
+template <typename NodeT>
+uint32_t PutCondRtListTlv(const BOL_SRPOLICY_LIST_HEAD_S *pstList, uint8_t **ppucCur, const uint8_t *pucEnd,
+                          uint32_t ulType, uint32_t (*pfnEntry)(const NodeT *, uint8_t **, const uint8_t *))
+{
+    if (pstList == nullptr || pstList->ulCount == 0u) {
+        return BOL_OK;
+    }
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    bol::View stHdr;
+    if (!bol::PutView(stWr, kCondRtHdrLen, stHdr)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    bol::SetU32(stHdr, 0u, ulType);
+    bol::SetU16(stHdr, 4u, 0u);
+
+    uint8_t *pucPos = stWr.puc;
+    uint32_t ulRet = bol::ForEachNode<NodeT>(
+        pstList, [&pucPos, pucEnd, pfnEntry](const NodeT *pstNode) { return pfnEntry(pstNode, &pucPos, pucEnd); });
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+    bol::SetU16(stHdr, 6u, static_cast<uint16_t>(pucPos - stWr.puc));
+    *ppucCur = pucPos;
+    return BOL_OK;
+}
+
+/* Names (candidate path, policy): header with the 16-bit length in bytes
+ * 6-7, then the name bytes without terminator. */
+uint32_t PutCondRtName(uint8_t **ppucCur, const uint8_t *pucEnd, bool bValid, uint32_t ulType,
+                       const uint8_t *pucName, uint16_t usLen)
+{
+    if (!bValid) {
+        return BOL_OK;
+    }
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, kCondRtHdrLen + usLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    (void)bol::PutU32(stWr, ulType);
+    (void)bol::PutU16(stWr, 0u);
+    (void)bol::PutU16(stWr, usLen);
+    if (usLen != 0u) {
+        int iRet = bol::PutBytes(stWr, pucName, usLen);
+        if (iRet != 0) {
+            BOL_REPORT_SEC(iRet);
+        }
+    }
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+} /* namespace */
+
+extern "C" {
+
+/* The subscription key carries nothing. */
+uint32_t BOL_SRPOLICY_FormatCondRtSubsKey(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur, uint32_t ulRoom,
+                                          BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    (void)pstRtData;
+    (void)ppucCur;
+    (void)ulRoom;
+    (void)pstInst;
+    return BOL_OK;
+}
+
+/* The route key message is the HA prefix TLV: same checks, same 28 bytes. */
+uint32_t BOL_SRPOLICY_FormatCondRtRouteKey(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur, uint32_t ulRoom,
+                                           BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    return BOL_SRPOLICY_FormatHaRtPrefixTlv(pstRtData, ppucCur, ulRoom, pstInst);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtAttr(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur, uint32_t ulRoom,
+                                       BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    if (pstRtData->pucAttr == nullptr) {
+        return BOL_OK;
+    }
+
+    /* Decoding normalises the stored bytes in place, as every decode does. */
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    uint8_t *pucPrivSliceIdPos = nullptr;
+    uint8_t *pucStdSliceIdPos = nullptr;
+    uint32_t ulRet = BOL_SRPOLICY_ParsePktTunnelEncapAttr(pstRtData->pucAttr, pstRtData->ulAttrLen & 0xFFFFu,
+                                                          &pstAttr, pstInst, &pucPrivSliceIdPos, &pucStdSliceIdPos);
+    if (ulRet != BOL_OK) {
+        if (pstAttr != nullptr) {
+            BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+        }
+        return ulRet;
+    }
+    if (pstAttr == nullptr) {
+        BOL_REPORT(0u);
+        return BOL_ERR_PARAM;
+    }
+    if ((pstRtData->ulRtFlags & BOL_SRPOLICY_RT_FLAG_PRIV_SLICE_ID) != 0u) {
+        pstAttr->ucSliceIdKind = static_cast<uint8_t>(pstAttr->ucSliceIdKind | BOL_SRPOLICY_SLICE_KIND_RTFLAG);
+    }
+
+    const uint8_t *pucEnd = *ppucCur + ulRoom;
+    for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL) {
+        ulRet = stRow.unHandler.pfnCondRtAttr(pstAttr, ppucCur, pucEnd);
+        if (ulRet != BOL_OK) {
+            break;
+        }
+    }
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
+    return ulRet;
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtPreference(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                             const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    return PutCondRtU32Tlv(ppucCur, pucEnd, pstAttr->ucPrefExist, BOL_SRPOLICY_CONDRT_TLV_PREF,
+                           pstAttr->ucPrefFlags, pstAttr->ulPreference);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtCfgModuleId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                              const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    return PutCondRtU32Tlv(ppucCur, pucEnd, pstAttr->ucCfgModuleIdExist, BOL_SRPOLICY_CONDRT_TLV_CFG_MODULE_ID,
+                           pstAttr->ucCfgModuleIdFlags, pstAttr->ulCfgModuleId);
+}
+
+/* The private slice id is carried only when it is the one decoded and the
+ * route flag asked for it; the standard one in every other case. */
+uint32_t BOL_SRPOLICY_FormatCondRtSliceId(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                          const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    uint32_t ulKind = pstAttr->ucSliceIdKind;
+    bool bPrivOnly = (ulKind & (BOL_SRPOLICY_SLICE_KIND_PRIV | BOL_SRPOLICY_SLICE_KIND_STD)) ==
+                     BOL_SRPOLICY_SLICE_KIND_PRIV;
+    bool bPriv = bPrivOnly && (ulKind & BOL_SRPOLICY_SLICE_KIND_RTFLAG) != 0u;
+    return PutCondRtU32Tlv(ppucCur, pucEnd, pstAttr->ucSliceIdExist, BOL_SRPOLICY_CONDRT_TLV_SLICE_ID,
+                           pstAttr->ucSliceIdFlags, bPriv ? pstAttr->ulPrivSliceId : pstAttr->ulStdSliceId);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtBindSid(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                          const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(pstAttr, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    if (pstAttr->ucBsidExist != 1u) {
+        return BOL_OK;
+    }
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, kCondRtBsidTlvLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    PutCondRtHdr(stWr, BOL_SRPOLICY_CONDRT_TLV_BSID, kCondRtBsidTlvLen - kCondRtHdrLen);
+    (void)bol::PutU8(stWr, pstAttr->ucBsidFlags);
+    (void)bol::PutU8(stWr, pstAttr->ucBsidType);
+    (void)bol::PutSkip(stWr, 2u);
+    (void)bol::PutWords4(stWr, pstAttr->aulBsidValue);
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtSegmentList(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                              const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(ppucCur, pstAttr, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    return PutCondRtListTlv<BOL_SRPOLICY_SEGLIST_NODE_S>(pstAttr->pstSegListHead, ppucCur, pucEnd,
+                                                         BOL_SRPOLICY_CONDRT_TLV_SEGLIST,
+                                                         BOL_SRPOLICY_FormatCondRtOneSegmentList);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtOneSegmentList(const BOL_SRPOLICY_SEGLIST_NODE_S *pstNode, uint8_t **ppucCur,
+                                                 const uint8_t *pucEnd)
+{
+    if (!ArgsPresent(pstNode, ppucCur, pucEnd)) {
+        return BOL_ERR_PARAM;
+    }
+    uint32_t ulLen = pstNode->usSegListLen;
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, kCondRtSegListEntryHdrLen + ulLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    (void)bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
+    (void)bol::PutSkip(stWr, 1u);
+    int iRet = bol::PutBytes(stWr, pstNode->aucSegList, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtSRv6BSID(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                           const uint8_t *pucEnd)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    return PutCondRtListTlv<BOL_SRPOLICY_SRV6_BSID_NODE_S>(&pstAttr->stSRv6BsidList, ppucCur, pucEnd,
+                                                           BOL_SRPOLICY_CONDRT_TLV_SRV6_BSID,
+                                                           BOL_SRPOLICY_FormatCondRtOneSRv6BSID);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtOneSRv6BSID(const BOL_SRPOLICY_SRV6_BSID_NODE_S *pstNode, uint8_t **ppucCur,
+                                              const uint8_t *pucEnd)
+{
+    BOL_CHECK_PTR(pstNode, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, kCondRtSRv6BsidEntryLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    (void)bol::PutU8(stWr, pstNode->ucFlags);
+    (void)bol::PutSkip(stWr, 3u);
+    (void)bol::PutWords4(stWr, pstNode->aulSid);
+    (void)bol::PutU16(stWr, pstNode->usEndpointBehavior);
+    (void)bol::PutSkip(stWr, 2u);
+    (void)bol::PutU8(stWr, pstNode->ucLbLen);
+    (void)bol::PutU8(stWr, pstNode->ucLnLen);
+    (void)bol::PutU8(stWr, pstNode->ucFunLen);
+    (void)bol::PutU8(stWr, pstNode->ucArgLen);
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtCPathName(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                            const uint8_t *pucEnd)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    return PutCondRtName(ppucCur, pucEnd, pstAttr->ucCPathNameValid != 0u, BOL_SRPOLICY_CONDRT_TLV_CPATH_NAME,
+                         pstAttr->pucCPathName, pstAttr->usCPathNameLen);
+}
+
+uint32_t BOL_SRPOLICY_FormatCondRtPolicyName(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
+                                             const uint8_t *pucEnd)
+{
+    BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    return PutCondRtName(ppucCur, pucEnd, pstAttr->ucPolicyNameValid == 1u, BOL_SRPOLICY_CONDRT_TLV_POLICY_NAME,
+                         pstAttr->pucPolicyName, pstAttr->usPolicyNameLen);
+}
+
+/* Kept for the host's interface; nothing in the plug-in calls it. Writes the
+ * type byte, the presence byte, two bytes not written and the value. */
+uint32_t BOL_SRPOLICY_FormatCondRtOneSegment(const BOL_SRPOLICY_CONDRT_SEGMENT_S *pstSeg, uint8_t **ppucCur,
+                                             const uint8_t *pucEnd)
+{
+    BOL_CHECK_PTR(pstSeg, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    if (pstSeg->ucExist != 1u) {
+        return BOL_SRPOLICY_ERR_SEG_ABSENT;
+    }
+    bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
+    if (!bol::Fits(stWr, 8u)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    (void)bol::PutU8(stWr, pstSeg->ucType);
+    (void)bol::PutU8(stWr, pstSeg->ucExist);
+    (void)bol::PutSkip(stWr, 2u);
+    (void)bol::PutU32(stWr, pstSeg->ulValue);
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
+} /* extern "C" */
+
 /* ======================================================================== */
 /* HA prefix TLV encoding                                                   */
 /* ======================================================================== */
@@ -242,6 +578,30 @@ extern "C" uint32_t BOL_SRPOLICY_FormatHaRtPrefixTlv(const BOL_RT_DATA_S *pstRtD
 /* ======================================================================== */
 /* Attribute message encoding                                               */
 /* ======================================================================== */
+
+/* Message 47 is the stored attribute value itself, byte for byte. */
+extern "C" uint32_t BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                          uint32_t ulRoom, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    if (pstRtData->pucAttr == nullptr) {
+        return BOL_ERR_NO_DATA;
+    }
+    uint32_t ulLen = pstRtData->ulAttrLen & 0xFFFFu;
+    bol::Writer stWr = bol::MakeWriter(*ppucCur, ulRoom);
+    if (!bol::Fits(stWr, ulLen)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    int iRet = bol::PutBytes(stWr, pstRtData->pucAttr, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
 
 /* ======================================================================== */
 /* Configured prefix encoding                                               */
@@ -294,3 +654,30 @@ extern "C" uint32_t BOL_SRPOLICY_FormatCfgPrefix(const BOL_RT_DATA_S *pstRtData,
 /* ======================================================================== */
 /* Configured tunnel encapsulation text                                     */
 /* ======================================================================== */
+
+/* The stored attribute as text in the caller's configuration buffer, resumable
+ * with the offset and more flag of the attribute text walk. */
+extern "C" uint32_t BOL_SRPOLICY_FormatCfgTunnelEncapsulation(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
+                                                             uint32_t ulRoom, uint32_t *pulOffset, uint32_t *pulMore)
+{
+    BOL_CHECK_PTR(pstRtData, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    if (ulRoom == 0u) {
+        BOL_REPORT(ulRoom);
+        return BOL_ERR_PARAM;
+    }
+    BOL_CHECK_PTR(pulOffset, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
+    if (*ppucCur == nullptr) {
+        return BOL_SRPOLICY_ERR_PARA;
+    }
+    if (pstRtData->pucAttr == nullptr) {
+        *pulMore = 0u;
+        return BOL_OK;
+    }
+    /* The text, the offset and the more flag are the result; the walk's own
+     * code adds nothing the caller can act on. */
+    (void)BOL_SRPOLICY_OutputTunnelEncapAttr(pstRtData->pucAttr, pstRtData->ulAttrLen, ulRoom,
+                                             reinterpret_cast<char *>(*ppucCur), pulOffset, pulMore);
+    return BOL_OK;
+}

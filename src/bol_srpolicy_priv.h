@@ -54,6 +54,30 @@ void ReportCode(const char *pcModule, uint32_t ulLine, const char *pcFmt, int iC
 #endif
 
 #ifdef __cplusplus
+namespace bol {
+/* Walks a platform list from its first node: calls fn(node) for each node
+ * until the walk comes back to the head or meets a null link, and returns
+ * the first non-zero result of fn (0 when every call gave 0). A list whose
+ * count is 0 is not walked. NodeT begins with its BOL_SRPOLICY_LIST_NODE_S. */
+template <typename NodeT, typename Fn>
+inline uint32_t ForEachNode(const BOL_SRPOLICY_LIST_HEAD_S *pstList, Fn fn)
+{
+    if (pstList == nullptr || pstList->ulCount == 0u) {
+        return 0u;
+    }
+    for (const BOL_SRPOLICY_LIST_NODE_S *pstNode = pstList->stHead.pstNext;
+         pstNode != nullptr && pstNode != &pstList->stHead; pstNode = pstNode->pstNext) {
+        uint32_t ulRet = fn(reinterpret_cast<const NodeT *>(pstNode));
+        if (ulRet != 0u) {
+            return ulRet;
+        }
+    }
+    return 0u;
+}
+} /* namespace bol */
+#endif
+
+#ifdef __cplusplus
 extern "C" {
 #endif
 
@@ -427,6 +451,14 @@ BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv(const uint8_t 
 /* Configuration                                                             */
 /* ======================================================================== */
 
+/* Configured tunnel encapsulation: flags and the sizes that both the size
+ * arithmetic and the encoder use. */
+#define BOL_SRPOLICY_CFG_SLBSID_FLAG_SRV6 0x80u /* segment-list binding SIDs of 16 bytes, else 4 */
+#define BOL_SRPOLICY_CFG_SLBSID_FLAG_EXT 0x40u  /* each SID followed by behavior and structure */
+#define BOL_SRPOLICY_CFG_SRV6_BSID_FLAG_B 0x20u /* SRv6 binding SID: behavior and structure follow */
+#define BOL_SRPOLICY_TUNNEL_HDR_LEN 4u          /* tunnel type and tunnel length */
+#define BOL_SRPOLICY_U32_SUBTLV_LEN 8u          /* type, length 6, flags, reserved, 4-byte value */
+
 BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseCfgPrefix(const void *pvCfg, uint32_t ulLen, void **ppvOut,
                                                       BOL_SRPOLICY_INSTANCE_S *pstInst);
 BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_FormatCfgPrefix(const BOL_RT_DATA_S *pstRtData, uint8_t **ppucCur,
@@ -451,6 +483,18 @@ BOL_SRPOLICY_API void BOL_SRPOLICY_CalculateBsidLen(const BOL_SRPOLICY_CFG_TNLEN
 BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSegmentListLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList,
                                                                uint16_t *pusLen);
 BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSegmentListBSidLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList);
+/* Size of segment ulIndex (0-based) of a configured segment list as it is
+ * encoded: 8 (MPLS label), 20 (SRv6 SID), or 0 when it is not encoded (past
+ * the segment count or the 16th segment, label 0xFFFFFFFF, all-zero SID,
+ * other segment type). The size arithmetic and the encoder both use it. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSegmentLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList,
+                                                           uint32_t ulIndex);
+/* Size of one configured SRv6 binding SID sub-TLV: 28 with the B-flag, else 20. */
+BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CalculateSRv6BsidLen(const BOL_SRPOLICY_CFG_SRV6_BSID_S *pstBsid);
+/* The whole encoded size without the 16-bit wrap of BOL_SRPOLICY_CalculateTunAttrLen,
+ * so that the encoder can refuse what a 16-bit length cannot carry. 0 for a
+ * null record (reported). */
+BOL_SRPOLICY_API uint64_t BOL_SRPOLICY_CalculateTunAttrSize(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg);
 
 /* ======================================================================== */
 /* Route checks                                                              */

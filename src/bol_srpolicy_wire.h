@@ -267,6 +267,12 @@ inline bool PutWords4(Writer &stWr, const uint32_t aulWords[4])
     return true;
 }
 
+/* True when any of four words is not 0 (an SID or address that is set). */
+inline bool AnyWord(const uint32_t aulWords[4])
+{
+    return (aulWords[0] | aulWords[1] | aulWords[2] | aulWords[3]) != 0u;
+}
+
 inline bool PutZeros(Writer &stWr, uint32_t ulCount)
 {
     if (!Fits(stWr, ulCount)) {
@@ -300,6 +306,16 @@ inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
     stWr.puc += ulCount;
     stWr.ulRoom -= ulCount;
     return true;
+}
+
+/* A writer whose room ends at pucEnd (the first byte past the usable
+ * buffer); no room when pucEnd lies before puc. */
+inline Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
+{
+    if (puc == nullptr || pucEnd == nullptr || pucEnd < puc) {
+        return Writer{puc, 0u};
+    }
+    return MakeWriter(puc, static_cast<uint32_t>(pucEnd - puc));
 }
 
 /* ---- Read-only access and sub-TLV framing -------------------------------- */

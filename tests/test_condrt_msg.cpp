@@ -1,0 +1,263 @@
+/*
+ * Conditional-route messages: the subscription key both ways, the route key,
+ * and the TLVs of the attribute message rebuilt from the stored attribute
+ * through the emission table, with their room checks and unwritten reserved
+ * bytes.
+ */
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include "bol_srpolicy.h"
+#include "bol_srpolicy_priv.h"
+#include "fixture.h"
+
+using bt::Bytes;
+using bt::Hex;
+
+namespace {
+
+const uint8_t kFill = 0xEEu; /* what the caller's buffer held: bytes not written keep it */
+const size_t kGuard = 32u;   /* bytes after the room that must stay untouched */
+
+/* The message 122 of kRichAttrHex (below) with route flag 0x80; EE marks the
+ * reserved bytes that are not written. */
+const char *const kRichHex =
+    /* preference: type 3, length 8, flags, 3 reserved, preference */
+    "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64"
+    /* template id: type 5, length 8, flags, 3 reserved, id */
+    " | 00 00 00 05 00 00 00 08 00 EE EE EE 00 00 00 07"
+    /* binding SID: type 2, length 20, flags, kind, 2 reserved, four words */
+    " | 00 00 00 02 00 00 00 14 C0 01 EE EE 00 01 20 00 00 00 00 00 00 00 00 00 00 00 00 00"
+    /* segment lists: type 4, 0, length 16 | length 9, reserved, value | length 1, reserved, value */
+    " | 00 00 00 04 00 00 00 10 | 00 09 EE 00 01 06 00 00 00 06 40 00 | 00 01 EE 00"
+    /* slice id: type 7, length 8, flags, 3 reserved, the private id */
+    " | 00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 05"
+    /* SRv6 binding SIDs: type 8, 0, length 56 | flags, 3 reserved, SID, behavior,
+     * 2 reserved, LB LN Fun Arg | the second entry */
+    " | 00 00 00 08 00 00 00 38"
+    " | 60 EE EE EE 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 EE EE 20 10 10 00"
+    " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00"
+    /* candidate path name: type 9, 0, length 2, name */
+    " | 00 00 00 09 00 00 00 02 63 70"
+    /* policy name: type 10, 0, length 4, name */
+    " | 00 00 00 0A 00 00 00 04 61 62 63 64";
+
+/* Sizes of the TLVs of kRichHex, in message order. */
+const size_t kRichTlvSizes[] = {16, 16, 28, 24, 16, 64, 10, 12};
+
+class CondRtMsg : public bt::PluginTest {};
+
+TEST_F(CondRtMsg, OneSegmentRecord)
+{
+    BOL_SRPOLICY_CONDRT_SEGMENT_S stSeg;
+    memset(&stSeg, 0, sizeof(stSeg));
+    stSeg.ucType = 2;
+    stSeg.ulValue = 0x01020304u;
+    uint8_t aucBuf[9];
+    memset(aucBuf, kFill, sizeof(aucBuf));
+    uint8_t *pucCur = aucBuf;
+
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtOneSegment(&stSeg, &pucCur, aucBuf + 8), BOL_SRPOLICY_ERR_SEG_ABSENT);
+    stSeg.ucExist = 1;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtOneSegment(&stSeg, &pucCur, aucBuf + 7), BOL_SRPOLICY_ERR_BUF_SHORT);
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtOneSegment(&stSeg, &pucCur, aucBuf + 8), BOL_OK);
+    EXPECT_EQ(pucCur, aucBuf + 8);
+    /* type, presence, 2 bytes not written, value */
+    EXPECT_EQ(bt::ToHex(aucBuf, sizeof(aucBuf)), bt::ToHex(Hex("02 01 EE EE 01 02 03 04 EE")));
+}
+
+/* ---- Message handlers ------------------------------------------------------ */
+
+TEST_F(CondRtMsg, SubscriptionKeyCarriesNothing)
+{
+    bt::Route stRoute;
+    uint8_t aucBuf[4] = {1, 2, 3, 4};
+    uint8_t *pucCur = aucBuf;
+    EXPECT_EQ(BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, &pucCur, 0u, m_pstInst), BOL_OK);
+    EXPECT_EQ(pucCur, aucBuf);
+
+    void *pvOut = &aucBuf;
+    for (uint32_t ulType : {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_MSG_CONDRT_SUBSKEY_ALT}) {
+        SCOPED_TRACE(ulType);
+        EXPECT_EQ(BOL_SRPOLICY_ParseMsg(aucBuf, 0u, ulType, &pvOut, m_pstInst), BOL_OK);
+        EXPECT_EQ(pvOut, static_cast<void *>(&aucBuf));
+    }
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
+
+    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(nullptr, 0u, &pvOut, m_pstInst), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(aucBuf, 0u, nullptr, m_pstInst), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(aucBuf, 0u, &pvOut, nullptr), BOL_ERR_PARAM);
+    ASSERT_EQ(ReportCount(), 3u);
+    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
+}
+
+/* A route without a stored attribute: an empty message 122, but no message 47. */
+TEST_F(CondRtMsg, RouteWithoutAttribute)
+{
+    bt::Route stRoute;
+    uint8_t aucBuf[4];
+    uint8_t *pucCur = aucBuf;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst), BOL_OK);
+    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst),
+              BOL_ERR_NO_DATA);
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(tp::AllocCalls(), 0u);
+}
+
+/* ---- Route key message (121) ----------------------------------------------- */
+
+TEST_F(CondRtMsg, RouteKeyMessageIsTheKeyInNetworkOrder)
+{
+    struct Row {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        const char *pcHex; /* the bytes written, or "" */
+    } const astRows[] = {
+        {"IPv4 endpoint", bt::KeyV4(1, 2, 0x0A000001u), 28, BOL_OK,
+         /* NLRI length, 3 zero, distinguisher, color, endpoint words */
+         "60 00 00 00 | 00 00 00 01 | 00 00 00 02 | 0A 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"},
+        {"IPv6 endpoint", bt::KeyV6(0x01020304u, 0xA0B0C0D0u, 0x20010DB8u, 0, 0, 9), 40, BOL_OK,
+         "C0 00 00 00 | 01 02 03 04 | A0 B0 C0 D0 | 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 09"},
+        {"room 27", bt::KeyV4(1, 2, 3), 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        bt::Route stRoute;
+        stRoute.SetKey(stRow.stKey);
+        Bytes vecBuf(40, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        EXPECT_EQ(BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_RTKEY, &pucCur, stRow.ulRoom,
+                                         m_pstInst),
+                  stRow.ulRet);
+        Bytes vecWant = Hex(stRow.pcHex);
+        EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
+        vecWant.resize(vecBuf.size(), kFill);
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
+    }
+
+    bt::Route stNoKey;
+    uint8_t aucBuf[28];
+    uint8_t *pucCur = aucBuf;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtRouteKey(&stNoKey.stRt, &pucCur, 28u, m_pstInst), BOL_ERR_NO_DATA);
+    EXPECT_EQ(pucCur, aucBuf);
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+/* ---- The attribute message from the stored attribute (122) ---------------- */
+
+/* A stored attribute with every item the message knows. */
+const char *const kRichAttrHex =
+    "00 0F 00 6E"
+    " | 0C 06 00 00 00 00 00 64"                      /* preference 100 */
+    " | 7F 06 00 00 00 00 00 07"                      /* template id 7 */
+    " | 0D 06 C0 00 00 01 20 00"                      /* binding SID, label 18, S and I */
+    " | 80 00 09 00 01 06 00 00 00 06 40 00"          /* segment list: one label */
+    " | 80 00 01 00"                                  /* segment list: reserved byte only */
+    " | 7E 06 00 00 00 00 00 05"                      /* private slice id 5 */
+    " | 14 1A 60 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 00 00 20 10 10 00"
+    " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02" /* SRv6 binding SIDs */
+    " | 81 00 03 00 63 70"                            /* candidate path name "cp" */
+    " | 82 00 05 00 61 62 63 64";                     /* policy name "abcd" */
+
+TEST_F(CondRtMsg, AttributeMessageRebuiltFromTheStoredAttribute)
+{
+    Bytes vecWant = Hex(kRichHex);
+    for (size_t ulRoom = 0; ulRoom <= vecWant.size() + 1u; ulRoom++) {
+        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
+        bt::Route stRoute;
+        stRoute.SetAttr(Hex(kRichAttrHex));
+        stRoute.stRt.ulRtFlags = BOL_SRPOLICY_RT_FLAG_PRIV_SLICE_ID;
+        Bytes vecBuf(ulRoom + kGuard, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        uint32_t ulRet = BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur,
+                                                static_cast<uint32_t>(ulRoom), m_pstInst);
+        size_t ulFits = 0u;
+        for (size_t ulSize : kRichTlvSizes) {
+            if (ulFits + ulSize > ulRoom) {
+                break;
+            }
+            ulFits += ulSize;
+        }
+        EXPECT_EQ(ulRet, ulRoom >= vecWant.size() ? BOL_OK : BOL_SRPOLICY_ERR_BUF_SHORT);
+        ASSERT_EQ(static_cast<size_t>(pucCur - vecBuf.data()), ulFits);
+        EXPECT_EQ(bt::ToHex(vecBuf.data(), ulFits), bt::ToHex(vecWant.data(), ulFits));
+        for (size_t i = ulRoom; i < vecBuf.size(); i++) {
+            ASSERT_EQ(vecBuf[i], kFill) << "byte " << i << " past the room";
+        }
+        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u) << "the decoded record is released";
+    }
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+TEST_F(CondRtMsg, AttributeMessageCases)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcAttrHex;
+        uint32_t ulAttrLenHigh; /* bits above the 16 that are used */
+        uint32_t ulRtFlags;
+        uint32_t ulRoom;
+        uint32_t ulFailNth;
+        uint32_t ulRet;
+        const char *pcMsgHex; /* what is written */
+        const char *pcStoredHex; /* the stored attribute afterwards, "" = unchanged */
+    } const astRows[] = {
+        {"preference only, room 16", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 16, 0, BOL_OK,
+         /* type 3, length 8, flags, reserved, preference */ "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
+        {"preference only, room 15", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 15, 0,
+         BOL_SRPOLICY_ERR_BUF_SHORT, "", ""},
+        {"the stored flags are cleared in place", "00 0F 00 08 | 0C 06 FF 00 00 00 00 64", 0, 0, 16, 0, BOL_OK,
+         "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", "00 0F 00 08 | 0C 06 00 00 00 00 00 64"},
+        {"length beyond 16 bits", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0x10000u, 0, 16, 0, BOL_OK,
+         "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
+        {"private slice id without the route flag: standard value", "00 0F 00 08 | 7E 06 00 00 00 00 00 05", 0, 0,
+         16, 0, BOL_OK, /* type 7, length 8, flags, reserved, 0 */ "00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 00",
+         ""},
+        {"both slice ids with the route flag: standard value",
+         "00 0F 00 10 | 7E 06 00 00 00 00 00 05 | 7B 06 00 00 00 00 00 06", 0, 0x80, 16, 0, BOL_OK,
+         "00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 06", ""},
+        {"two SRv6 binding SIDs, room exactly enough",
+         "00 0F 00 28 | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01"
+         " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02",
+         0, 0, 64, 0, BOL_OK,
+         /* type 8, 0, length 56 | two entries */
+         "00 00 00 08 00 00 00 38"
+         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 EE EE 00 00 00 00"
+         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00",
+         ""},
+        {"empty names carry no TLV", "00 0F 00 08 | 81 00 01 00 | 82 00 01 00", 0, 0, 64, 0, BOL_OK, "", ""},
+        {"a name with a tab is kept but not valid: no TLV", "00 0F 00 06 | 82 00 03 00 61 09", 0, 0, 64, 0,
+         BOL_OK, "", ""},
+        {"undecodable attribute: nothing written", "00 0E 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 0,
+         BOL_ERR_SUBTLV_MALFORMED, "", ""},
+        {"decoder out of memory: nothing written", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64, 1,
+         BOL_ERR_MALLOC, "", ""},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        tp::Reset();
+        bt::Route stRoute;
+        stRoute.SetAttr(Hex(stRow.pcAttrHex));
+        stRoute.stRt.ulAttrLen |= stRow.ulAttrLenHigh;
+        stRoute.stRt.ulRtFlags = stRow.ulRtFlags;
+        Bytes vecBuf(stRow.ulRoom + kGuard, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        tp::FailNthAlloc(stRow.ulFailNth);
+        EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, stRow.ulRoom, m_pstInst), stRow.ulRet);
+        Bytes vecWant = Hex(stRow.pcMsgHex);
+        EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
+        vecWant.resize(vecBuf.size(), kFill);
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
+        if (stRow.pcStoredHex[0] != '\0') {
+            EXPECT_EQ(bt::ToHex(stRoute.vecAttr), bt::ToHex(Hex(stRow.pcStoredHex)));
+        }
+        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u);
+    }
+}
+
+}  // namespace
