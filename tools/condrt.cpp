@@ -25,10 +25,14 @@ SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentLis
     if (n >= 1u) {
         stSeg.ucFlags = p[0];
     }
+    /* A list holds at most one weight; of its path MTUs (types 13 and 220)
+     * the first is the list's, all stay in the segments. */
     if (ucType == kSegWeight && n >= 6u) {
         stList.oWeight = Be32(p + 2);
     } else if ((ucType == kSegPathMtu || ucType == kSegSrv6OrMtu) && n == 6u) {
-        stList.oPathMtu = Be32(p + 2);
+        if (!stList.oPathMtu) {
+            stList.oPathMtu = Be32(p + 2);
+        }
     } else if (ucType == kSegLabel && n >= 6u) {
         stSeg.oLabel = Be32(p + 2) >> 12;
     } else if ((ucType == kSegSrv6 || ucType == kSegSrv6OrMtu) && n >= 18u) {

@@ -264,12 +264,14 @@ uint32_t PluginHost::ParseConfig(const void *pvCfg, uint32_t ulLen, uint32_t ulT
 
 uint32_t PluginHost::ConfiguredPrefix(const BOL_SRPOLICY_CFG_PREFIX_S &stCfg, BOL_SRPOLICY_NLRI_S &stKey)
 {
-    return ParseConfig(&stCfg, BOL_SRPOLICY_CFG_PREFIX_LEN, BOL_SRPOLICY_CFG_PREFIX, &stKey, nullptr);
+    /* Records are handed with their size in this build: the target's sizes
+     * (89 and 72 bytes) where pointers are 32 bits wide. */
+    return ParseConfig(&stCfg, sizeof(stCfg), BOL_SRPOLICY_CFG_PREFIX, &stKey, nullptr);
 }
 
 uint32_t PluginHost::ConfiguredTunnel(const BOL_SRPOLICY_CFG_TNLENCAP_S &stCfg, Bytes &vecAttr)
 {
-    return ParseConfig(&stCfg, BOL_SRPOLICY_CFG_TNLENCAP_LEN, BOL_SRPOLICY_CFG_TNL_ENCAP, nullptr, &vecAttr);
+    return ParseConfig(&stCfg, sizeof(stCfg), BOL_SRPOLICY_CFG_TNL_ENCAP, nullptr, &vecAttr);
 }
 
 uint32_t PluginHost::FormatPacket(uint32_t ulType, const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr,

@@ -60,7 +60,7 @@ TEST(CondRtAttr, EveryTlvIntoItsField)
     ASSERT_EQ(st.vecSegmentLists.size(), 2u);
     const srp::SegmentListField &l0 = st.vecSegmentLists[0];
     EXPECT_EQ(l0.oWeight, 10u);
-    EXPECT_EQ(l0.oPathMtu, 1400u);
+    EXPECT_EQ(l0.oPathMtu, 1400u); /* the only one */
     ASSERT_EQ(l0.vecSegments.size(), 3u);
     EXPECT_EQ(l0.vecSegments[1].oLabel, 100u);
     const srp::SegmentListField &l1 = st.vecSegmentLists[1];
