@@ -2,31 +2,18 @@
  * the walk of an UPDATE through the plug-in with its text. */
 #include <benchmark/benchmark.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "bgp_stream.h"
 #include "tcp_reassembly.h"
+#include "test_support.h"
 #include "update_walker.h"
 
 namespace {
 
 using srp::Bytes;
 
-/* The messages of the hand-checked sample, back to back. */
-Bytes SampleStream()
-{
-    std::ifstream is(SRPOLICY_SAMPLES_DIR "/all_subtlvs.hex");
-    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
-    Bytes vec;
-    std::string strError;
-    srp::ParseHex(strText, vec, strError);
-    return vec;
-}
-
 std::vector<Bytes> SampleMessages()
 {
-    Bytes vecStream = SampleStream();
+    Bytes vecStream = srp_test::SampleStream();
     std::vector<Bytes> vecMsgs;
     srp::BgpStreamSplitter splitter([&](const uint8_t *p, size_t n, uint64_t) { vecMsgs.emplace_back(p, p + n); },
                                     [](const std::string &, uint64_t) {});
@@ -36,7 +23,7 @@ std::vector<Bytes> SampleMessages()
 
 void BM_Framing(benchmark::State &state)
 {
-    Bytes vecOne = SampleStream();
+    Bytes vecOne = srp_test::SampleStream();
     Bytes vecStream;
     while (vecStream.size() < (1u << 20)) {
         vecStream.insert(vecStream.end(), vecOne.begin(), vecOne.end());

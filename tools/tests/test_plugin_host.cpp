@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "bgp_stream.h"
 #include "plugin_host.h"
+#include "test_support.h"
 
 namespace {
 
@@ -17,11 +16,7 @@ using srp::Bytes;
  * hand-checked sample (written there in its normalised form). */
 Bytes SampleAttribute()
 {
-    std::ifstream is(SRPOLICY_SAMPLES_DIR "/all_subtlvs.hex");
-    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
-    Bytes vecAll;
-    std::string strError;
-    EXPECT_TRUE(srp::ParseHex(strText, vecAll, strError)) << strError;
+    Bytes vecAll = srp_test::SampleStream();
     /* Message 1: header 19, two length fields, ORIGIN 4, AS_PATH 9,
      * MP_REACH 3 + 22, then attribute 23 with a 4-byte header. */
     const size_t ulAt = 19u + 4u + 4u + 9u + 25u;

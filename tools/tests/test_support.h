@@ -1,8 +1,11 @@
-/* Helpers of the tool's unit tests: a sink that records what readers find,
- * and builders of BGP messages and capture files. */
+/* Helpers of the tool's unit tests and benchmarks: a sink that records what
+ * readers find, the sample's messages, and builders of BGP messages and
+ * capture files. */
 #ifndef SRPOLICY_TOOL_TEST_SUPPORT_H
 #define SRPOLICY_TOOL_TEST_SUPPORT_H
 
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -70,19 +73,31 @@ inline Bytes Concat(const std::vector<Bytes> &vec)
     return v;
 }
 
+/* Capture files are little-endian here. */
+inline void PutLe(Bytes &v, uint32_t x, int iBytes)
+{
+    for (int i = 0; i < iBytes; i++) {
+        v.push_back(static_cast<uint8_t>(x >> (8 * i)));
+    }
+}
+
+/* The messages of the hand-checked sample, back to back. */
+inline Bytes SampleStream()
+{
+    std::ifstream is(SRPOLICY_SAMPLES_DIR "/all_subtlvs.hex");
+    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
+    Bytes vec;
+    std::string strError;
+    srp::ParseHex(strText, vec, strError);
+    return vec;
+}
+
 /* A classic pcap file (microsecond, Ethernet) holding the frames. */
 inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
 {
     Bytes v;
-    auto le32 = [&](uint32_t x) {
-        for (int i = 0; i < 4; i++) {
-            v.push_back(static_cast<uint8_t>(x >> (8 * i)));
-        }
-    };
-    auto le16 = [&](uint32_t x) {
-        v.push_back(static_cast<uint8_t>(x));
-        v.push_back(static_cast<uint8_t>(x >> 8));
-    };
+    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
+    auto le16 = [&](uint32_t x) { PutLe(v, x, 2); };
     le32(0xA1B2C3D4u);
     le16(2u);
     le16(4u);
@@ -105,11 +120,7 @@ inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
 inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
 {
     Bytes v;
-    auto le32 = [&](uint32_t x) {
-        for (int i = 0; i < 4; i++) {
-            v.push_back(static_cast<uint8_t>(x >> (8 * i)));
-        }
-    };
+    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
     auto block = [&](uint32_t ulType, const Bytes &vecBody) {
         uint32_t ulLen = static_cast<uint32_t>(12u + ((vecBody.size() + 3u) & ~size_t(3)));
         le32(ulType);
@@ -122,11 +133,8 @@ inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
     block(1u, Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0, 0});
     for (const Bytes &vecFrame : vecFrames) {
         Bytes vecBody(12u, 0u);
-        for (int k = 0; k < 2; k++) {
-            for (int i = 0; i < 4; i++) {
-                vecBody.push_back(static_cast<uint8_t>(vecFrame.size() >> (8 * i)));
-            }
-        }
+        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* captured */
+        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* on the wire */
         vecBody.insert(vecBody.end(), vecFrame.begin(), vecFrame.end());
         block(6u, vecBody);
     }
