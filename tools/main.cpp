@@ -5,6 +5,8 @@
  */
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
+
 #include "decode.h"
 #include "encode.h"
 
