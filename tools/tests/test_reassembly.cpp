@@ -132,3 +132,93 @@ TEST(PcapCapture, NotACapture)
 }
 
 }  // namespace
+
+namespace {
+
+/* TCP from port 179 with sequence number 1000 and no SYN, carrying data. */
+Bytes TcpSegment(const Bytes &vecData)
+{
+    Bytes v;
+    srp::Put16(v, 179u);
+    srp::Put16(v, 40000u);
+    srp::Put32(v, 1000u);
+    srp::Put32(v, 0u);
+    srp::Put16(v, 0x5018u);
+    srp::Put16(v, 65535u);
+    srp::Put32(v, 0u);
+    v.insert(v.end(), vecData.begin(), vecData.end());
+    return v;
+}
+
+Bytes Ipv4(const Bytes &vecTcp)
+{
+    Bytes v = {0x45, 0};
+    srp::Put16(v, static_cast<uint32_t>(20u + vecTcp.size()));
+    srp::Put32(v, 0u);
+    v.insert(v.end(), {64, 6, 0, 0, 10, 0, 0, 1, 10, 0, 0, 2});
+    v.insert(v.end(), vecTcp.begin(), vecTcp.end());
+    return v;
+}
+
+Bytes Ipv6(const Bytes &vecTcp, bool bHopByHop)
+{
+    Bytes v = {0x60, 0, 0, 0};
+    srp::Put16(v, static_cast<uint32_t>(vecTcp.size() + (bHopByHop ? 8u : 0u)));
+    v.push_back(bHopByHop ? 0u : 6u);
+    v.push_back(64u);
+    v.insert(v.end(), 15u, 0u);
+    v.push_back(1u); /* ::1 */
+    v.insert(v.end(), 15u, 0u);
+    v.push_back(2u); /* ::2 */
+    if (bHopByHop) {
+        v.insert(v.end(), {6, 0, 1, 4, 0, 0, 0, 0});
+    }
+    v.insert(v.end(), vecTcp.begin(), vecTcp.end());
+    return v;
+}
+
+Bytes Prefixed(const Bytes &vecHead, const Bytes &vecRest)
+{
+    Bytes v = vecHead;
+    v.insert(v.end(), vecRest.begin(), vecRest.end());
+    return v;
+}
+
+}  // namespace
+
+/* Link layers and IP versions a capture may use: each frame carries one
+ * KEEPALIVE from port 179, which must come out. */
+TEST(PcapCapture, LinkLayersAndIpVersions)
+{
+    Bytes vecTcp = TcpSegment(BgpMessage(4, 0, 0));
+    Bytes vecMacs(12u, 0x02u);
+    Bytes vecEth = Prefixed(vecMacs, {0x08, 0x00});
+    Bytes vecVlan = Prefixed(vecMacs, {0x81, 0x00, 0x00, 0x05, 0x08, 0x00});
+    Bytes vecEth6 = Prefixed(vecMacs, {0x86, 0xDD});
+    Bytes vecSll(14u, 0u);
+    vecSll.insert(vecSll.end(), {0x08, 0x00});
+    Bytes vecSll2 = {0x86, 0xDD};
+    vecSll2.insert(vecSll2.end(), 18u, 0u);
+    struct Case {
+        const char *pcName;
+        uint32_t ulLink;
+        Bytes vecFrame;
+        const char *pcSource;
+    } astCases[] = {
+        {"Ethernet IPv4", 1u, Prefixed(vecEth, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"VLAN-tagged", 1u, Prefixed(vecVlan, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Ethernet IPv6, hop-by-hop", 1u, Prefixed(vecEth6, Ipv6(vecTcp, true)), "x [::1]:179>[::2]:40000"},
+        {"Linux cooked", 113u, Prefixed(vecSll, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Linux cooked v2 IPv6", 276u, Prefixed(vecSll2, Ipv6(vecTcp, false)), "x [::1]:179>[::2]:40000"},
+        {"raw IP", 101u, Ipv6(vecTcp, false), "x [::1]:179>[::2]:40000"},
+        {"BSD loopback", 0u, Prefixed({2, 0, 0, 0}, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+    };
+    for (const Case &st : astCases) {
+        RecordingSink sink;
+        Bytes vecFile = srp_test::PcapFile({st.vecFrame}, st.ulLink);
+        std::string strError;
+        ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "x", sink, strError)) << st.pcName << strError;
+        ASSERT_EQ(sink.Kinds(), "msg") << st.pcName;
+        EXPECT_EQ(sink.vecSeen[0].strSource, st.pcSource) << st.pcName;
+    }
+}

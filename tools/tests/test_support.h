@@ -92,8 +92,8 @@ inline Bytes SampleStream()
     return vec;
 }
 
-/* A classic pcap file (microsecond, Ethernet) holding the frames. */
-inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
+/* A classic pcap file (microsecond; Ethernet unless told) holding the frames. */
+inline Bytes PcapFile(const std::vector<Bytes> &vecFrames, uint32_t ulLinkType = 1u)
 {
     Bytes v;
     auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
@@ -104,7 +104,7 @@ inline Bytes PcapFile(const std::vector<Bytes> &vecFrames)
     le32(0u);
     le32(0u);
     le32(65535u);
-    le32(1u);
+    le32(ulLinkType);
     for (size_t i = 0; i < vecFrames.size(); i++) {
         le32(static_cast<uint32_t>(1000u + i));
         le32(0u);
