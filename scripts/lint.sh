@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 scripts/deps.sh clang clang-tidy cppcheck cmake ninja-build
 
 cmake -S . -B build/tidy -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_COMPILER=clang -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF -DBOL_BUILD_EXAMPLES=OFF >/dev/null
+  -DCMAKE_C_COMPILER=clang -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF -DBOL_BUILD_EXAMPLES=OFF -DBOL_BUILD_TOOLS=OFF >/dev/null
 
 echo "=== clang-tidy: src/ platform/"
 # (Its count of warnings it suppressed in system headers is left out.)

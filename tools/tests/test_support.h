@@ -1,0 +1,146 @@
+/* Helpers of the tool's unit tests and benchmarks: a sink that records what
+ * readers find, the sample's messages, and builders of BGP messages and
+ * capture files. */
+#ifndef SRPOLICY_TOOL_TEST_SUPPORT_H
+#define SRPOLICY_TOOL_TEST_SUPPORT_H
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "bytes.h"
+#include "input.h"
+
+namespace srp_test {
+
+using srp::Bytes;
+
+struct Seen {
+    std::string strKind; /* "msg", "rib", "error" */
+    uint64_t ullOffset;
+    Bytes vecData;
+    std::string strSource;
+};
+
+class RecordingSink : public srp::InputSink {
+public:
+    void Message(const uint8_t *p, size_t n, const srp::Origin &o) override
+    {
+        vecSeen.push_back(Seen{"msg", o.ullOffset, Bytes(p, p + n), o.strSource});
+    }
+    void RibEntry(uint16_t, uint8_t, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs, size_t ulAttrs,
+                  const srp::Origin &o) override
+    {
+        Bytes v(pNlri, pNlri + ulNlri);
+        v.insert(v.end(), pAttrs, pAttrs + ulAttrs);
+        vecSeen.push_back(Seen{"rib", o.ullOffset, v, o.strSource});
+    }
+    void FramingError(const std::string &s, const srp::Origin &o) override
+    {
+        vecSeen.push_back(Seen{"error", o.ullOffset, Bytes(s.begin(), s.end()), o.strSource});
+    }
+    void Skipped() override { ulSkipped++; }
+
+    std::string Kinds() const
+    {
+        std::string s;
+        for (const Seen &st : vecSeen) {
+            s += (s.empty() ? "" : " ") + st.strKind;
+        }
+        return s;
+    }
+    std::vector<Seen> vecSeen;
+    size_t ulSkipped = 0;
+};
+
+/* A BGP message of the given type whose body is n bytes of fill. */
+inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill)
+{
+    Bytes v(16u, 0xFFu);
+    srp::Put16(v, static_cast<uint32_t>(19u + n));
+    v.push_back(ucType);
+    v.insert(v.end(), n, ucFill);
+    return v;
+}
+
+inline Bytes Concat(const std::vector<Bytes> &vec)
+{
+    Bytes v;
+    for (const Bytes &b : vec) {
+        v.insert(v.end(), b.begin(), b.end());
+    }
+    return v;
+}
+
+/* Capture files are little-endian here. */
+inline void PutLe(Bytes &v, uint32_t x, int iBytes)
+{
+    for (int i = 0; i < iBytes; i++) {
+        v.push_back(static_cast<uint8_t>(x >> (8 * i)));
+    }
+}
+
+/* The messages of the hand-checked sample, back to back. */
+inline Bytes SampleStream()
+{
+    std::ifstream is(SRPOLICY_SAMPLES_DIR "/all_subtlvs.hex");
+    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
+    Bytes vec;
+    std::string strError;
+    srp::ParseHex(strText, vec, strError);
+    return vec;
+}
+
+/* A classic pcap file (microsecond; Ethernet unless told) holding the frames. */
+inline Bytes PcapFile(const std::vector<Bytes> &vecFrames, uint32_t ulLinkType = 1u)
+{
+    Bytes v;
+    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
+    auto le16 = [&](uint32_t x) { PutLe(v, x, 2); };
+    le32(0xA1B2C3D4u);
+    le16(2u);
+    le16(4u);
+    le32(0u);
+    le32(0u);
+    le32(65535u);
+    le32(ulLinkType);
+    for (size_t i = 0; i < vecFrames.size(); i++) {
+        le32(static_cast<uint32_t>(1000u + i));
+        le32(0u);
+        le32(static_cast<uint32_t>(vecFrames[i].size()));
+        le32(static_cast<uint32_t>(vecFrames[i].size()));
+        v.insert(v.end(), vecFrames[i].begin(), vecFrames[i].end());
+    }
+    return v;
+}
+
+/* The same frames in a pcapng file: section header, one Ethernet
+ * interface, one enhanced packet block per frame. */
+inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
+{
+    Bytes v;
+    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
+    auto block = [&](uint32_t ulType, const Bytes &vecBody) {
+        uint32_t ulLen = static_cast<uint32_t>(12u + ((vecBody.size() + 3u) & ~size_t(3)));
+        le32(ulType);
+        le32(ulLen);
+        v.insert(v.end(), vecBody.begin(), vecBody.end());
+        v.insert(v.end(), (4u - vecBody.size() % 4u) % 4u, 0u);
+        le32(ulLen);
+    };
+    block(0x0A0D0D0Au, Bytes{0x4D, 0x3C, 0x2B, 0x1A, 1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF});
+    block(1u, Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0, 0});
+    for (const Bytes &vecFrame : vecFrames) {
+        Bytes vecBody(12u, 0u);
+        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* captured */
+        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* on the wire */
+        vecBody.insert(vecBody.end(), vecFrame.begin(), vecFrame.end());
+        block(6u, vecBody);
+    }
+    return v;
+}
+
+}  // namespace srp_test
+
+#endif
