@@ -781,7 +781,7 @@ uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ul
     if (ulLen <= 1u) {
         return BOL_OK;
     }
-    bol::Reader stRd = bol::MakeReader(const_cast<uint8_t *>(pucValue), ulLen);
+    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucValue, ulLen));
     (void)bol::Skip(stRd, 1u);
     SegMarkers stMarkers = {0u, 0u, 0u};
     while (stRd.ulLeft != 0u) {
@@ -899,7 +899,7 @@ uint32_t BOL_SRPOLICY_CheckSegmentListBSidValid(const uint8_t *pucValue, const u
     if (ulLen < ulHdrLen) {
         return BOL_ERR_SUBTLV_INVALID;
     }
-    uint8_t ucFlags = bol::GetU8(bol::MakeView(const_cast<uint8_t *>(pucValue), ulLen), 0u);
+    uint8_t ucFlags = bol::GetU8(bol::MakeReadView(pucValue, ulLen), 0u);
     uint32_t ulSidLen = ((ucFlags & 0x80u) != 0u) ? 16u : 4u;
     if ((ucFlags & 0x40u) != 0u) {
         ulSidLen += 8u;

@@ -116,12 +116,6 @@ inline void GetKeyFields(const bol::View &stView, uint32_t ulOff, BOL_SRPOLICY_N
     }
 }
 
-/* A read-only view of bytes the host handed as const. */
-bol::View ConstView(const uint8_t *puc, uint32_t ulLen)
-{
-    return bol::MakeView(const_cast<uint8_t *>(puc), ulLen);
-}
-
 /* Hands one key, and nothing else, to the host as an output block. */
 uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
@@ -384,7 +378,7 @@ struct SliceIdPos {
 void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
                 BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    bol::View stHdr = bol::MakeView(const_cast<uint8_t *>(pucAttr), kTnlHdrLen);
+    bol::View stHdr = bol::MakeReadView(pucAttr, kTnlHdrLen);
     bol::Writer stWr = bol::MakeWriter(pucPos, kTnlHdrLen);
     (void)bol::PutU16(stWr, bol::GetU16(stHdr, 0u));
     (void)bol::PutU16(stWr, bol::GetU16(stHdr, 2u));
@@ -895,7 +889,7 @@ uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
     if (pucName == nullptr || ulLen == 0u) {
         return 0u;
     }
-    bol::Reader stRd = bol::MakeReader(const_cast<uint8_t *>(pucName), ulLen);
+    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucName, ulLen));
     uint8_t ucChar = 0u;
     while (bol::ReadU8(stRd, ucChar)) {
         if (ucChar < 0x20u || ucChar > 0x7Eu) {
@@ -938,7 +932,7 @@ extern "C" uint32_t BOL_SRPOLICY_ParseHaRtPrefixTlv(const uint8_t *pucMsg, uint3
     if (ulLen < sizeof(BOL_SRPOLICY_RT_KEY_MSG_S)) {
         return BOL_ERR_HA_TLV_SHORT;
     }
-    bol::View stMsg = ConstView(pucMsg, sizeof(BOL_SRPOLICY_RT_KEY_MSG_S));
+    bol::View stMsg = bol::MakeReadView(pucMsg, sizeof(BOL_SRPOLICY_RT_KEY_MSG_S));
     uint8_t ucNlriLen = bol::GetU8(stMsg, offsetof(BOL_SRPOLICY_RT_KEY_MSG_S, ucNlriLen));
     if (ucNlriLen != BOL_SRPOLICY_NLRI_LEN_IPV4 && ucNlriLen != BOL_SRPOLICY_NLRI_LEN_IPV6) {
         return BOL_ERR_HA_NLRI_LEN;
@@ -1006,7 +1000,7 @@ extern "C" uint32_t BOL_SRPOLICY_ParseCfgPrefix(const void *pvCfg, uint32_t ulLe
         stKey.aulEndpoint[0] = pstCfg->ulEndpointV4;
     } else {
         stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
-        bol::GetWords4(ConstView(pstCfg->aucEndpointV6, sizeof(pstCfg->aucEndpointV6)), 0u, stKey.aulEndpoint);
+        bol::GetWords4(bol::MakeReadView(pstCfg->aucEndpointV6, sizeof(pstCfg->aucEndpointV6)), 0u, stKey.aulEndpoint);
     }
     stKey.ulDistinguisher = pstCfg->ulDistinguisher;
     stKey.ulPolicyColor = pstCfg->ulPolicyColor;
