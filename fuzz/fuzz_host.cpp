@@ -63,31 +63,6 @@ Output TakeOutput(void *pvOut)
     return o;
 }
 
-Route::Route()
-{
-    memset(&stRt, kGuard, sizeof(stRt));
-    memset(&stKey, 0, sizeof(stKey));
-    stRt.ulKeyLen = 0u;
-    stRt.pstKey = nullptr;
-    stRt.ulAttrLen = 0u;
-    stRt.pucAttr = nullptr;
-    stRt.ulRtFlags = 0u;
-}
-
-void Route::SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey)
-{
-    stKey = stNewKey;
-    stRt.pstKey = &stKey;
-    stRt.ulKeyLen = sizeof(stKey);
-}
-
-void Route::SetAttr(const Bytes &vecNewAttr)
-{
-    vecAttr = vecNewAttr;
-    stRt.pucAttr = vecAttr.empty() ? nullptr : vecAttr.data();
-    stRt.ulAttrLen = static_cast<uint32_t>(vecAttr.size());
-}
-
 TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset)
 {
     /* Small buffers are exact heap blocks, so that AddressSanitizer sees a

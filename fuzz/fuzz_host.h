@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "bol_srpolicy.h"
+#include "host_route.h"
 #include "test_platform.h"
 
 namespace fz {
@@ -50,15 +51,7 @@ struct Output {
 };
 Output TakeOutput(void *pvOut);
 
-/* A host route record holding a key and/or attribute. */
-struct Route {
-    BOL_RT_DATA_S stRt;
-    BOL_SRPOLICY_NLRI_S stKey;
-    Bytes vecAttr;
-    Route();
-    void SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey);
-    void SetAttr(const Bytes &vecNewAttr);
-};
+using th::Route;
 
 /* One text call into a buffer of ulSize bytes followed by a guard area,
  * which must come back untouched; on success the text is terminated inside

@@ -21,12 +21,21 @@ bool Overlaps(const void *pvA, const void *pvB, size_t count)
     return (a < b) ? (b - a < count) : (a - b < count);
 }
 
-/* Formats into dest (destMax bytes, destMax > 0); returns the length the
- * whole text has, or -1 for a format error. dest is always terminated. */
-int FormatInto(char *dest, size_t destMax, const char *format, va_list args)
+/* What every formatting function does first: refuses a missing buffer or
+ * format, and a room (the bytes written at most, terminator included) of 0 or
+ * beyond the buffer; then formats into the room. Returns the length the whole
+ * text has, or -1 with the buffer emptied where there is one. */
+int FormatChecked(char *dest, size_t destMax, size_t ulRoom, const char *format, va_list args)
 {
+    if (dest == nullptr || destMax == 0u) {
+        return -1;
+    }
+    if (format == nullptr || ulRoom == 0u || ulRoom > destMax) {
+        dest[0] = '\0';
+        return -1;
+    }
     /* Every caller has started args with va_start. */
-    int iLen = vsnprintf(dest, destMax, format, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
+    int iLen = vsnprintf(dest, ulRoom, format, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
     if (iLen < 0) {
         dest[0] = '\0';
     }
@@ -177,59 +186,36 @@ int memcpy_s(void *dest, size_t destMax, const void *src, size_t count)
 
 int sprintf_s(char *dest, size_t destMax, const char *format, ...)
 {
-    if (dest == nullptr || destMax == 0u) {
-        return -1;
-    }
-    if (format == nullptr) {
-        dest[0] = '\0';
-        return -1;
-    }
     va_list args;
     va_start(args, format);
-    int iLen = FormatInto(dest, destMax, format, args);
+    int iLen = FormatChecked(dest, destMax, destMax, format, args);
     va_end(args);
-    if (iLen < 0 || static_cast<size_t>(iLen) >= destMax) {
+    if (iLen >= 0 && static_cast<size_t>(iLen) >= destMax) {
         dest[0] = '\0';
         return -1;
     }
     return iLen;
 }
 
+/* Writes at most count characters; a longer text is cut there and -1
+ * returned. count must be below destMax. */
 int snprintf_s(char *dest, size_t destMax, size_t count, const char *format, ...)
 {
-    if (dest == nullptr || destMax == 0u) {
-        return -1;
-    }
-    if (format == nullptr || count >= destMax) {
-        dest[0] = '\0';
-        return -1;
-    }
     va_list args;
     va_start(args, format);
-    int iLen = FormatInto(dest, count + 1u, format, args);
+    int iLen = FormatChecked(dest, destMax, count < destMax ? count + 1u : 0u, format, args);
     va_end(args);
-    if (iLen < 0) {
-        dest[0] = '\0';
+    if (iLen >= 0 && static_cast<size_t>(iLen) > count) {
         return -1;
-    }
-    if (static_cast<size_t>(iLen) > count) {
-        return -1; /* cut to count characters */
     }
     return iLen;
 }
 
 int snprintf_truncated_s(char *dest, size_t destMax, const char *format, ...)
 {
-    if (dest == nullptr || destMax == 0u) {
-        return -1;
-    }
-    if (format == nullptr) {
-        dest[0] = '\0';
-        return -1;
-    }
     va_list args;
     va_start(args, format);
-    int iLen = FormatInto(dest, destMax, format, args);
+    int iLen = FormatChecked(dest, destMax, destMax, format, args);
     va_end(args);
     if (iLen < 0) {
         return -1;

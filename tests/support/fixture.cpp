@@ -64,31 +64,6 @@ void PluginTest::TearDown()
     EXPECT_EQ(tp::BadFrees(), 0u) << "frees of blocks that were not live";
 }
 
-Route::Route()
-{
-    memset(&stRt, kCanary, sizeof(stRt));
-    memset(&stKey, 0, sizeof(stKey));
-    stRt.ulKeyLen = 0u;
-    stRt.pstKey = nullptr;
-    stRt.ulAttrLen = 0u;
-    stRt.pucAttr = nullptr;
-    stRt.ulRtFlags = 0u;
-}
-
-void Route::SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey)
-{
-    stKey = stNewKey;
-    stRt.pstKey = &stKey;
-    stRt.ulKeyLen = sizeof(stKey);
-}
-
-void Route::SetAttr(const Bytes &vecNewAttr)
-{
-    vecAttr = vecNewAttr;
-    stRt.pucAttr = vecAttr.data();
-    stRt.ulAttrLen = static_cast<uint32_t>(vecAttr.size());
-}
-
 BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr)
 {
     BOL_SRPOLICY_NLRI_S st;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "bol_srpolicy.h"
+#include "host_route.h"
 #include "test_platform.h"
 
 namespace bt {
@@ -43,16 +44,7 @@ protected:
     BOL_SRPOLICY_INSTANCE_S *m_pstInst = nullptr;
 };
 
-/* A host route record with a key and/or attribute; other bytes canary. */
-struct Route {
-    BOL_RT_DATA_S stRt;
-    BOL_SRPOLICY_NLRI_S stKey;
-    Bytes vecAttr;
-
-    Route();
-    void SetKey(const BOL_SRPOLICY_NLRI_S &stNewKey);
-    void SetAttr(const Bytes &vecNewAttr);
-};
+using th::Route;
 
 BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr);
 BOL_SRPOLICY_NLRI_S KeyV6(uint32_t ulDist, uint32_t ulColor, uint32_t ul0, uint32_t ul1, uint32_t ul2, uint32_t ul3);
