@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <string>
 
 #include "attr_test_util.h"
 #include "bol_platform.h"
@@ -176,6 +177,13 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
         {"parse 15", Pkt(15, vecNlriV4), true, {M}},
         /* record, copy, head, 2 segment lists, candidate path name, policy name, output */
         {"parse 23", Pkt(23, SliceIdAttr()), true, {M, M, M, M, M, N, N, M}},
+        /* record, copy, head, SRv6 BSID, policy name, SRv6 BSID, output */
+        {"parse 23, SRv6 binding SIDs around a name",
+         Pkt(23, at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(130, Hex("00 61")),
+                                     at::Sub(20, Bytes(18, 0x00))}))),
+         true, {M, M, M, M, N, M, M}},
+        /* record, copy, head, output: a name of the reserved byte alone keeps no buffer */
+        {"parse 23, empty name", Pkt(23, at::Tunnel(at::Sub(129, Hex("00")))), true, {M, M, M, M}},
         /* the decode's allocations, then the output */
         {"set", Set(0u, SliceIdAttr()), true, {D, D, D, D, D, D, D, M}},
         /* the decode's allocations, the packed copy, the output */
@@ -213,23 +221,11 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
             EXPECT_EQ(tp::AllocCalls(), k + 1) << "nothing allocated after the failure";
             EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
             EXPECT_EQ(tp::BadFrees(), 0u);
+            if (std::string(row.pcName).rfind("parse 23", 0) == 0) {
+                EXPECT_GE(ReportCount(), 1u) << "the decoder reports the failed allocation";
+            }
         }
     }
-}
-
-/* Construction's one allocation is the instance: when it fails there is no
- * plug-in and nothing stays allocated. */
-TEST(AllocSweepConstruct, InstanceAllocationFails)
-{
-    tp::Reset();
-    BOL_PROC_TBL_S stTbl;
-    memset(&stTbl, bt::kCanary, sizeof(stTbl));
-    const uint32_t ulLiveBefore = tp::LiveBlocksAll();
-    tp::FailNthAlloc(1u);
-    EXPECT_EQ(BOL_SRPOLICY_Construct(&stTbl, bt::kModule), nullptr);
-    EXPECT_EQ(tp::AllocCalls(), 1u);
-    EXPECT_EQ(tp::LiveBlocksAll(), ulLiveBefore);
-    tp::Reset();
 }
 
 }  // namespace

@@ -221,23 +221,12 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
 TEST_F(CfgTnlEncap, RefusesARecordOfAnotherLength)
 {
     Cfg stCfg;
-    void *pvOut = nullptr;
     const uint32_t ulSize = sizeof(stCfg.st); /* 72 on the 32-bit target */
-    struct Row {
-        const char *pcName;
-        const void *pvCfg;
-        uint32_t ulLen;
-        void **ppvOut;
-        BOL_SRPOLICY_INSTANCE_S *pstInst;
-    } const astRows[] = {
-        {"length one short", &stCfg.st, ulSize - 1u, &pvOut, m_pstInst},
-        {"length one over", &stCfg.st, ulSize + 1u, &pvOut, m_pstInst},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
+    for (uint32_t ulLen : {ulSize - 1u, ulSize + 1u}) {
+        SCOPED_TRACE(ulLen);
         tp::Reset();
-        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(stRow.pvCfg, stRow.ulLen, stRow.ppvOut, stRow.pstInst),
-                  BOL_ERR_PARAM);
+        void *pvOut = nullptr;
+        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(&stCfg.st, ulLen, &pvOut, m_pstInst), BOL_ERR_PARAM);
         ASSERT_EQ(ReportCount(), 1u);
         EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
         EXPECT_EQ(tp::AllocCalls(), 0u);
@@ -298,29 +287,6 @@ TEST_F(CfgTnlEncap, RefusesSidStructureLongerThanTheSid)
         if (stRow.ulRet != BOL_OK) {
             EXPECT_EQ(tp::AllocCalls(), 0u);
         }
-    }
-}
-
-TEST_F(CfgTnlEncap, AllocationFailuresReleaseEverything)
-{
-    Cfg stCfg;
-    stCfg.st.ucPrefExist = 1;
-    SetLabels(stCfg.AddSegList(), {1, 2});
-    struct Row {
-        uint32_t ulFailNth;
-        uint32_t ulRet;
-    } const astRows[] = {
-        {1, BOL_SRPOLICY_ERR_NOMEM}, /* the attribute buffer */
-        {2, BOL_ERR_MALLOC},         /* the host's output block */
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(::testing::Message() << "allocation " << stRow.ulFailNth << " fails");
-        tp::Reset();
-        tp::FailNthAlloc(stRow.ulFailNth);
-        void *pvOut = nullptr;
-        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(&stCfg.st, sizeof(stCfg.st), &pvOut, m_pstInst), stRow.ulRet);
-        EXPECT_EQ(pvOut, nullptr);
-        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u); /* the instance alone */
     }
 }
 
