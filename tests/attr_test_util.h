@@ -76,7 +76,8 @@ struct HostDecode {
 };
 
 /* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
- * buffer; checks the handler's contract on the cursor and the more flag. */
+ * buffer; checks the handler's contract on the cursor, the more flag and
+ * the output header (attribute 23, flags 0, no key). */
 inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
                                bool bCheckIdempotent = true)
 {
@@ -102,6 +103,9 @@ inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANC
     if (pvOut != nullptr) {
         r.bOutput = true;
         r.stOut = bt::TakeOutput(pvOut);
+        EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
+        EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
+        EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
     }
     r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
     if (bCheckIdempotent && r.bOutput) {
