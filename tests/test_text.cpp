@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "bol_srpolicy.h"
+#include "attr_test_util.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
 
@@ -25,56 +26,17 @@ const std::string kHeader = "Tunnel Encaps Attribute (23):\n Tunnel Type: SR Pol
 const std::string kSid1 = "20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01";
 const std::string kSid2 = "20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 02";
 
-std::string Be16(size_t n)
-{
-    char ac[8];
-    snprintf(ac, sizeof(ac), "%02zX %02zX", (n >> 8) & 0xFFu, n & 0xFFu);
-    return ac;
-}
-
-/* Tunnel type 15 and its length around the given sub-TLVs. */
-Bytes Tunnel(const std::string &strSubTlvs)
-{
-    return bt::Hex("00 0F " + Be16(bt::Hex(strSubTlvs).size()) + " " + strSubTlvs);
-}
+Bytes Tunnel(const std::string &strSubTlvs) { return at::Tunnel(bt::Hex(strSubTlvs)); }
 
 /* Segment List sub-TLV (type 128, 2-byte length): reserved byte, segments. */
-std::string SegList(const std::string &strSegs)
-{
-    return "80 " + Be16(1u + bt::Hex(strSegs).size()) + " 00 " + strSegs;
-}
+std::string SegList(const std::string &strSegs) { return bt::ToHex(at::Sub(128, bt::Hex("00 " + strSegs))); }
 
 /* Policy Name sub-TLV: reserved byte, then the name. */
 std::string PolicyName(const std::string &strName)
 {
-    std::string s = "82 " + Be16(1u + strName.size()) + " 00";
-    for (char c : strName) {
-        s += " " + bt::ToHex(reinterpret_cast<const uint8_t *>(&c), 1);
-    }
-    return s;
-}
-
-/* The realistic attribute: preference 100, binding SID label 1000 with both
- * flags, two segment lists of a weight and five labels, and both names. */
-std::string Labels(uint32_t ulFirst)
-{
-    std::string s;
-    for (uint32_t i = 0; i < 5u; i++) {
-        char ac[32];
-        snprintf(ac, sizeof(ac), " 01 06 00 00 %08X", (ulFirst + i) << 12);  // type 1, flags, reserved, label
-        s += ac;
-    }
-    return s;
-}
-
-Bytes Realistic()
-{
-    return Tunnel("0C 06 00 00 00 00 00 64 "                           // preference 100
-                  "0D 06 C0 00 00 3E 80 00 " +                         // binding SID, label 1000, S and I
-                  SegList("09 06 00 00 00 00 00 0A" + Labels(16001)) +  // weight 10, labels 16001..16005
-                  " " + SegList("09 06 00 00 00 00 00 14" + Labels(17001)) +
-                  " 81 00 0B 00 63 70 2D 70 72 69 6D 61 72 79 "  // candidate path "cp-primary"
-                  + PolicyName("policy-to-pe3"));
+    Bytes vecValue{0};
+    vecValue.insert(vecValue.end(), strName.begin(), strName.end());
+    return bt::ToHex(at::Sub(130, vecValue));
 }
 
 struct Call {
@@ -350,7 +312,7 @@ TEST_F(Text, EverySizeJoinsIntoTheSingleCallText)
         Bytes vecAttr;
         size_t ulSmallest;  // longest piece + "\r\n" + 12 held back + zero
     } astCases[] = {
-        {"realistic", Realistic(), 2u + kHeader.size() + 1u},
+        {"realistic", at::RealisticAttr(), 2u + kHeader.size() + 1u},
         {"every resumable printer",
          Tunnel("0C 06 00 00 00 00 00 64  7B 06 00 00 00 00 00 09  7F 06 00 00 00 00 00 05  "
                 "0D 12 C0 00 " + kSid1 + "  C8 00 02 AA BB  " +
@@ -417,7 +379,7 @@ TEST_F(Text, LengthsThatRunPastTheAttributeEndTheTextThere)
  * reads are what AddressSanitizer checks here. */
 TEST_F(Text, TruncatedAndLyingBytesStayInBounds)
 {
-    const Bytes vecAttr = Realistic();
+    const Bytes vecAttr = at::RealisticAttr();
     const std::string strFull = RenderAttr(vecAttr).strText;
     for (size_t ulCut = 1; ulCut <= vecAttr.size(); ulCut++) {
         SCOPED_TRACE(ulCut);
