@@ -17,33 +17,24 @@ TEST_F(RouteCheck, ValidityByEndpoint)
 {
     BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV4(1, 2, 0x0A000001u);
     stOdd.ucNlriLen = 0;
+    auto V4 = [](uint32_t ulAddr) { return bt::KeyV4(1, 2, ulAddr); };
     struct Case {
         const char *pcName;
         BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulKeyLen;
-        uint32_t ulKind;
-        uint32_t ulRet;
         uint32_t ulValid;
+        uint32_t ulKind = 2u;
+        uint32_t ulKeyLen = 28u;
+        uint32_t ulRet = BOL_OK;
     } const astCases[] = {
-        {"loopback, kind 1", bt::KeyV4(1, 2, 0x7F000001u), 28, 1, BOL_OK, 1},
-        {"loopback, kind 8", bt::KeyV4(1, 2, 0x7F000001u), 28, 8, BOL_OK, 1},
-        {"loopback", bt::KeyV4(1, 2, 0x7F000001u), 28, 2, BOL_OK, 0},
-        {"224.0.0.5", bt::KeyV4(1, 2, 0xE0000005u), 28, 2, BOL_OK, 0},
-        {"239.255.255.255", bt::KeyV4(1, 2, 0xEFFFFFFFu), 28, 2, BOL_OK, 0},
-        {"0.0.0.1", bt::KeyV4(1, 2, 0x00000001u), 28, 2, BOL_OK, 0},
-        {"0.0.0.0", bt::KeyV4(1, 2, 0x00000000u), 28, 2, BOL_OK, 1},
-        {"1.0.0.0", bt::KeyV4(1, 2, 0x01000000u), 28, 2, BOL_OK, 1},
-        {"223.255.255.255", bt::KeyV4(1, 2, 0xDFFFFFFFu), 28, 2, BOL_OK, 1},
-        {"240.0.0.1", bt::KeyV4(1, 2, 0xF0000001u), 28, 2, BOL_OK, 1},
-        {"255.255.255.255", bt::KeyV4(1, 2, 0xFFFFFFFFu), 28, 2, BOL_OK, 1},
-        {"10.0.0.1", bt::KeyV4(1, 2, 0x0A000001u), 28, 2, BOL_OK, 1},
-        {"::", bt::KeyV6(1, 2, 0, 0, 0, 0), 28, 2, BOL_OK, 0},
-        {"::1", bt::KeyV6(1, 2, 0, 0, 0, 1), 28, 2, BOL_OK, 1},
-        {"ff02::1", bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 28, 2, BOL_OK, 1},
-        {"other NLRI length: IPv6 ::", stOdd, 28, 2, BOL_OK, 0},
-        {"key length 0", bt::KeyV4(1, 2, 3), 0, 2, BOL_SRPOLICY_ERR, 77},
-        {"key length 27", bt::KeyV4(1, 2, 3), 27, 2, BOL_SRPOLICY_ERR, 77},
-        {"key length 29", bt::KeyV4(1, 2, 3), 29, 2, BOL_SRPOLICY_ERR, 77},
+        {"127.0.0.1, kind 1", V4(0x7F000001u), 1, 1}, {"127.0.0.1, kind 8", V4(0x7F000001u), 1, 8},
+        {"127.0.0.1", V4(0x7F000001u), 0}, {"224.0.0.5", V4(0xE0000005u), 0}, {"239.255.255.255", V4(0xEFFFFFFFu), 0},
+        {"0.0.0.1", V4(0x00000001u), 0}, {"0.0.0.0", V4(0x00000000u), 1}, {"1.0.0.0", V4(0x01000000u), 1},
+        {"223.255.255.255", V4(0xDFFFFFFFu), 1}, {"240.0.0.1", V4(0xF0000001u), 1},
+        {"255.255.255.255", V4(0xFFFFFFFFu), 1}, {"10.0.0.1", V4(0x0A000001u), 1},
+        {"::", bt::KeyV6(1, 2, 0, 0, 0, 0), 0}, {"::1", bt::KeyV6(1, 2, 0, 0, 0, 1), 1},
+        {"ff02::1", bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 1}, {"other NLRI length: IPv6 ::", stOdd, 0},
+        {"key length 0", V4(3), 77, 2, 0, BOL_SRPOLICY_ERR}, {"key length 27", V4(3), 77, 2, 27, BOL_SRPOLICY_ERR},
+        {"key length 29", V4(3), 77, 2, 29, BOL_SRPOLICY_ERR},
     };
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
