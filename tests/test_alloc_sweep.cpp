@@ -138,26 +138,15 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
     };
     /* A configured tunnel: preference, binding SID label and one segment
      * list of two labels. */
-    BOL_SRPOLICY_CFG_TNLENCAP_S stTnl;
-    BOL_SRPOLICY_CFG_SEGLIST_S stSegList;
-    memset(&stTnl, 0, sizeof(stTnl));
-    memset(&stSegList, 0, sizeof(stSegList));
-    for (BOL_SRPOLICY_LIST_HEAD_S *pstList : {&stTnl.stSegLists, &stTnl.stSRv6BsidList}) {
-        pstList->stHead.pstNext = &pstList->stHead;
-        pstList->stHead.pstPrev = &pstList->stHead;
-    }
-    stTnl.ucPrefExist = 1u;
-    stTnl.ulPreference = 100u;
-    stTnl.ucBsidExist = 1u;
-    stTnl.ulBsidLabel = 1000u;
-    stSegList.ucSegType = BOL_SRPOLICY_SEG_MPLS;
-    stSegList.ucSegNum = 2u;
-    stSegList.aulSegValue[0] = 16001u;
-    stSegList.aulSegValue[1] = 16002u;
-    DLL_Insert_In_Middle(&stTnl.stSegLists, &stTnl.stSegLists.stHead, &stSegList.stNode, &stTnl.stSegLists.stHead);
+    at::Cfg stTnl;
+    stTnl.st.ucPrefExist = 1u;
+    stTnl.st.ulPreference = 100u;
+    stTnl.st.ucBsidExist = 1u;
+    stTnl.st.ulBsidLabel = 1000u;
+    at::SetLabels(stTnl.AddSegList(), {16001u, 16002u});
     auto CfgTnl = [&]() {
         Result r = {0u, pvUntouched};
-        r.ulRet = m_stTbl.pfnParseCfg(&stTnl, sizeof(stTnl), BOL_SRPOLICY_CFG_TNL_ENCAP, &r.pvOut, m_pstInst);
+        r.ulRet = m_stTbl.pfnParseCfg(&stTnl.st, sizeof(stTnl.st), BOL_SRPOLICY_CFG_TNL_ENCAP, &r.pvOut, m_pstInst);
         if (r.pvOut == nullptr) {
             r.pvOut = pvUntouched;
         }

@@ -22,58 +22,8 @@ using bt::Hex;
 
 namespace {
 
-void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
-{
-    stList.stHead.pstNext = &stList.stHead;
-    stList.stHead.pstPrev = &stList.stHead;
-    stList.stHead.ulHandle = 0u;
-    stList.ulCount = 0u;
-}
-
-/* A configuration record with the lists the host's configuration layer
- * would hang from it; nodes live as long as the builder. */
-struct Cfg {
-    BOL_SRPOLICY_CFG_TNLENCAP_S st;
-    std::deque<BOL_SRPOLICY_CFG_SEGLIST_S> dqSegLists;
-    std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> dqSRv6Bsids;
-
-    Cfg()
-    {
-        memset(&st, 0, sizeof(st));
-        InitList(st.stSegLists);
-        InitList(st.stSRv6BsidList);
-    }
-    Cfg(const Cfg &) = delete;
-    Cfg &operator=(const Cfg &) = delete;
-
-    BOL_SRPOLICY_CFG_SEGLIST_S &AddSegList()
-    {
-        dqSegLists.emplace_back();
-        BOL_SRPOLICY_CFG_SEGLIST_S &stNode = dqSegLists.back();
-        memset(&stNode, 0, sizeof(stNode));
-        DLL_Insert_In_Middle(&st.stSegLists, st.stSegLists.stHead.pstPrev, &stNode.stNode, &st.stSegLists.stHead);
-        return stNode;
-    }
-    BOL_SRPOLICY_CFG_SRV6_BSID_S &AddSRv6Bsid()
-    {
-        dqSRv6Bsids.emplace_back();
-        BOL_SRPOLICY_CFG_SRV6_BSID_S &stNode = dqSRv6Bsids.back();
-        memset(&stNode, 0, sizeof(stNode));
-        DLL_Insert_In_Middle(&st.stSRv6BsidList, st.stSRv6BsidList.stHead.pstPrev, &stNode.stNode,
-                             &st.stSRv6BsidList.stHead);
-        return stNode;
-    }
-};
-
-void SetLabels(BOL_SRPOLICY_CFG_SEGLIST_S &stSl, std::initializer_list<uint32_t> ilLabels)
-{
-    stSl.ucSegType = BOL_SRPOLICY_SEG_MPLS;
-    stSl.ucSegNum = static_cast<uint8_t>(ilLabels.size());
-    uint32_t i = 0;
-    for (uint32_t ulLabel : ilLabels) {
-        stSl.aulSegValue[i++] = ulLabel;
-    }
-}
+using at::Cfg;
+using at::SetLabels;
 
 void SetSid(uint32_t *pulWords, uint32_t ul0, uint32_t ul3)
 {
