@@ -1,6 +1,7 @@
 /*
  * Configured tunnel encapsulation (configuration record 32): the size
- * arithmetic, the encoded attribute bytes, the refusals, and the text handler.
+ * arithmetic, the encoded attribute bytes and the refusals (its text:
+ * test_text.cpp).
  */
 #include <gtest/gtest.h>
 #include <string.h>
@@ -429,71 +430,6 @@ TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactlyAndDecode)
         }
     }
     EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* ---- Text into the configuration buffer ------------------------------------ */
-
-/* A null text buffer is the caller's small error (2, no report); a route
- * without an attribute has no text (more flag cleared, offset kept). */
-TEST_F(CfgTnlEncap, TextWithoutBufferOrAttribute)
-{
-    bt::Route stRoute;
-    uint8_t *pucNull = nullptr;
-    uint32_t ulOffset = 7u;
-    uint32_t ulMore = 9u;
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&stRoute.stRt, &pucNull, 64u, &ulOffset, &ulMore),
-              BOL_SRPOLICY_ERR_PARA);
-    EXPECT_EQ(ulMore, 9u);
-    char acBuf[64];
-    uint8_t *pucBuf = reinterpret_cast<uint8_t *>(acBuf);
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&stRoute.stRt, &pucBuf, 64u, &ulOffset, &ulMore), BOL_OK);
-    EXPECT_EQ(ulMore, 0u);
-    EXPECT_EQ(ulOffset, 7u);
-    EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* The configuration text is the attribute text of the display, without its
- * leading line break, resumed over calls in the same way. */
-TEST_F(CfgTnlEncap, TextIsTheAttributeTextWithoutLeadingBreak)
-{
-    Cfg stCfg;
-    stCfg.st.ucPrefExist = 1;
-    stCfg.st.ulPreference = 100;
-    SetLabels(stCfg.AddSegList(), {100, 200});
-    Bytes vecAttr;
-    ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
-    bt::Route stRoute;
-    stRoute.SetAttr(vecAttr);
-
-    for (uint32_t ulRoom : {4096u, 80u}) {
-        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
-        std::string strCfg;
-        std::string strDisplay;
-        uint32_t ulOffset = 0u;
-        uint32_t ulMore = 1u;
-        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
-            std::vector<char> vecBuf(ulRoom, '\0');
-            uint8_t *pucCur = reinterpret_cast<uint8_t *>(vecBuf.data());
-            ASSERT_EQ(BOL_SRPOLICY_FormatCfg(&stRoute.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucCur, ulRoom, &ulOffset,
-                                             &ulMore),
-                      BOL_OK);
-            EXPECT_EQ(pucCur, reinterpret_cast<uint8_t *>(vecBuf.data()));
-            strCfg += vecBuf.data();
-        }
-        EXPECT_EQ(ulMore, 0u);
-        ulOffset = 0u;
-        ulMore = 1u;
-        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
-            std::vector<char> vecBuf(ulRoom + 2u, '\0');
-            ASSERT_EQ(BOL_SRPOLICY_Data2Str(&stRoute.stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulRoom + 2u,
-                                            &ulOffset, &ulMore, m_pstInst),
-                      BOL_OK);
-            ASSERT_EQ(std::string(vecBuf.data(), 2), "\r\n");
-            strDisplay += vecBuf.data() + 2;
-        }
-        EXPECT_EQ(strCfg, strDisplay);
-        EXPECT_NE(strCfg.find("Preference: 100"), std::string::npos);
-    }
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 /*
  * Display text of route keys (text type 1) and of stored Tunnel
- * Encapsulation attributes (type 128), as the host reaches it through the
- * procedure table: the lines of every printer, rendering spread over many
- * small buffers, and attribute bytes that lie about their lengths.
+ * Encapsulation attributes (type 128), and the attribute's configuration
+ * text (record 32), as the host reaches them through the procedure table:
+ * the lines of every printer, rendering spread over many small buffers, and
+ * attribute bytes that lie about their lengths.
  */
 #include <gtest/gtest.h>
 #include <string.h>
@@ -338,6 +339,52 @@ TEST_F(Text, EverySizeJoinsIntoTheSingleCallText)
         EXPECT_EQ(RenderAttr(c.vecAttr, strFull.size() + 2u + 12u + 1u).ulMore, 0u);
         EXPECT_EQ(RenderAttr(c.vecAttr, strFull.size() + 2u + 12u).ulMore, 1u);
     }
+}
+
+/* ---- Configuration text (record 32) ---------------------------------------- */
+
+/* The display text without its leading line break, resumed over calls in the
+ * same way; a null buffer is the caller's small error (2, not reported) and a
+ * route without an attribute has no text (more flag cleared, offset kept). */
+TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
+{
+    const Bytes vecAttr =
+        Tunnel("0C 06 00 00 00 00 00 64 " + SegList("01 06 00 00 00 06 40 00  01 06 00 00 00 0C 80 00"));
+    bt::Route rt;
+    rt.SetAttr(vecAttr);
+    for (uint32_t ulRoom : {4096u, 80u}) {
+        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
+        std::string strCfg;
+        uint32_t ulOffset = 0u;
+        uint32_t ulMore = 1u;
+        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
+            std::vector<char> vecBuf(ulRoom, '\0');
+            uint8_t *pucCur = reinterpret_cast<uint8_t *>(vecBuf.data());
+            ASSERT_EQ(m_stTbl.pfnFormatCfg(&rt.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucCur, ulRoom, &ulOffset, &ulMore),
+                      BOL_OK);
+            EXPECT_EQ(pucCur, reinterpret_cast<uint8_t *>(vecBuf.data()));
+            strCfg += vecBuf.data();
+        }
+        EXPECT_EQ(ulMore, 0u);
+        std::string strDisplay;
+        ASSERT_TRUE(RenderAll(vecAttr, ulRoom + 2u, strDisplay));
+        EXPECT_EQ(strCfg, strDisplay);
+        EXPECT_NE(strCfg.find("Preference: 100"), std::string::npos);
+    }
+
+    bt::Route rtNone;
+    uint8_t *pucNull = nullptr;
+    uint32_t ulOffset = 7u;
+    uint32_t ulMore = 9u;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucNull, 64u, &ulOffset, &ulMore),
+              BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(ulMore, 9u);
+    char acBuf[64];
+    uint8_t *pucBuf = reinterpret_cast<uint8_t *>(acBuf);
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 64u, &ulOffset, &ulMore), BOL_OK);
+    EXPECT_EQ(ulMore, 0u);
+    EXPECT_EQ(ulOffset, 7u);
+    EXPECT_EQ(ReportCount(), 0u);
 }
 
 /* ---- Bytes that did not come from the decoder ---------------------------------- */
