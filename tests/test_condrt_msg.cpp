@@ -1,8 +1,8 @@
 /*
- * Conditional-route messages: the subscription key both ways, the route key,
- * and the TLVs of the attribute message rebuilt from the stored attribute
- * through the emission table, with their room checks and unwritten reserved
- * bytes.
+ * Conditional-route messages: the subscription key both ways (the route key
+ * message: test_route_key.cpp), and the TLVs of the attribute message
+ * rebuilt from the stored attribute through the emission table, with their
+ * room checks and unwritten reserved bytes.
  */
 #include <gtest/gtest.h>
 #include <string.h>
@@ -105,47 +105,6 @@ TEST_F(CondRtMsg, RouteWithoutAttribute)
     EXPECT_EQ(pucCur, aucBuf);
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
-/* ---- Route key message (121) ----------------------------------------------- */
-
-TEST_F(CondRtMsg, RouteKeyMessageIsTheKeyInNetworkOrder)
-{
-    struct Row {
-        const char *pcName;
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulRoom;
-        uint32_t ulRet;
-        const char *pcHex; /* the bytes written, or "" */
-    } const astRows[] = {
-        {"IPv4 endpoint", bt::KeyV4(1, 2, 0x0A000001u), 28, BOL_OK,
-         /* NLRI length, 3 zero, distinguisher, color, endpoint words */
-         "60 00 00 00 | 00 00 00 01 | 00 00 00 02 | 0A 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"},
-        {"IPv6 endpoint", bt::KeyV6(0x01020304u, 0xA0B0C0D0u, 0x20010DB8u, 0, 0, 9), 40, BOL_OK,
-         "C0 00 00 00 | 01 02 03 04 | A0 B0 C0 D0 | 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 09"},
-        {"room 27", bt::KeyV4(1, 2, 3), 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        bt::Route stRoute;
-        stRoute.SetKey(stRow.stKey);
-        Bytes vecBuf(40, kFill);
-        uint8_t *pucCur = vecBuf.data();
-        EXPECT_EQ(BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_RTKEY, &pucCur, stRow.ulRoom,
-                                         m_pstInst),
-                  stRow.ulRet);
-        Bytes vecWant = Hex(stRow.pcHex);
-        EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
-        vecWant.resize(vecBuf.size(), kFill);
-        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
-    }
-
-    bt::Route stNoKey;
-    uint8_t aucBuf[28];
-    uint8_t *pucCur = aucBuf;
-    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtRouteKey(&stNoKey.stRt, &pucCur, 28u, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(pucCur, aucBuf);
-    EXPECT_EQ(ReportCount(), 0u);
 }
 
 /* ---- The attribute message from the stored attribute (122) ---------------- */

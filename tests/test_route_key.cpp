@@ -1,8 +1,12 @@
 /*
- * The route key away from the wire: its order, the HA prefix TLV (messages 3
- * and 5) and the configured prefix record (type 2), each both ways.
+ * The route key: its order, its writers (wire NLRI, HA prefix TLV of messages
+ * 3 and 5, route key message 121), reading the HA prefix TLV and the
+ * configured prefix record (type 2) both ways.
  */
 #include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
 
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
@@ -60,33 +64,55 @@ TEST_F(RouteKey, AttributeOrder)
     EXPECT_EQ(ReportCount(), 1u);
 }
 
-TEST_F(RouteKey, HaPrefixTlvWrite)
+/* Every writer of the key: the NLRI on the wire (path attributes 14 and 15)
+ * and the 28-byte TLV of the HA messages 3 and 5 and of the route key
+ * message 121. Bytes past what was written keep the caller's fill. */
+TEST_F(RouteKey, KeyWriters)
 {
+    using Writer = std::pair<decltype(BOL_PROC_TBL_S::pfnFormatPkt), uint32_t>;
+    const std::vector<Writer> vecWire = {{m_stTbl.pfnFormatPkt, 14}, {m_stTbl.pfnFormatPkt, 15}};
+    const std::vector<Writer> vecTlv = {{m_stTbl.pfnFormatHaMsg, 3}, {m_stTbl.pfnFormatHaMsg, 5},
+                                        {m_stTbl.pfnFormatMsg, 121}};
+    const BOL_SRPOLICY_NLRI_S stV6 = bt::KeyV6(0x01020304u, 0xA0B0C0D0u, 0x20010DB8u, 0, 0, 9);
+    BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV6(1, 100, 1, 2, 3, 4);
+    stOdd.ucNlriLen = 0;  // anything but 96 is written in the IPv6 form
     struct Case {
         const char *pcName;
+        const std::vector<Writer> &vecWriters;
         bool bKey;
+        BOL_SRPOLICY_NLRI_S stKey;
         uint32_t ulRoom;
         uint32_t ulRet;
-        const char *pcHex;  // length · reserved · distinguisher · color · endpoint words
-    } astCases[] = {
-        {"room 28", true, 28, BOL_OK, "60 000000 00000001 00000064 0A000001 00000000 00000000 00000000"},
-        {"room 27", true, 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
-        {"no key", false, 28, BOL_ERR_NO_DATA, ""},
+        const char *pcHex;  // length [· reserved] · distinguisher · color · endpoint
+    } const astCases[] = {
+        {"wire v4", vecWire, true, kV4, 13, BOL_OK, "60 00000001 00000064 0A000001"},
+        {"wire v4, room 12", vecWire, true, kV4, 12, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
+        {"wire v6", vecWire, true, stV6, 25, BOL_OK, "C0 01020304 A0B0C0D0 20010DB8 00000000 00000000 00000009"},
+        {"wire v6, room 24", vecWire, true, stV6, 24, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
+        {"wire, odd length", vecWire, true, stOdd, 25, BOL_OK,
+         "C0 00000001 00000064 00000001 00000002 00000003 00000004"},
+        {"TLV v4", vecTlv, true, kV4, 28, BOL_OK, "60 000000 00000001 00000064 0A000001 00000000 00000000 00000000"},
+        {"TLV v6", vecTlv, true, stV6, 28, BOL_OK, "C0 000000 01020304 A0B0C0D0 20010DB8 00000000 00000000 00000009"},
+        {"TLV, room 27", vecTlv, true, kV4, 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
+        {"TLV, no key", vecTlv, false, kV4, 28, BOL_ERR_NO_DATA, ""},
     };
     for (const Case &c : astCases) {
-        for (uint32_t ulType : {BOL_SRPOLICY_HAMSG_PREFIX, BOL_SRPOLICY_HAMSG_PREFIX_ALT}) {
-            SCOPED_TRACE(testing::Message() << c.pcName << ", type " << ulType);
+        for (const Writer &stWriter : c.vecWriters) {
+            SCOPED_TRACE(testing::Message() << c.pcName << ", type " << stWriter.second);
             bt::Route rt;
             if (c.bKey) {
-                rt.SetKey(kV4);
+                rt.SetKey(c.stKey);
             }
-            bt::Bytes vecBuf(c.ulRoom, bt::kCanary);
+            bt::Bytes vecBuf(c.ulRoom + 8u, bt::kCanary);
             uint8_t *pucCur = vecBuf.data();
-            EXPECT_EQ(m_stTbl.pfnFormatHaMsg(&rt.stRt, ulType, &pucCur, c.ulRoom, m_pstInst), c.ulRet);
-            EXPECT_EQ(bt::ToHex(vecBuf.data(), static_cast<size_t>(pucCur - vecBuf.data())),
-                      bt::ToHex(bt::Hex(c.pcHex)));
+            EXPECT_EQ(stWriter.first(&rt.stRt, stWriter.second, &pucCur, c.ulRoom, m_pstInst), c.ulRet);
+            bt::Bytes vecWant = bt::Hex(c.pcHex);
+            EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
+            vecWant.resize(vecBuf.size(), bt::kCanary);
+            EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
         }
     }
+    EXPECT_EQ(ReportCount(), 0u);
 }
 
 TEST_F(RouteKey, HaPrefixTlvRead)
