@@ -115,39 +115,6 @@ TEST_F(RouteKey, KeyWriters)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
-TEST_F(RouteKey, HaPrefixTlvRead)
-{
-    int iMark = 0;
-    void *const pvUntouched = &iMark;
-    struct Case {
-        const char *pcName;
-        const char *pcHex;  // length · reserved · distinguisher · color · endpoint words [· extra]
-        uint32_t ulRet;
-        BOL_SRPOLICY_NLRI_S stKey;
-    } astCases[] = {
-        {"v4, words 1-3 kept", "60 FFFFFF 00000001 00000064 0A000001 00000002 00000003 00000004", BOL_OK,
-         bt::KeyV4(1, 100, 0x0A000001u)},
-        {"v6 and a 29th byte", "C0 000000 00000001 00000064 20010DB8 00000000 00000000 00000001 · EE", BOL_OK, kV6},
-        {"27 bytes", "80 000000 00000001 00000064 0A000001 00000000 00000000 000000", BOL_ERR_HA_TLV_SHORT, {}},
-        {"length 128", "80 000000 00000001 00000064 0A000001 00000000 00000000 00000000", BOL_ERR_HA_NLRI_LEN, {}},
-    };
-    astCases[0].stKey.aulEndpoint[1] = 2;
-    astCases[0].stKey.aulEndpoint[2] = 3;
-    astCases[0].stKey.aulEndpoint[3] = 4;
-    for (const Case &c : astCases) {
-        SCOPED_TRACE(c.pcName);
-        bt::Bytes vecIn = bt::Hex(c.pcHex);
-        void *pvOut = pvUntouched;
-        EXPECT_EQ(m_stTbl.pfnParseHaMsg(vecIn.data(), static_cast<uint32_t>(vecIn.size()), 5, &pvOut, m_pstInst),
-                  c.ulRet);
-        if (c.ulRet == BOL_OK) {
-            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
-        } else {
-            EXPECT_EQ(pvOut, pvUntouched);
-        }
-    }
-}
-
 bt::Bytes CfgRecord(uint32_t ulKind, uint32_t ulV4, uint8_t ucIsV6)
 {
     BOL_SRPOLICY_CFG_PREFIX_S st;
@@ -163,33 +130,54 @@ bt::Bytes CfgRecord(uint32_t ulKind, uint32_t ulV4, uint8_t ucIsV6)
     return bt::Bytes(puc, puc + sizeof(st));
 }
 
-TEST_F(RouteKey, CfgPrefixRead)
+/* The key read from the HA prefix TLV (message 5) and from the configured
+ * prefix record (type 2); a refusal leaves the out argument alone. */
+TEST_F(RouteKey, KeyReaders)
 {
     bt::Bytes vecLong = CfgRecord(14, 0x0A000001u, 0);
     vecLong.push_back(0);
+    BOL_SRPOLICY_NLRI_S stWords = kV4;
+    stWords.aulEndpoint[1] = 2;
+    stWords.aulEndpoint[2] = 3;
+    stWords.aulEndpoint[3] = 4;
     struct Case {
         const char *pcName;
-        bt::Bytes vecIn;
+        bool bCfg;
+        bt::Bytes vecIn;  // TLV: length · reserved · distinguisher · color · endpoint words [· extra]
         uint32_t ulRet;
         BOL_SRPOLICY_NLRI_S stKey;
-    } astCases[] = {
-        {"v4 ignores v6 bytes", CfgRecord(14, 0x0A000001u, 0), BOL_OK, kV4},
-        {"any non-zero is v6", CfgRecord(14, 0x0A000001u, 7), BOL_OK, kV6},
-        {"kind 13", CfgRecord(13, 0x0A000001u, 0), BOL_ERR_CFG_TYPE, {}},
-        {"88 bytes", bt::Bytes(vecLong.begin(), vecLong.end() - 2), BOL_ERR_PARAM, {}},
-        {"90 bytes", vecLong, BOL_ERR_PARAM, {}},
+        size_t ulReports;
+    } const astCases[] = {
+        {"TLV v4, words 1-3 kept", false,
+         bt::Hex("60 FFFFFF 00000001 00000064 0A000001 00000002 00000003 00000004"), BOL_OK, stWords, 0},
+        {"TLV v6 and a 29th byte", false,
+         bt::Hex("C0 000000 00000001 00000064 20010DB8 00000000 00000000 00000001 · EE"), BOL_OK, kV6, 0},
+        {"TLV of 27 bytes", false, bt::Hex("80 000000 00000001 00000064 0A000001 00000000 00000000 000000"),
+         BOL_ERR_HA_TLV_SHORT, {}, 0},
+        {"TLV length 128", false, bt::Hex("80 000000 00000001 00000064 0A000001 00000000 00000000 00000000"),
+         BOL_ERR_HA_NLRI_LEN, {}, 0},
+        {"record v4 ignores v6 bytes", true, CfgRecord(14, 0x0A000001u, 0), BOL_OK, kV4, 0},
+        {"record: any non-zero is v6", true, CfgRecord(14, 0x0A000001u, 7), BOL_OK, kV6, 0},
+        {"record kind 13", true, CfgRecord(13, 0x0A000001u, 0), BOL_ERR_CFG_TYPE, {}, 0},
+        {"record of 88 bytes", true, bt::Bytes(vecLong.begin(), vecLong.end() - 2), BOL_ERR_PARAM, {}, 1},
+        {"record of 90 bytes", true, vecLong, BOL_ERR_PARAM, {}, 1},
     };
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
-        void *pvOut = nullptr;
-        EXPECT_EQ(m_stTbl.pfnParseCfg(c.vecIn.data(), static_cast<uint32_t>(c.vecIn.size()),
-                                      BOL_SRPOLICY_CFG_PREFIX, &pvOut, m_pstInst),
+        tp::Reset();
+        int iMark = 0;
+        void *pvOut = &iMark;
+        const uint32_t ulLen = static_cast<uint32_t>(c.vecIn.size());
+        EXPECT_EQ(c.bCfg ? m_stTbl.pfnParseCfg(c.vecIn.data(), ulLen, BOL_SRPOLICY_CFG_PREFIX, &pvOut, m_pstInst)
+                         : m_stTbl.pfnParseHaMsg(c.vecIn.data(), ulLen, 5, &pvOut, m_pstInst),
                   c.ulRet);
         if (c.ulRet == BOL_OK) {
             EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
+        } else {
+            EXPECT_EQ(pvOut, &iMark);
         }
+        EXPECT_EQ(ReportCount(), c.ulReports);
     }
-    EXPECT_EQ(ReportCount(), 2u);  // the wrong lengths
 }
 
 TEST_F(RouteKey, CfgPrefixWriteTouchesOnlyKeyFields)
