@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <deque>
+#include <functional>
 #include <random>
 #include <string>
 #include <utility>
@@ -169,75 +169,73 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
 
 /* ---- Refusals and failures ------------------------------------------------- */
 
-TEST_F(CfgTnlEncap, RefusesARecordOfAnotherLength)
+/* Refusals come before any allocation, with one report: a record of another
+ * length, a SID structure longer than the SID, an attribute beyond the 16-bit
+ * tunnel length. Each row also gives the computed size, which wraps modulo
+ * 65536. */
+TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
 {
-    Cfg stCfg;
-    const uint32_t ulSize = sizeof(stCfg.st); /* 72 on the 32-bit target */
-    for (uint32_t ulLen : {ulSize - 1u, ulSize + 1u}) {
-        SCOPED_TRACE(ulLen);
+    auto Structure = [](uint8_t ucFlags, uint32_t ulStructure) {
+        return [=](Cfg &c) {
+            c.AddSRv6Bsid();
+            c.AddSRv6Bsid().ucFlags = ucFlags;
+            c.dqSRv6Bsids.back().ulSidStructure = ulStructure;
+        };
+    };
+    /* Every piece is a multiple of 4 bytes, so 65532 is the largest size
+     * there is; a binding SID label instead of its flags alone adds 4. */
+    auto Largest = [](uint32_t ulBsidLabel) {
+        return [=](Cfg &c) {
+            for (uint32_t n = 0; n < 202u; n++) {
+                BOL_SRPOLICY_CFG_SEGLIST_S &stSl = c.AddSegList();
+                stSl.ucSegType = BOL_SRPOLICY_SEG_SRV6;
+                stSl.ucSegNum = 16;
+                for (uint32_t i = 0; i < 16u; i++) {
+                    stSl.aulSegValue[4u * i] = n + 1u;
+                }
+            }
+            SetLabels(c.AddSegList(), {1, 2, 3, 4, 5, 6, 7, 8, 9});
+            c.st.ucBsidExist = 1;
+            c.st.ulBsidLabel = ulBsidLabel;
+        };
+    };
+    struct Row {
+        const char *pcName;
+        std::function<void(Cfg &)> fnBuild;
+        int iLenDelta; /* the record length passed, against its size */
+        uint32_t ulRet;
+        uint16_t usSize;
+    } const astRows[] = {
+        {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
+        {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},
+        {"SID structure of 32+16+16+64 bits", Structure(0x20, 0x20101040u), 0, BOL_OK, 52},
+        {"SID structure of 129 bits", Structure(0x20, 0x20101041u), 0, BOL_ERR_PARAM, 52},
+        {"no B-flag: the structure is not encoded", Structure(0x00, 0xFFFFFFFFu), 0, BOL_OK, 44},
+        {"65532 bytes", Largest(0), 0, BOL_OK, 65532},
+        {"65536 bytes", Largest(1), 0, BOL_ERR_PARAM, 0},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
         tp::Reset();
+        Cfg stCfg;
+        stRow.fnBuild(stCfg);
+        EXPECT_EQ(TunAttrLen(stCfg), stRow.usSize);
         void *pvOut = nullptr;
-        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(&stCfg.st, ulLen, &pvOut, m_pstInst), BOL_ERR_PARAM);
+        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(
+                      &stCfg.st, static_cast<uint32_t>(static_cast<int>(sizeof(stCfg.st)) + stRow.iLenDelta), &pvOut,
+                      m_pstInst),
+                  stRow.ulRet);
+        if (stRow.ulRet == BOL_OK) {
+            Bytes vecAttr = bt::TakeOutput(pvOut).Attr();
+            EXPECT_EQ(vecAttr.size(), stRow.usSize);
+            EXPECT_EQ(((vecAttr[2] << 8) | vecAttr[3]) + 4u, vecAttr.size()) << "tunnel length";
+            EXPECT_EQ(ReportCount(), 0u);
+            continue;
+        }
+        EXPECT_EQ(pvOut, nullptr);
         ASSERT_EQ(ReportCount(), 1u);
         EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
         EXPECT_EQ(tp::AllocCalls(), 0u);
-        EXPECT_EQ(pvOut, nullptr);
-    }
-}
-
-/* Every piece is a multiple of 4 bytes, so 65532 is the largest size there
- * is; one piece more than that no longer fits the 16-bit tunnel length. */
-TEST_F(CfgTnlEncap, SizeLimitIsTheSixteenBitTunnelLength)
-{
-    Cfg stCfg;
-    for (uint32_t n = 0; n < 202u; n++) {
-        BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
-        stSl.ucSegType = BOL_SRPOLICY_SEG_SRV6;
-        stSl.ucSegNum = 16;
-        for (uint32_t i = 0; i < 16u; i++) {
-            stSl.aulSegValue[4u * i] = n + 1u;
-        }
-    }
-    SetLabels(stCfg.AddSegList(), {1, 2, 3, 4, 5, 6, 7, 8, 9});
-    stCfg.st.ucBsidExist = 1; /* flags only: 4 bytes */
-
-    Bytes vecAttr;
-    ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
-    EXPECT_EQ(bt::ToHex(vecAttr.data(), 4), "00 0F FF F8");
-
-    stCfg.st.ulBsidLabel = 1; /* 8 bytes: 65536 in all */
-    EXPECT_EQ(TunAttrLen(stCfg), 0u);
-    tp::Reset();
-    EXPECT_EQ(Encode(stCfg, vecAttr), BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 1u);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
-TEST_F(CfgTnlEncap, RefusesSidStructureLongerThanTheSid)
-{
-    struct Row {
-        uint8_t ucFlags;
-        uint32_t ulStructure;
-        uint32_t ulRet;
-    } const astRows[] = {
-        {0x20, 0x20101040u, BOL_OK},        /* 32+16+16+64 = 128 */
-        {0x20, 0x20101041u, BOL_ERR_PARAM}, /* 129 */
-        {0x00, 0xFFFFFFFFu, BOL_OK}, /* no B-flag: the structure is not encoded */
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(::testing::Message() << "flags " << int(stRow.ucFlags) << " structure " << stRow.ulStructure);
-        tp::Reset();
-        Cfg stCfg;
-        stCfg.AddSRv6Bsid();
-        BOL_SRPOLICY_CFG_SRV6_BSID_S &stBsid = stCfg.AddSRv6Bsid();
-        stBsid.ucFlags = stRow.ucFlags;
-        stBsid.ulSidStructure = stRow.ulStructure;
-        Bytes vecAttr;
-        EXPECT_EQ(Encode(stCfg, vecAttr), stRow.ulRet);
-        EXPECT_EQ(ReportCount(), stRow.ulRet == BOL_OK ? 0u : 1u);
-        if (stRow.ulRet != BOL_OK) {
-            EXPECT_EQ(tp::AllocCalls(), 0u);
-        }
     }
 }
 
