@@ -324,43 +324,6 @@ TEST_F(Dispatch, NullArgumentsAreReportedWithTheDispatchersModule)
     EXPECT_EQ(tp::Reports().back().strModule, "bol_srpolicy_cmp");
 }
 
-/* Every lookup scans only its own table, first match wins, unknown gives null. */
-TEST(Lookup, FindsEachRowOfItsTableAndNothingElse)
-{
-    struct Case {
-        const BOL_SRPOLICY_PROC_ENTRY_S *(*pfnLookup)(uint32_t);
-        const BOL_SRPOLICY_PROC_ENTRY_S *pstTbl;
-        size_t ulRows;
-    } astCases[] = {
-        {BOL_SRPOLICY_GetPktParseEntry, g_astBOL_SRPOLICY_PKT_PARSE_TBL, 3},
-        {BOL_SRPOLICY_GetPktFormatEntry, g_astBOL_SRPOLICY_PKT_FORMAT_TBL, 3},
-        {BOL_SRPOLICY_GetAttrSetEntry, g_astBOL_SRPOLICY_SET_ATTR_TBL, 1},
-        {BOL_SRPOLICY_GetBgpiMsgParseEntry, g_astBOL_SRPOLICY_MSG_PARSE_TBL, 2},
-        {BOL_SRPOLICY_GetBgpiMsgFormatEntry, g_astBOL_SRPOLICY_MSG_FORMAT_TBL, 3},
-        {BOL_SRPOLICY_GetHaiMsgParseEntry, g_astBOL_SRPOLICY_HA_MSG_PARSE_TBL, 2},
-        {BOL_SRPOLICY_GetHaiMsgFormatEntry, g_astBOL_SRPOLICY_HA_MSG_FORMAT_TBL, 2},
-        {BOL_SRPOLICY_GetAttrMsgParseEntry, g_astBOL_SRPOLICY_ATTR_MSG_PARSE_TBL, 1},
-        {BOL_SRPOLICY_GetAttrMsgFormatEntry, g_astBOL_SRPOLICY_ATTR_MSG_FORMAT_TBL, 1},
-        {BOL_SRPOLICY_GetCfgParseEntry, g_astBOL_SRPOLICY_CFG_PARSE_TBL, 2},
-        {BOL_SRPOLICY_GetCfgFormatEntry, g_astBOL_SRPOLICY_CFG_FORMAT_TBL, 2},
-        {BOL_SRPOLICY_GetDataCmpEntry, g_astBOL_SRPOLICY_CMP_DATA_TBL, 2},
-        {BOL_SRPOLICY_GetData2StrEntry, g_astBOL_SRPOLICY_DATA2STR_TBL, 2},
-        {BOL_SRPOLICY_GetConstructSubsKeyEntry, g_astBOL_SRPOLICY_CONSTRUCT_SUBSKEY_TBL, 1},
-        {BOL_SRPOLICY_GetTunEncapSubTlvParseEntry, g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL, 9},
-        {BOL_SRPOLICY_GetOutputTnlEncapTlvEntry, g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL, 9},
-    };
-    for (size_t c = 0; c < sizeof(astCases) / sizeof(astCases[0]); c++) {
-        SCOPED_TRACE(c);
-        const Case &k = astCases[c];
-        for (size_t r = 0; r < k.ulRows; r++) {
-            EXPECT_EQ(k.pfnLookup(k.pstTbl[r].ulType), &k.pstTbl[r]);
-        }
-        for (uint32_t ulType : {0u, 1000u, 0xFFFFFFFFu}) {
-            EXPECT_EQ(k.pfnLookup(ulType), nullptr);
-        }
-    }
-}
-
 TEST(Lookup, TablesHoldTheContractTypesInOrder)
 {
     const uint32_t aulSubTlv[] = {12, 13, 128, 127, 126, 20, 129, 130, 123};
