@@ -47,6 +47,10 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
     const uint32_t N = BOL_SRPOLICY_ERR_NOMEM;
     const uint32_t D = BOL_ERR_NO_DATA; /* the setter's answer to any decode failure */
     void *const pvUntouched = &g_iHostCtx;
+    /* For the handlers that store null when they hand nothing over. */
+    auto NullIsNothing = [pvUntouched](Result r) {
+        return Result{r.ulRet, r.pvOut != nullptr ? r.pvOut : pvUntouched};
+    };
 
     /* Each call works on fresh copies of its input: decoding clears bits in
      * the bytes it is given. */
@@ -67,10 +71,7 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
             rt.SetAttr(vecHeld);
             Result r = {0u, pvUntouched};
             r.ulRet = m_stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &r.pvOut, m_pstInst);
-            if (r.pvOut == nullptr) {
-                r.pvOut = pvUntouched; /* the setter stores null only when it has no bytes */
-            }
-            return r;
+            return NullIsNothing(r);
         };
     };
     auto Ha = [&](uint32_t ulType, const Bytes &vecIn) {
@@ -130,10 +131,7 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
             Result r = {0u, pvUntouched};
             r.ulRet = m_stTbl.pfnParseAttrMsg(vecMsg.data(), static_cast<uint32_t>(vecMsg.size()),
                                               BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &r.pvOut, m_pstInst);
-            if (r.pvOut == nullptr) {
-                r.pvOut = pvUntouched;
-            }
-            return r;
+            return NullIsNothing(r);
         };
     };
     /* A configured tunnel: preference, binding SID label and one segment
@@ -147,10 +145,7 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
     auto CfgTnl = [&]() {
         Result r = {0u, pvUntouched};
         r.ulRet = m_stTbl.pfnParseCfg(&stTnl.st, sizeof(stTnl.st), BOL_SRPOLICY_CFG_TNL_ENCAP, &r.pvOut, m_pstInst);
-        if (r.pvOut == nullptr) {
-            r.pvOut = pvUntouched;
-        }
-        return r;
+        return NullIsNothing(r);
     };
 
     const Bytes vecNlriV6 = Hex("C0 00000001 00000064 20010DB8 00000000 00000000 00000001 · 60");
