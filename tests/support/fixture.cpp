@@ -77,12 +77,8 @@ BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr)
 
 BOL_SRPOLICY_NLRI_S KeyV6(uint32_t ulDist, uint32_t ulColor, uint32_t ul0, uint32_t ul1, uint32_t ul2, uint32_t ul3)
 {
-    BOL_SRPOLICY_NLRI_S st;
-    memset(&st, 0, sizeof(st));
+    BOL_SRPOLICY_NLRI_S st = KeyV4(ulDist, ulColor, ul0);
     st.ucNlriLen = BOL_SRPOLICY_NLRI_LEN_IPV6;
-    st.ulDistinguisher = ulDist;
-    st.ulPolicyColor = ulColor;
-    st.aulEndpoint[0] = ul0;
     st.aulEndpoint[1] = ul1;
     st.aulEndpoint[2] = ul2;
     st.aulEndpoint[3] = ul3;
