@@ -1,7 +1,7 @@
 /*
  * SR Policy NLRI through the packet dispatchers: one NLRI per call with the
- * cursor and the more flag, and the host's loop over a run of NLRI written
- * by the encoder.
+ * cursor and the more flag (the encoder's bytes and the round trip:
+ * test_route_key.cpp).
  */
 #include <gtest/gtest.h>
 
@@ -97,42 +97,7 @@ TEST_F(Nlri, OutputFailureStillMovesPastLengthByte)
     EXPECT_EQ(pvOut, kUntouched);
 }
 
-/* Keys of both families, encoded through the format dispatcher one after the
- * other and read back the way a host loops on the more flag. */
-TEST_F(Nlri, RunOfMixedNlriRoundTrips)
-{
-    std::vector<BOL_SRPOLICY_NLRI_S> vecKeys;
-    for (uint32_t i = 0; i < 500u; i++) {
-        vecKeys.push_back((i % 3u == 0u) ? bt::KeyV6(i, ~i, 0xFE800000u + i, i << 8, 0, i * 7u)
-                                         : bt::KeyV4(0x80000000u | i, i * 13u, 0x0A000000u + i));
-    }
-    bt::Bytes vecWire(500u * 25u);
-    uint8_t *pucWr = vecWire.data();
-    for (const BOL_SRPOLICY_NLRI_S &stKey : vecKeys) {
-        bt::Route rt;
-        rt.SetKey(stKey);
-        uint32_t ulRoom = static_cast<uint32_t>(vecWire.data() + vecWire.size() - pucWr);
-        ASSERT_EQ(m_stTbl.pfnFormatPkt(&rt.stRt, 14, &pucWr, ulRoom, m_pstInst), BOL_OK);
-    }
-    vecWire.resize(static_cast<size_t>(pucWr - vecWire.data()));
-
-    uint8_t *pucCur = vecWire.data();
-    uint32_t ulMore = 1;
-    size_t n = 0;
-    while (ulMore != 0u && n < vecKeys.size()) {
-        void *pvOut = nullptr;
-        uint32_t ulLeft = static_cast<uint32_t>(vecWire.data() + vecWire.size() - pucCur);
-        ASSERT_EQ(m_stTbl.pfnParsePkt(&pucCur, ulLeft, &g_iCtx, 15, &pvOut, &ulMore, m_pstInst), BOL_OK);
-        BOL_SRPOLICY_NLRI_S stGot = bt::TakeOutput(pvOut).Key();
-        ASSERT_EQ(memcmp(&stGot, &vecKeys[n], sizeof(stGot)), 0) << "key " << n;
-        n++;
-    }
-    EXPECT_EQ(n, vecKeys.size());
-    EXPECT_EQ(pucCur, vecWire.data() + vecWire.size());
-}
-
-/* The bytes of the encoder: test_route_key.cpp. Without a key and without a
- * buffer the two types answer differently. */
+/* Without a key and without a buffer the two types answer differently. */
 TEST_F(Nlri, EncodeWithoutKeyOrBuffer)
 {
     bt::Route rtNoKey;
