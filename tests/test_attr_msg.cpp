@@ -1,6 +1,7 @@
 /*
- * Attribute message 47: the stored attribute value written byte for byte,
- * and read back into an output block carrying path attribute 23.
+ * Attribute message 47 (and path attribute 23): the stored attribute value
+ * written byte for byte, and message 47 read into an output block carrying
+ * path attribute 23.
  */
 #include <gtest/gtest.h>
 #include <string.h>
@@ -54,47 +55,42 @@ TEST_F(AttrMsg, WritersCopyTheStoredValueWhenItFits)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
-/* Written, then read back: attribute type 23, flags 0, the same bytes. Any
- * bytes are carried, also ones that are no valid attribute. */
+/* The reader hands any bytes on as attribute 23 with flags 0, also ones
+ * that are no valid attribute; the length is carried in 16 bits. An empty
+ * message has nothing to copy and gets the allocation failure's code. */
 TEST_F(AttrMsg, ReaderHandsTheBytesOnAsAttribute23)
 {
-    for (const char *pcHex : {kAttrHex, "FF", "00 0F 00 FF 01"}) {
-        SCOPED_TRACE(pcHex);
-        bt::Route stRoute;
-        stRoute.SetAttr(Hex(pcHex));
-        Bytes vecMsg(64, 0u);
-        uint8_t *pucCur = vecMsg.data();
-        ASSERT_EQ(BOL_SRPOLICY_FormatAttrMsg(&stRoute.stRt, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &pucCur, 64u, m_pstInst),
-                  BOL_OK);
-        vecMsg.resize(static_cast<size_t>(pucCur - vecMsg.data()));
-
+    struct Row {
+        const char *pcName;
+        Bytes vecMsg;
+        uint32_t ulRet;
+        const char *pcAttr;
+    } const astRows[] = {
+        {"an attribute", Hex(kAttrHex), BOL_OK, kAttrHex},
+        {"one byte", Hex("FF"), BOL_OK, "FF"},
+        {"a tunnel length beyond the bytes", Hex("00 0F 00 FF 01"), BOL_OK, "00 0F 00 FF 01"},
+        {"65539 bytes", Bytes(65536u + 3u, 0x5Au), BOL_OK, "5A 5A 5A"},
+        {"empty", Bytes(), BOL_SRPOLICY_ERR_NOMEM, ""},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        const uint8_t aucNone[1] = {0};
         void *pvOut = nullptr;
-        ASSERT_EQ(BOL_SRPOLICY_ParseAttrMsg(vecMsg.data(), static_cast<uint32_t>(vecMsg.size()),
-                                            BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &pvOut, m_pstInst),
-                  BOL_OK);
+        EXPECT_EQ(m_stTbl.pfnParseAttrMsg(stRow.vecMsg.empty() ? aucNone : stRow.vecMsg.data(),
+                                          static_cast<uint32_t>(stRow.vecMsg.size()), BOL_SRPOLICY_ATTRMSG_TNL_ENCAP,
+                                          &pvOut, m_pstInst),
+                  stRow.ulRet);
+        if (stRow.ulRet != BOL_OK) {
+            EXPECT_EQ(pvOut, nullptr);
+            continue;
+        }
         bt::Output stOut = bt::TakeOutput(pvOut);
-        EXPECT_FALSE(stOut.HasKey());
+        EXPECT_EQ(stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
         EXPECT_EQ(stOut.stHdr.ucAttrType, BOL_SRPOLICY_PATTR_TNL_ENCAP);
         EXPECT_EQ(stOut.stHdr.ucAttrFlag, 0u);
-        EXPECT_EQ(bt::ToHex(stOut.Attr()), bt::ToHex(Hex(pcHex)));
+        EXPECT_EQ(bt::ToHex(stOut.Attr()), bt::ToHex(Hex(stRow.pcAttr)));
     }
     EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* The output carries the length in 16 bits; an empty message has nothing
- * to copy and gets the allocation failure's code. */
-TEST_F(AttrMsg, ReaderLengthIn16BitsAndEmptyMessage)
-{
-    const Bytes vecLong(65536u + 3u, 0x5Au);
-    const uint8_t aucNone[1] = {0};
-    void *pvOut = nullptr;
-    ASSERT_EQ(BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv(vecLong.data(), static_cast<uint32_t>(vecLong.size()), &pvOut,
-                                                      m_pstInst),
-              BOL_OK);
-    EXPECT_EQ(bt::ToHex(bt::TakeOutput(pvOut).Attr()), "5A 5A 5A");
-    pvOut = nullptr;
-    EXPECT_EQ(BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv(aucNone, 0u, &pvOut, m_pstInst), BOL_SRPOLICY_ERR_NOMEM);
-    EXPECT_EQ(pvOut, nullptr);
 }
 
 }  // namespace
