@@ -1,6 +1,6 @@
 /*
  * Helpers for the Tunnel Encapsulation attribute tests: building attributes
- * from sub-TLVs, and decoding them the way the host does (through the
+ * from sub-TLVs or configuration records, and decoding them the way the host does (through the
  * procedure table, from a buffer of exactly the attribute's size so that the
  * sanitizer build catches any read past its end).
  */
@@ -10,9 +10,11 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
 
+#include <deque>
 #include <memory>
 #include <string>
 
+#include "bol_platform.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
@@ -76,7 +78,8 @@ struct HostDecode {
 };
 
 /* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
- * buffer; checks the handler's contract on the cursor and the more flag. */
+ * buffer; checks the handler's contract on the cursor, the more flag and
+ * the output header (attribute 23, flags 0, no key). */
 inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
                                bool bCheckIdempotent = true)
 {
@@ -102,6 +105,9 @@ inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANC
     if (pvOut != nullptr) {
         r.bOutput = true;
         r.stOut = bt::TakeOutput(pvOut);
+        EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
+        EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
+        EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
     }
     r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
     if (bCheckIdempotent && r.bOutput) {
@@ -209,6 +215,56 @@ inline Bytes RealisticAttr()
         Sub(129, bt::Hex("00 63 70 31")),         /* candidate path "cp1" */
         Sub(130, bt::Hex("00 70 6F 6C 31")),      /* policy "pol1" */
     }));
+}
+
+inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
+{
+    stList.stHead.pstNext = &stList.stHead;
+    stList.stHead.pstPrev = &stList.stHead;
+    stList.stHead.ulHandle = 0u;
+    stList.ulCount = 0u;
+}
+
+/* A configuration record with the lists the host's configuration layer
+ * would hang from it; nodes live as long as the builder. */
+struct Cfg {
+    BOL_SRPOLICY_CFG_TNLENCAP_S st;
+    std::deque<BOL_SRPOLICY_CFG_SEGLIST_S> dqSegLists;
+    std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> dqSRv6Bsids;
+
+    Cfg()
+    {
+        memset(&st, 0, sizeof(st));
+        InitList(st.stSegLists);
+        InitList(st.stSRv6BsidList);
+    }
+    Cfg(const Cfg &) = delete;
+    Cfg &operator=(const Cfg &) = delete;
+
+    BOL_SRPOLICY_CFG_SEGLIST_S &AddSegList() { return Add(dqSegLists, st.stSegLists); }
+    BOL_SRPOLICY_CFG_SRV6_BSID_S &AddSRv6Bsid() { return Add(dqSRv6Bsids, st.stSRv6BsidList); }
+
+private:
+    /* A zeroed node appended to the list. */
+    template <typename T>
+    static T &Add(std::deque<T> &dq, BOL_SRPOLICY_LIST_HEAD_S &stList)
+    {
+        dq.emplace_back();
+        T &stNode = dq.back();
+        memset(&stNode, 0, sizeof(stNode));
+        DLL_Insert_In_Middle(&stList, stList.stHead.pstPrev, &stNode.stNode, &stList.stHead);
+        return stNode;
+    }
+};
+
+inline void SetLabels(BOL_SRPOLICY_CFG_SEGLIST_S &stSl, std::initializer_list<uint32_t> ilLabels)
+{
+    stSl.ucSegType = BOL_SRPOLICY_SEG_MPLS;
+    stSl.ucSegNum = static_cast<uint8_t>(ilLabels.size());
+    uint32_t i = 0;
+    for (uint32_t ulLabel : ilLabels) {
+        stSl.aulSegValue[i++] = ulLabel;
+    }
 }
 
 }  // namespace at

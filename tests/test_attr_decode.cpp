@@ -40,7 +40,6 @@ TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
     EXPECT_EQ(a.ucBsidFlags, 0xC0u);
     EXPECT_EQ(a.ucBsidValueExist, 1u);
     EXPECT_EQ(a.aulBsidValue[0], 0x00012000u);
-    EXPECT_EQ(a.aulBsidValue[0] >> 12, 18u);
     EXPECT_EQ(at::Str(a.pucPolicyName, a.usPolicyNameLen), "abcd");
     EXPECT_EQ(a.ucPolicyNameValid, 1u);
     EXPECT_EQ(a.ucPolicyNameExist, 1u);
@@ -59,20 +58,6 @@ TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
                             " 82 00 05 7F 61 62 63 64 | 0E 01 05")));
     EXPECT_EQ(rec.pucPrivSliceId, nullptr);
     EXPECT_EQ(rec.pucStdSliceId, nullptr);
-}
-
-TEST_F(AttrDecode, WorkedExampleThroughTheHostEntry)
-{
-    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(kExampleIn), false);
-    ASSERT_EQ(r.ulRet, BOL_OK);
-    EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-    EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
-    EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
-    EXPECT_EQ(r.stOut.stHdr.usAttrOffset, 32u);
-    EXPECT_EQ(bt::ToHex(r.stOut.Attr()), bt::ToHex(Hex(kExampleOut)));
-    /* record, copy buffer, list head, the policy name, the output block */
-    EXPECT_EQ(tp::AllocCalls(), 5u);
-    EXPECT_EQ(ReportCount(), 0u);
 }
 
 /* Framing of the tunnel and its sub-TLVs. Each row is decoded through the

@@ -1,8 +1,8 @@
 /*
  * Properties of the attribute codec over generated attributes: decoding the
  * normalised copy again gives the same bytes, the setter's output decodes
- * again, failures hand nothing over and leak nothing, allocations are exactly
- * the ones the record needs, and every allocation of a decode may fail.
+ * again, failures hand nothing over and leak nothing, and allocations are
+ * exactly the ones the record needs.
  */
 #include <gtest/gtest.h>
 
@@ -244,50 +244,6 @@ TEST_F(AttrProps, GeneratedAttributes)
     EXPECT_GT(ulDecoded, 600u);
     EXPECT_GT(ulRefused, 600u);
     RecordProperty("MultiPrivateSliceIdOutputsRefused", static_cast<int>(ulMultiPrivate));
-}
-
-/* Every allocation of a decode failed in turn: each gives the code of what
- * it was for (names give 3, everything else 0x50001), nothing leaks and
- * nothing is handed over. The rows list the allocations in order. */
-TEST_F(AttrProps, EachAllocationOfADecodeFails)
-{
-    const uint32_t M = BOL_ERR_MALLOC;
-    const uint32_t N = BOL_SRPOLICY_ERR_NOMEM;
-    struct Row {
-        const char *pcName;
-        Bytes vecAttr;
-        std::vector<uint32_t> vecCodes;
-    } astRows[] = {
-        /* record, copy, head, 2 segment lists, candidate path name, policy name, output */
-        {"realistic attribute", at::RealisticAttr(), {M, M, M, M, M, N, N, M}},
-        /* record, copy, head, policy name, output */
-        {"worked example",
-         Hex("00 0F 00 1B 0C 06 FF 01 00 00 00 64 0D 06 FF 00 00 01 2F FF 82 00 05 7F 61 62 63 64 0E 01 05"),
-         {M, M, M, N, M}},
-        /* record, copy, head, SRv6 BSID, policy name, SRv6 BSID, output */
-        {"SRv6 binding SIDs around a name",
-         at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(130, Hex("00 61")), at::Sub(20, Bytes(18, 0x00))})),
-         {M, M, M, M, N, M, M}},
-        /* record, copy, head, output: a name of the reserved byte alone keeps no buffer */
-        {"empty name", at::Tunnel(at::Sub(129, Hex("00"))), {M, M, M, M}},
-    };
-    for (const Row &row : astRows) {
-        SCOPED_TRACE(row.pcName);
-        tp::Reset();
-        at::HostDecode ok = at::DecodeAsHost(m_stTbl, m_pstInst, row.vecAttr, false);
-        ASSERT_EQ(ok.ulRet, BOL_OK);
-        ASSERT_EQ(tp::AllocCalls(), row.vecCodes.size());
-        for (size_t k = 0; k < row.vecCodes.size(); k++) {
-            SCOPED_TRACE(testing::Message() << "allocation " << k + 1 << " fails");
-            tp::Reset();
-            tp::FailNthAlloc(static_cast<uint32_t>(k + 1));
-            at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, row.vecAttr);
-            EXPECT_EQ(r.ulRet, row.vecCodes[k]);
-            EXPECT_EQ(tp::AllocCalls(), k + 1) << "nothing allocated after the failure";
-            EXPECT_EQ(tp::LiveBlocksAll(), 1u);
-            EXPECT_GE(ReportCount(), 1u) << "the failed allocation is reported";
-        }
-    }
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 /*
  * Configured tunnel encapsulation (configuration record 32): the size
- * arithmetic, the encoded attribute bytes, the refusals, and the text handler.
+ * arithmetic, the encoded attribute bytes and the refusals (its text:
+ * test_text.cpp).
  */
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <deque>
+#include <functional>
 #include <random>
 #include <string>
 #include <utility>
@@ -22,58 +23,8 @@ using bt::Hex;
 
 namespace {
 
-void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
-{
-    stList.stHead.pstNext = &stList.stHead;
-    stList.stHead.pstPrev = &stList.stHead;
-    stList.stHead.ulHandle = 0u;
-    stList.ulCount = 0u;
-}
-
-/* A configuration record with the lists the host's configuration layer
- * would hang from it; nodes live as long as the builder. */
-struct Cfg {
-    BOL_SRPOLICY_CFG_TNLENCAP_S st;
-    std::deque<BOL_SRPOLICY_CFG_SEGLIST_S> dqSegLists;
-    std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> dqSRv6Bsids;
-
-    Cfg()
-    {
-        memset(&st, 0, sizeof(st));
-        InitList(st.stSegLists);
-        InitList(st.stSRv6BsidList);
-    }
-    Cfg(const Cfg &) = delete;
-    Cfg &operator=(const Cfg &) = delete;
-
-    BOL_SRPOLICY_CFG_SEGLIST_S &AddSegList()
-    {
-        dqSegLists.emplace_back();
-        BOL_SRPOLICY_CFG_SEGLIST_S &stNode = dqSegLists.back();
-        memset(&stNode, 0, sizeof(stNode));
-        DLL_Insert_In_Middle(&st.stSegLists, st.stSegLists.stHead.pstPrev, &stNode.stNode, &st.stSegLists.stHead);
-        return stNode;
-    }
-    BOL_SRPOLICY_CFG_SRV6_BSID_S &AddSRv6Bsid()
-    {
-        dqSRv6Bsids.emplace_back();
-        BOL_SRPOLICY_CFG_SRV6_BSID_S &stNode = dqSRv6Bsids.back();
-        memset(&stNode, 0, sizeof(stNode));
-        DLL_Insert_In_Middle(&st.stSRv6BsidList, st.stSRv6BsidList.stHead.pstPrev, &stNode.stNode,
-                             &st.stSRv6BsidList.stHead);
-        return stNode;
-    }
-};
-
-void SetLabels(BOL_SRPOLICY_CFG_SEGLIST_S &stSl, std::initializer_list<uint32_t> ilLabels)
-{
-    stSl.ucSegType = BOL_SRPOLICY_SEG_MPLS;
-    stSl.ucSegNum = static_cast<uint8_t>(ilLabels.size());
-    uint32_t i = 0;
-    for (uint32_t ulLabel : ilLabels) {
-        stSl.aulSegValue[i++] = ulLabel;
-    }
-}
+using at::Cfg;
+using at::SetLabels;
 
 void SetSid(uint32_t *pulWords, uint32_t ul0, uint32_t ul3)
 {
@@ -218,109 +169,73 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
 
 /* ---- Refusals and failures ------------------------------------------------- */
 
-TEST_F(CfgTnlEncap, RefusesARecordOfAnotherLength)
+/* Refusals come before any allocation, with one report: a record of another
+ * length, a SID structure longer than the SID, an attribute beyond the 16-bit
+ * tunnel length. Each row also gives the computed size, which wraps modulo
+ * 65536. */
+TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
 {
-    Cfg stCfg;
-    void *pvOut = nullptr;
-    const uint32_t ulSize = sizeof(stCfg.st); /* 72 on the 32-bit target */
+    auto Structure = [](uint8_t ucFlags, uint32_t ulStructure) {
+        return [=](Cfg &c) {
+            c.AddSRv6Bsid();
+            c.AddSRv6Bsid().ucFlags = ucFlags;
+            c.dqSRv6Bsids.back().ulSidStructure = ulStructure;
+        };
+    };
+    /* Every piece is a multiple of 4 bytes, so 65532 is the largest size
+     * there is; a binding SID label instead of its flags alone adds 4. */
+    auto Largest = [](uint32_t ulBsidLabel) {
+        return [=](Cfg &c) {
+            for (uint32_t n = 0; n < 202u; n++) {
+                BOL_SRPOLICY_CFG_SEGLIST_S &stSl = c.AddSegList();
+                stSl.ucSegType = BOL_SRPOLICY_SEG_SRV6;
+                stSl.ucSegNum = 16;
+                for (uint32_t i = 0; i < 16u; i++) {
+                    stSl.aulSegValue[4u * i] = n + 1u;
+                }
+            }
+            SetLabels(c.AddSegList(), {1, 2, 3, 4, 5, 6, 7, 8, 9});
+            c.st.ucBsidExist = 1;
+            c.st.ulBsidLabel = ulBsidLabel;
+        };
+    };
     struct Row {
         const char *pcName;
-        const void *pvCfg;
-        uint32_t ulLen;
-        void **ppvOut;
-        BOL_SRPOLICY_INSTANCE_S *pstInst;
+        std::function<void(Cfg &)> fnBuild;
+        int iLenDelta; /* the record length passed, against its size */
+        uint32_t ulRet;
+        uint16_t usSize;
     } const astRows[] = {
-        {"length one short", &stCfg.st, ulSize - 1u, &pvOut, m_pstInst},
-        {"length one over", &stCfg.st, ulSize + 1u, &pvOut, m_pstInst},
+        {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
+        {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},
+        {"SID structure of 32+16+16+64 bits", Structure(0x20, 0x20101040u), 0, BOL_OK, 52},
+        {"SID structure of 129 bits", Structure(0x20, 0x20101041u), 0, BOL_ERR_PARAM, 52},
+        {"no B-flag: the structure is not encoded", Structure(0x00, 0xFFFFFFFFu), 0, BOL_OK, 44},
+        {"65532 bytes", Largest(0), 0, BOL_OK, 65532},
+        {"65536 bytes", Largest(1), 0, BOL_ERR_PARAM, 0},
     };
     for (const Row &stRow : astRows) {
         SCOPED_TRACE(stRow.pcName);
         tp::Reset();
-        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(stRow.pvCfg, stRow.ulLen, stRow.ppvOut, stRow.pstInst),
-                  BOL_ERR_PARAM);
+        Cfg stCfg;
+        stRow.fnBuild(stCfg);
+        EXPECT_EQ(TunAttrLen(stCfg), stRow.usSize);
+        void *pvOut = nullptr;
+        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(
+                      &stCfg.st, static_cast<uint32_t>(static_cast<int>(sizeof(stCfg.st)) + stRow.iLenDelta), &pvOut,
+                      m_pstInst),
+                  stRow.ulRet);
+        if (stRow.ulRet == BOL_OK) {
+            Bytes vecAttr = bt::TakeOutput(pvOut).Attr();
+            EXPECT_EQ(vecAttr.size(), stRow.usSize);
+            EXPECT_EQ(((vecAttr[2] << 8) | vecAttr[3]) + 4u, vecAttr.size()) << "tunnel length";
+            EXPECT_EQ(ReportCount(), 0u);
+            continue;
+        }
+        EXPECT_EQ(pvOut, nullptr);
         ASSERT_EQ(ReportCount(), 1u);
         EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
         EXPECT_EQ(tp::AllocCalls(), 0u);
-        EXPECT_EQ(pvOut, nullptr);
-    }
-}
-
-/* Every piece is a multiple of 4 bytes, so 65532 is the largest size there
- * is; one piece more than that no longer fits the 16-bit tunnel length. */
-TEST_F(CfgTnlEncap, SizeLimitIsTheSixteenBitTunnelLength)
-{
-    Cfg stCfg;
-    for (uint32_t n = 0; n < 202u; n++) {
-        BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
-        stSl.ucSegType = BOL_SRPOLICY_SEG_SRV6;
-        stSl.ucSegNum = 16;
-        for (uint32_t i = 0; i < 16u; i++) {
-            stSl.aulSegValue[4u * i] = n + 1u;
-        }
-    }
-    SetLabels(stCfg.AddSegList(), {1, 2, 3, 4, 5, 6, 7, 8, 9});
-    stCfg.st.ucBsidExist = 1; /* flags only: 4 bytes */
-
-    Bytes vecAttr;
-    ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
-    EXPECT_EQ(bt::ToHex(vecAttr.data(), 4), "00 0F FF F8");
-
-    stCfg.st.ulBsidLabel = 1; /* 8 bytes: 65536 in all */
-    EXPECT_EQ(TunAttrLen(stCfg), 0u);
-    tp::Reset();
-    EXPECT_EQ(Encode(stCfg, vecAttr), BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 1u);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
-TEST_F(CfgTnlEncap, RefusesSidStructureLongerThanTheSid)
-{
-    struct Row {
-        uint8_t ucFlags;
-        uint32_t ulStructure;
-        uint32_t ulRet;
-    } const astRows[] = {
-        {0x20, 0x20101040u, BOL_OK},        /* 32+16+16+64 = 128 */
-        {0x20, 0x20101041u, BOL_ERR_PARAM}, /* 129 */
-        {0x00, 0xFFFFFFFFu, BOL_OK}, /* no B-flag: the structure is not encoded */
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(::testing::Message() << "flags " << int(stRow.ucFlags) << " structure " << stRow.ulStructure);
-        tp::Reset();
-        Cfg stCfg;
-        stCfg.AddSRv6Bsid();
-        BOL_SRPOLICY_CFG_SRV6_BSID_S &stBsid = stCfg.AddSRv6Bsid();
-        stBsid.ucFlags = stRow.ucFlags;
-        stBsid.ulSidStructure = stRow.ulStructure;
-        Bytes vecAttr;
-        EXPECT_EQ(Encode(stCfg, vecAttr), stRow.ulRet);
-        EXPECT_EQ(ReportCount(), stRow.ulRet == BOL_OK ? 0u : 1u);
-        if (stRow.ulRet != BOL_OK) {
-            EXPECT_EQ(tp::AllocCalls(), 0u);
-        }
-    }
-}
-
-TEST_F(CfgTnlEncap, AllocationFailuresReleaseEverything)
-{
-    Cfg stCfg;
-    stCfg.st.ucPrefExist = 1;
-    SetLabels(stCfg.AddSegList(), {1, 2});
-    struct Row {
-        uint32_t ulFailNth;
-        uint32_t ulRet;
-    } const astRows[] = {
-        {1, BOL_SRPOLICY_ERR_NOMEM}, /* the attribute buffer */
-        {2, BOL_ERR_MALLOC},         /* the host's output block */
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(::testing::Message() << "allocation " << stRow.ulFailNth << " fails");
-        tp::Reset();
-        tp::FailNthAlloc(stRow.ulFailNth);
-        void *pvOut = nullptr;
-        EXPECT_EQ(BOL_SRPOLICY_ParseCfgTunnelEncapsulation(&stCfg.st, sizeof(stCfg.st), &pvOut, m_pstInst), stRow.ulRet);
-        EXPECT_EQ(pvOut, nullptr);
-        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u); /* the instance alone */
     }
 }
 
@@ -513,71 +428,6 @@ TEST_F(CfgTnlEncap, GeneratedConfigurationsAreFramedExactlyAndDecode)
         }
     }
     EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* ---- Text into the configuration buffer ------------------------------------ */
-
-/* A null text buffer is the caller's small error (2, no report); a route
- * without an attribute has no text (more flag cleared, offset kept). */
-TEST_F(CfgTnlEncap, TextWithoutBufferOrAttribute)
-{
-    bt::Route stRoute;
-    uint8_t *pucNull = nullptr;
-    uint32_t ulOffset = 7u;
-    uint32_t ulMore = 9u;
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&stRoute.stRt, &pucNull, 64u, &ulOffset, &ulMore),
-              BOL_SRPOLICY_ERR_PARA);
-    EXPECT_EQ(ulMore, 9u);
-    char acBuf[64];
-    uint8_t *pucBuf = reinterpret_cast<uint8_t *>(acBuf);
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&stRoute.stRt, &pucBuf, 64u, &ulOffset, &ulMore), BOL_OK);
-    EXPECT_EQ(ulMore, 0u);
-    EXPECT_EQ(ulOffset, 7u);
-    EXPECT_EQ(ReportCount(), 0u);
-}
-
-/* The configuration text is the attribute text of the display, without its
- * leading line break, resumed over calls in the same way. */
-TEST_F(CfgTnlEncap, TextIsTheAttributeTextWithoutLeadingBreak)
-{
-    Cfg stCfg;
-    stCfg.st.ucPrefExist = 1;
-    stCfg.st.ulPreference = 100;
-    SetLabels(stCfg.AddSegList(), {100, 200});
-    Bytes vecAttr;
-    ASSERT_EQ(Encode(stCfg, vecAttr), BOL_OK);
-    bt::Route stRoute;
-    stRoute.SetAttr(vecAttr);
-
-    for (uint32_t ulRoom : {4096u, 80u}) {
-        SCOPED_TRACE(::testing::Message() << "room " << ulRoom);
-        std::string strCfg;
-        std::string strDisplay;
-        uint32_t ulOffset = 0u;
-        uint32_t ulMore = 1u;
-        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
-            std::vector<char> vecBuf(ulRoom, '\0');
-            uint8_t *pucCur = reinterpret_cast<uint8_t *>(vecBuf.data());
-            ASSERT_EQ(BOL_SRPOLICY_FormatCfg(&stRoute.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucCur, ulRoom, &ulOffset,
-                                             &ulMore),
-                      BOL_OK);
-            EXPECT_EQ(pucCur, reinterpret_cast<uint8_t *>(vecBuf.data()));
-            strCfg += vecBuf.data();
-        }
-        EXPECT_EQ(ulMore, 0u);
-        ulOffset = 0u;
-        ulMore = 1u;
-        for (uint32_t ulCalls = 0; ulMore != 0u && ulCalls < 20u; ulCalls++) {
-            std::vector<char> vecBuf(ulRoom + 2u, '\0');
-            ASSERT_EQ(BOL_SRPOLICY_Data2Str(&stRoute.stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulRoom + 2u,
-                                            &ulOffset, &ulMore, m_pstInst),
-                      BOL_OK);
-            ASSERT_EQ(std::string(vecBuf.data(), 2), "\r\n");
-            strDisplay += vecBuf.data() + 2;
-        }
-        EXPECT_EQ(strCfg, strDisplay);
-        EXPECT_NE(strCfg.find("Preference: 100"), std::string::npos);
-    }
 }
 
 }  // namespace

@@ -11,64 +11,43 @@ namespace {
 
 class RouteCheck : public bt::PluginTest {};
 
-TEST_F(RouteCheck, Ipv4EndpointsByKind)
+/* Only kind 2 looks at the endpoint; a route without a usable key is an
+ * error and the valid flag stays as it was. */
+TEST_F(RouteCheck, ValidityByEndpoint)
 {
-    struct Case {
-        uint32_t ulAddr;
-        uint32_t ulKind;
-        uint32_t ulValid;
-    } astCases[] = {
-        {0x7F000001u, 1, 1}, {0x7F000001u, 8, 1},  // only kind 2 looks at the endpoint
-        {0x7F000001u, 2, 0}, {0xE0000005u, 2, 0}, {0xEFFFFFFFu, 2, 0}, {0x00000001u, 2, 0},
-        {0x00000000u, 2, 1}, {0x01000000u, 2, 1}, {0xDFFFFFFFu, 2, 1}, {0xF0000001u, 2, 1},
-        {0xFFFFFFFFu, 2, 1}, {0x0A000001u, 2, 1},
-    };
-    for (const Case &c : astCases) {
-        SCOPED_TRACE(testing::Message() << std::hex << c.ulAddr << " kind " << c.ulKind);
-        bt::Route rt;
-        rt.SetKey(bt::KeyV4(1, 2, c.ulAddr));
-        uint32_t ulValid = 77;
-        EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, c.ulKind, &ulValid), BOL_OK);
-        EXPECT_EQ(ulValid, c.ulValid);
-    }
-}
-
-TEST_F(RouteCheck, Ipv6AndOtherLengths)
-{
-    struct Case {
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulValid;
-    } astCases[] = {
-        {bt::KeyV6(1, 2, 0, 0, 0, 0), 0},
-        {bt::KeyV6(1, 2, 0, 0, 0, 1), 1},
-        {bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 1},
-    };
-    for (const Case &c : astCases) {
-        bt::Route rt;
-        rt.SetKey(c.stKey);
-        uint32_t ulValid = 77;
-        EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_OK);
-        EXPECT_EQ(ulValid, c.ulValid);
-    }
-    bt::Route rt;
     BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV4(1, 2, 0x0A000001u);
     stOdd.ucNlriLen = 0;
-    rt.SetKey(stOdd);
-    uint32_t ulValid = 77;
-    EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_OK);
-    EXPECT_EQ(ulValid, 0u);
-}
-
-TEST_F(RouteCheck, WithoutUsableKey)
-{
-    bt::Route rt;
-    uint32_t ulValid = 77;
-    EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_SRPOLICY_ERR);
-    rt.SetKey(bt::KeyV4(1, 2, 3));
-    for (uint32_t ulLen : {27u, 29u, 0u}) {
-        rt.stRt.ulKeyLen = ulLen;
-        EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_SRPOLICY_ERR);
+    auto V4 = [](uint32_t ulAddr) { return bt::KeyV4(1, 2, ulAddr); };
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulValid;
+        uint32_t ulKind = 2u;
+        uint32_t ulKeyLen = 28u;
+        uint32_t ulRet = BOL_OK;
+    } const astCases[] = {
+        {"127.0.0.1, kind 1", V4(0x7F000001u), 1, 1}, {"127.0.0.1, kind 8", V4(0x7F000001u), 1, 8},
+        {"127.0.0.1", V4(0x7F000001u), 0}, {"224.0.0.5", V4(0xE0000005u), 0}, {"239.255.255.255", V4(0xEFFFFFFFu), 0},
+        {"0.0.0.1", V4(0x00000001u), 0}, {"0.0.0.0", V4(0x00000000u), 1}, {"1.0.0.0", V4(0x01000000u), 1},
+        {"223.255.255.255", V4(0xDFFFFFFFu), 1}, {"240.0.0.1", V4(0xF0000001u), 1},
+        {"255.255.255.255", V4(0xFFFFFFFFu), 1}, {"10.0.0.1", V4(0x0A000001u), 1},
+        {"::", bt::KeyV6(1, 2, 0, 0, 0, 0), 0}, {"::1", bt::KeyV6(1, 2, 0, 0, 0, 1), 1},
+        {"ff02::1", bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 1}, {"other NLRI length: IPv6 ::", stOdd, 0},
+        {"key length 0", V4(3), 77, 2, 0, BOL_SRPOLICY_ERR}, {"key length 27", V4(3), 77, 2, 27, BOL_SRPOLICY_ERR},
+        {"key length 29", V4(3), 77, 2, 29, BOL_SRPOLICY_ERR},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Route rt;
+        rt.SetKey(c.stKey);
+        rt.stRt.ulKeyLen = c.ulKeyLen;
+        uint32_t ulValid = 77;
+        EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, c.ulKind, &ulValid), c.ulRet);
+        EXPECT_EQ(ulValid, c.ulValid);
     }
+    uint32_t ulValid = 77;
+    bt::Route rt;
+    EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_SRPOLICY_ERR);
     EXPECT_EQ(ulValid, 77u);
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(m_stTbl.pfnCheckRoute(nullptr, 2, &ulValid), BOL_ERR_PARAM);

@@ -77,12 +77,8 @@ BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr)
 
 BOL_SRPOLICY_NLRI_S KeyV6(uint32_t ulDist, uint32_t ulColor, uint32_t ul0, uint32_t ul1, uint32_t ul2, uint32_t ul3)
 {
-    BOL_SRPOLICY_NLRI_S st;
-    memset(&st, 0, sizeof(st));
+    BOL_SRPOLICY_NLRI_S st = KeyV4(ulDist, ulColor, ul0);
     st.ucNlriLen = BOL_SRPOLICY_NLRI_LEN_IPV6;
-    st.ulDistinguisher = ulDist;
-    st.ulPolicyColor = ulColor;
-    st.aulEndpoint[0] = ul0;
     st.aulEndpoint[1] = ul1;
     st.aulEndpoint[2] = ul2;
     st.aulEndpoint[3] = ul3;
@@ -107,21 +103,7 @@ Bytes Output::Attr() const
     return Bytes(vecBlock.begin() + stHdr.usAttrOffset, vecBlock.begin() + stHdr.usAttrOffset + stHdr.usAttrLen);
 }
 
-size_t OutputLen(const void *pvOut)
-{
-    BOL_PARSE_OUTPUT_S st;
-    memcpy(&st, pvOut, sizeof(st));
-    size_t n = BOL_PARSE_OUTPUT_HDR_LEN;
-    if ((st.ulOutFlags & BOL_OUTPUT_FLAG_KEY) != 0u) {
-        n += st.usKeyLen;
-    }
-    if ((st.ulOutFlags & BOL_OUTPUT_FLAG_ATTR) != 0u) {
-        n += st.usAttrLen;
-    }
-    return n;
-}
-
-Output TakeOutput(void *pvOut, size_t ulLen)
+Output TakeOutput(void *pvOut)
 {
     Output o;
     memset(&o.stHdr, 0, sizeof(o.stHdr));
@@ -129,8 +111,10 @@ Output TakeOutput(void *pvOut, size_t ulLen)
         ADD_FAILURE() << "no output block";
         return o;
     }
-    EXPECT_EQ(tp::LiveBytes(kModule) >= ulLen, true);
     memcpy(&o.stHdr, pvOut, sizeof(o.stHdr));
+    size_t ulLen = BOL_PARSE_OUTPUT_HDR_LEN + (o.HasKey() ? o.stHdr.usKeyLen : 0u) +
+                   (o.HasAttr() ? o.stHdr.usAttrLen : 0u);
+    EXPECT_GE(tp::LiveBytes(kModule), ulLen);
     o.vecBlock.assign(static_cast<uint8_t *>(pvOut), static_cast<uint8_t *>(pvOut) + ulLen);
     (void)ZUN_Free_F(pvOut, "host", 0);
     return o;

@@ -59,11 +59,9 @@ struct Output {
     Bytes Attr() const;
 };
 
-/* Copies the block at pvOut (of ulLen bytes) and releases it as the host does. */
-Output TakeOutput(void *pvOut, size_t ulLen);
-/* Block length from its header: 32 + key + attribute. */
-size_t OutputLen(const void *pvOut);
-inline Output TakeOutput(void *pvOut) { return TakeOutput(pvOut, OutputLen(pvOut)); }
+/* Copies the block at pvOut (32 + key + attribute bytes, from its header)
+ * and releases it as the host does. */
+Output TakeOutput(void *pvOut);
 
 }  // namespace bt
 

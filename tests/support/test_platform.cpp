@@ -7,6 +7,7 @@
 #include <stdlib.h>
 
 #include <map>
+#include <utility>
 
 #include "bol_platform.h"
 
@@ -34,17 +35,23 @@ State &S()
     return s_stState;
 }
 
+/* Live blocks (bBytes false) or their bytes of one module. */
+uint32_t Live(uint32_t ulModule, bool bBytes)
+{
+    uint32_t n = 0;
+    for (const auto &kv : S().mapLive) {
+        n += (kv.second.ulModule == ulModule) ? (bBytes ? kv.second.ulSize : 1u) : 0u;
+    }
+    return n;
+}
+
 }  // namespace
 
 void Reset()
 {
-    State &st = S();
-    st.vecReports.clear();
-    st.ulCountdown = 0;
-    st.bFailAll = false;
-    st.ulCalls = 0;
-    st.ulFailed = 0;
-    st.ulBadFrees = 0;
+    std::map<void *, Block> mapLive = std::move(S().mapLive);
+    S() = State();
+    S().mapLive = std::move(mapLive);
 }
 
 void FailNthAlloc(uint32_t ulNth) { S().ulCountdown = ulNth; }
@@ -54,23 +61,8 @@ uint32_t FailedAllocs() { return S().ulFailed; }
 uint32_t BadFrees() { return S().ulBadFrees; }
 const std::vector<Report> &Reports() { return S().vecReports; }
 
-uint32_t LiveBlocks(uint32_t ulModule)
-{
-    uint32_t n = 0;
-    for (const auto &kv : S().mapLive) {
-        n += (kv.second.ulModule == ulModule) ? 1u : 0u;
-    }
-    return n;
-}
-
-uint32_t LiveBytes(uint32_t ulModule)
-{
-    uint32_t n = 0;
-    for (const auto &kv : S().mapLive) {
-        n += (kv.second.ulModule == ulModule) ? kv.second.ulSize : 0u;
-    }
-    return n;
-}
+uint32_t LiveBlocks(uint32_t ulModule) { return Live(ulModule, false); }
+uint32_t LiveBytes(uint32_t ulModule) { return Live(ulModule, true); }
 
 uint32_t LiveBlocksAll() { return static_cast<uint32_t>(S().mapLive.size()); }
 
