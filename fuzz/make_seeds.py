@@ -5,7 +5,8 @@ tests use. Each seed is the target's control byte followed by its input.
 The corpora also keep, under descriptive names, inputs the fuzzers found that
 showed behaviour the targets' properties had to allow for (binding-SID text
 cut to the room left, a Binding SID that no printer can show, private slice
-ids of other lengths); this script leaves them alone."""
+ids of other lengths), and inputs of long runs that fuzz/pick_seeds.py added
+(grown-*); this script leaves them alone."""
 import os
 import sys
 
