@@ -8,8 +8,6 @@
  * Input: one control byte (low 4 bits: the allocation that fails in a second
  * decode and in a set; 0 = none), then the attribute value.
  */
-#include <string.h>
-
 #include <algorithm>
 
 #include "fuzz_host.h"
@@ -28,18 +26,15 @@ struct Decode {
 Decode DecodeAsHost(const fz::Host &h, const fz::Bytes &vecAttr)
 {
     Decode d;
-    uint8_t *pucBuf = new uint8_t[vecAttr.size() + 1u];
-    if (!vecAttr.empty()) {
-        memcpy(pucBuf, vecAttr.data(), vecAttr.size());
-    }
-    uint8_t *pucCur = pucBuf;
+    const std::unique_ptr<uint8_t[]> pucBuf = fz::HeapCopy(vecAttr);
+    uint8_t *pucCur = pucBuf.get();
     void *pvOut = nullptr;
     uint32_t ulMore = 77u;
     const uint32_t ulLen = static_cast<uint32_t>(vecAttr.size());
     d.ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLen, &g_iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut, &ulMore,
                                   h.pstInst);
     if (ulLen != 0u) {
-        FZ_CHECK(pucCur == pucBuf + ulLen && ulMore == 0u);
+        FZ_CHECK(pucCur == pucBuf.get() + ulLen && ulMore == 0u);
     }
     FZ_CHECK((d.ulRet == BOL_OK) == (pvOut != nullptr));
     if (pvOut != nullptr) {
@@ -47,8 +42,7 @@ Decode DecodeAsHost(const fz::Host &h, const fz::Bytes &vecAttr)
         FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
         d.vecCopy = o.vecAttr;
     }
-    d.vecInAfter.assign(pucBuf, pucBuf + vecAttr.size());
-    delete[] pucBuf;
+    d.vecInAfter.assign(pucBuf.get(), pucBuf.get() + vecAttr.size());
     return d;
 }
 
@@ -126,34 +120,22 @@ bool IsAllocFailure(uint32_t ulRet) { return ulRet == BOL_ERR_MALLOC || ulRet ==
  * that fitted (a prefix of the message) and writes nothing past the room. */
 void CheckCondRtAttrMessage(const fz::Host &h, const fz::Bytes &vecCopy)
 {
-    const uint8_t kCanary = 0xA5u;
-    const size_t kGuard = 32u;
-    auto Write = [&](uint32_t ulRoom, fz::Bytes &vecMsg, uint32_t &ulRet) {
-        fz::Route rt;
-        rt.SetAttr(vecCopy);
-        fz::Bytes vecBuf(ulRoom + kGuard, kCanary);
-        uint8_t *pucCur = vecBuf.data();
-        ulRet = h.stTbl.pfnFormatMsg(&rt.stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur, ulRoom, h.pstInst);
-        FZ_CHECK(pucCur >= vecBuf.data() && pucCur <= vecBuf.data() + ulRoom);
-        for (size_t i = ulRoom; i < vecBuf.size(); i++) {
-            FZ_CHECK(vecBuf[i] == kCanary);
-        }
-        FZ_CHECK(rt.vecAttr == vecCopy);  // the stored copy is already normalised
-        vecMsg.assign(vecBuf.data(), pucCur);
-    };
-    fz::Bytes vecFull;
-    uint32_t ulRet = 0u;
-    Write(1u << 18, vecFull, ulRet);
-    FZ_CHECK(ulRet == BOL_OK);
+    fz::Route rt;
+    rt.SetAttr(vecCopy);
+    const fz::Written wFull = fz::Write(h, h.stTbl.pfnFormatMsg, rt, BOL_SRPOLICY_MSG_CONDRT_ATTR, 1u << 18);
+    FZ_CHECK(wFull.ulRet == BOL_OK);
+    FZ_CHECK(rt.vecAttr == vecCopy);  // the stored copy is already normalised
+    const fz::Bytes vecFull = wFull.Out();
     const uint32_t ulLen = static_cast<uint32_t>(vecFull.size());
     const uint32_t ulShort = ulLen - (ulLen != 0u ? 1u : 0u);
     for (uint32_t ulRoom : {0u, 8u, 15u, 16u, 27u, 28u, ulLen / 2u, ulShort, ulLen, ulLen + 9u}) {
-        fz::Bytes vecMsg;
-        Write(ulRoom, vecMsg, ulRet);
+        const fz::Written w = fz::Write(h, h.stTbl.pfnFormatMsg, rt, BOL_SRPOLICY_MSG_CONDRT_ATTR, ulRoom);
+        FZ_CHECK(rt.vecAttr == vecCopy);
+        const fz::Bytes vecMsg = w.Out();
         if (ulRoom >= ulLen) {
-            FZ_CHECK(ulRet == BOL_OK && vecMsg == vecFull);
+            FZ_CHECK(w.ulRet == BOL_OK && vecMsg == vecFull);
         } else {
-            FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_BUF_SHORT);
+            FZ_CHECK(w.ulRet == BOL_SRPOLICY_ERR_BUF_SHORT);
             FZ_CHECK(vecMsg.size() < ulLen && std::equal(vecMsg.begin(), vecMsg.end(), vecFull.begin()));
         }
     }
@@ -196,14 +178,11 @@ void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes 
     /* Encoding writes the held value unchanged, and needs all of its room. */
     fz::Route rt;
     rt.SetAttr(vecCopy);
-    fz::Bytes vecWire(vecCopy.size() + 8u, 0xEEu);
-    uint8_t *pucWr = vecWire.data();
     const uint32_t ulLen = static_cast<uint32_t>(vecCopy.size());
-    FZ_CHECK(h.stTbl.pfnFormatPkt(&rt.stRt, 23u, &pucWr, ulLen - 1u, h.pstInst) == BOL_SRPOLICY_ERR_BUF_SHORT);
-    FZ_CHECK(pucWr == vecWire.data());
-    FZ_CHECK(h.stTbl.pfnFormatPkt(&rt.stRt, 23u, &pucWr, ulLen, h.pstInst) == BOL_OK);
-    FZ_CHECK(pucWr == vecWire.data() + ulLen);
-    FZ_CHECK(memcmp(vecWire.data(), vecCopy.data(), ulLen) == 0 && vecWire[ulLen] == 0xEEu);
+    const fz::Written wShort = fz::Write(h, h.stTbl.pfnFormatPkt, rt, 23u, ulLen - 1u);
+    FZ_CHECK(wShort.ulRet == BOL_SRPOLICY_ERR_BUF_SHORT && wShort.ulMoved == 0u);
+    const fz::Written w = fz::Write(h, h.stTbl.pfnFormatPkt, rt, 23u, ulLen);
+    FZ_CHECK(w.ulRet == BOL_OK && w.Out() == vecCopy);
 
     /* Text: one large buffer holds it all; buffers that hold the longest
      * single piece join into the same text, unless a piece was cut to the

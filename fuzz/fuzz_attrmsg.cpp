@@ -11,8 +11,6 @@
  * and writes nothing past the room it is given; a failed allocation gives its
  * code and hands nothing over; nothing leaks.
  */
-#include <string.h>
-
 #include "fuzz_host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
@@ -24,23 +22,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
     const uint32_t ulFailNth = pucData[0] & 3u;
     const fz::Bytes vecMsg(pucData + 1, pucData + ulSize);
     const uint32_t ulLen = static_cast<uint32_t>(vecMsg.size());
-    uint8_t *pucMsg = new uint8_t[vecMsg.size() + 1u];
-    if (ulLen != 0u) {
-        memcpy(pucMsg, vecMsg.data(), ulLen);
-    }
 
     tp::FailNthAlloc(ulFailNth);
     void *pvOut = nullptr;
-    uint32_t ulRet = h.stTbl.pfnParseAttrMsg(pucMsg, ulLen, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &pvOut, h.pstInst);
-    const bool bFailed = tp::FailedAllocs() != 0u;
+    uint32_t ulRet = h.stTbl.pfnParseAttrMsg(fz::HeapCopy(vecMsg).get(), ulLen, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &pvOut,
+                                             h.pstInst);
+    /* A failed working copy is 3, also for an empty message, which needs a
+     * block of size 0. */
+    fz::CheckHandOver(ulRet, pvOut, tp::FailedAllocs() != 0u);
     tp::FailNthAlloc(0u);
-    delete[] pucMsg;
-    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
-    if (bFailed) {
-        /* The working copy (3, also for an empty message, which needs a
-         * block of size 0) or the host's output block (0x50001). */
-        FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_NOMEM || ulRet == BOL_ERR_MALLOC);
-    }
     if (ulRet == BOL_OK) {
         fz::Output o = fz::TakeOutput(pvOut);
         FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
@@ -52,18 +42,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
             if (ulRoom > ulLen + 7u) {
                 continue; /* ulLen - 1 of an empty message */
             }
-            fz::Bytes vecBuf(ulRoom + 32u, 0xA5u);
-            uint8_t *pucCur = vecBuf.data();
-            uint32_t ulFmt = h.stTbl.pfnFormatAttrMsg(&rt.stRt, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, &pucCur, ulRoom,
-                                                      h.pstInst);
+            const fz::Written w = fz::Write(h, h.stTbl.pfnFormatAttrMsg, rt, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP, ulRoom);
             if (ulRoom >= ulLen) {
-                FZ_CHECK(ulFmt == BOL_OK && pucCur == vecBuf.data() + ulLen);
-                FZ_CHECK(ulLen == 0u || memcmp(vecBuf.data(), vecMsg.data(), ulLen) == 0);
+                FZ_CHECK(w.ulRet == BOL_OK && w.Out() == vecMsg);
             } else {
-                FZ_CHECK(ulFmt == BOL_SRPOLICY_ERR_BUF_SHORT && pucCur == vecBuf.data());
+                FZ_CHECK(w.ulRet == BOL_SRPOLICY_ERR_BUF_SHORT && w.ulMoved == 0u);
             }
-            for (size_t i = (ulRoom < ulLen ? 0u : ulLen); i < vecBuf.size(); i++) {
-                FZ_CHECK(vecBuf[i] == 0xA5u);
+            for (size_t i = w.ulMoved; i < ulRoom; i++) {
+                FZ_CHECK(w.vecBuf[i] == fz::kGuard);
             }
         }
     }

@@ -41,12 +41,21 @@ struct Filler {
     }
 };
 
-void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
+/* Makes stList a list of n nodes filled from the input; the nodes live in
+ * dqNodes. */
+template <typename Node>
+void FillList(BOL_SRPOLICY_LIST_HEAD_S &stList, std::deque<Node> &dqNodes, uint32_t n, Filler &stIn)
 {
     stList.stHead.pstNext = &stList.stHead;
     stList.stHead.pstPrev = &stList.stHead;
     stList.stHead.ulHandle = 0u;
     stList.ulCount = 0u;
+    for (; n > 0u; n--) {
+        dqNodes.emplace_back();
+        Node &stNode = dqNodes.back();
+        stIn.Fill(&stNode, sizeof(stNode));
+        DLL_Insert_In_Middle(&stList, stList.stHead.pstPrev, &stNode.stNode, &stList.stHead);
+    }
 }
 
 /* The configuration text of the attribute: stays inside the buffer and is
@@ -84,36 +93,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
 
     BOL_SRPOLICY_CFG_TNLENCAP_S stCfg;
     stIn.Fill(&stCfg, sizeof(stCfg));
-    InitList(stCfg.stSegLists);
-    InitList(stCfg.stSRv6BsidList);
     std::deque<BOL_SRPOLICY_CFG_SEGLIST_S> dqSegLists;
     std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> dqBsids;
-    for (uint32_t n = (ucCtl >> 2) & 3u; n > 0u; n--) {
-        dqSegLists.emplace_back();
-        BOL_SRPOLICY_CFG_SEGLIST_S &stNode = dqSegLists.back();
-        stIn.Fill(&stNode, sizeof(stNode));
-        DLL_Insert_In_Middle(&stCfg.stSegLists, stCfg.stSegLists.stHead.pstPrev, &stNode.stNode,
-                             &stCfg.stSegLists.stHead);
-    }
-    for (uint32_t n = (ucCtl >> 4) & 3u; n > 0u; n--) {
-        dqBsids.emplace_back();
-        BOL_SRPOLICY_CFG_SRV6_BSID_S &stNode = dqBsids.back();
-        stIn.Fill(&stNode, sizeof(stNode));
-        DLL_Insert_In_Middle(&stCfg.stSRv6BsidList, stCfg.stSRv6BsidList.stHead.pstPrev, &stNode.stNode,
-                             &stCfg.stSRv6BsidList.stHead);
-    }
+    FillList(stCfg.stSegLists, dqSegLists, (ucCtl >> 2) & 3u, stIn);
+    FillList(stCfg.stSRv6BsidList, dqBsids, (ucCtl >> 4) & 3u, stIn);
 
     const uint32_t ulFailNth = ucCtl & 3u;
     tp::FailNthAlloc(ulFailNth);
     void *pvOut = nullptr;
     uint32_t ulRet = h.stTbl.pfnParseCfg(&stCfg, sizeof(stCfg), BOL_SRPOLICY_CFG_TNL_ENCAP, &pvOut, h.pstInst);
-    const bool bFailed = tp::FailedAllocs() != 0u;
+    fz::CheckHandOver(ulRet, pvOut, tp::FailedAllocs() != 0u);
     tp::FailNthAlloc(0u);
-    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
-    if (bFailed) {
-        /* The attribute buffer (3) or the host's output block (0x50001). */
-        FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_NOMEM || ulRet == BOL_ERR_MALLOC);
-    }
     if (ulRet == BOL_OK) {
         fz::Output o = fz::TakeOutput(pvOut);
         FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);

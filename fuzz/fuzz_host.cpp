@@ -9,7 +9,6 @@
 namespace fz {
 
 namespace {
-const uint8_t kGuard = 0xA5u;
 const size_t kGuardLen = 32u;
 }  // namespace
 
@@ -61,6 +60,36 @@ Output TakeOutput(void *pvOut)
     FZ_CHECK(tp::LiveBytes(kModule) >= ulEnd);
     FZ_CHECK(ZUN_Free_F(pvOut, "host", 0u) == 0u);
     return o;
+}
+
+void CheckHandOver(uint32_t ulRet, const void *pvOut, bool bAllocFailed)
+{
+    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
+    if (bAllocFailed) {
+        FZ_CHECK(ulRet == BOL_SRPOLICY_ERR_NOMEM || ulRet == BOL_ERR_MALLOC);
+    }
+}
+
+std::unique_ptr<uint8_t[]> HeapCopy(const Bytes &vecIn)
+{
+    std::unique_ptr<uint8_t[]> pucCopy(new uint8_t[vecIn.size()]);
+    if (!vecIn.empty()) {
+        memcpy(pucCopy.get(), vecIn.data(), vecIn.size());
+    }
+    return pucCopy;
+}
+
+Written Write(const Host &h, Writer pfnWrite, const Route &rt, uint32_t ulType, uint32_t ulRoom)
+{
+    Written w = {0u, Bytes(ulRoom + kGuardLen, kGuard), 0u};
+    uint8_t *pucCur = w.vecBuf.data();
+    w.ulRet = pfnWrite(&rt.stRt, ulType, &pucCur, ulRoom, h.pstInst);
+    FZ_CHECK(pucCur >= w.vecBuf.data() && pucCur <= w.vecBuf.data() + ulRoom);
+    w.ulMoved = static_cast<size_t>(pucCur - w.vecBuf.data());
+    for (size_t i = ulRoom; i < w.vecBuf.size(); i++) {
+        FZ_CHECK(w.vecBuf[i] == kGuard);
+    }
+    return w;
 }
 
 TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset)

@@ -2,7 +2,8 @@
  * What every fuzz target shares: one plug-in constructed the way a host does
  * it, on the test platform (planned allocation failures, live-block counts),
  * property checks that abort with the failing condition, output blocks taken
- * over and released as the host does, and text rendered into guarded buffers.
+ * over and released as the host does, input in exact heap blocks, and writes
+ * and text rendered into guarded buffers.
  */
 #ifndef BOL_FUZZ_HOST_H
 #define BOL_FUZZ_HOST_H
@@ -10,6 +11,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,8 @@ namespace fz {
 using Bytes = std::vector<uint8_t>;
 
 const uint32_t kModule = 7u;
+/* What the host fills its table, buffers and guard areas with. */
+const uint8_t kGuard = 0xA5u;
 
 [[noreturn]] void Fail(const char *pcFile, int iLine, const char *pcCond);
 
@@ -51,7 +55,31 @@ struct Output {
 };
 Output TakeOutput(void *pvOut);
 
+/* After a call that hands over an output block: the block is handed over
+ * exactly when the call succeeds, and a failed allocation gives 3 (the
+ * handler's own buffer) or 0x50001 (the output block). */
+void CheckHandOver(uint32_t ulRet, const void *pvOut, bool bAllocFailed);
+
+/* The bytes in a heap block of exactly their size, so that AddressSanitizer
+ * catches a read past them; no bytes still give a block (never null). */
+std::unique_ptr<uint8_t[]> HeapCopy(const Bytes &vecIn);
+
 using th::Route;
+
+/* The format entries of the procedure table for packets, messages, HA
+ * messages and attribute messages share one shape. */
+using Writer = uint32_t (*)(const BOL_RT_DATA_S *, uint32_t, uint8_t **, uint32_t, BOL_SRPOLICY_INSTANCE_S *);
+
+/* One writer call into ulRoom bytes followed by a guard area: the cursor
+ * stays inside the room and the guard comes back untouched. vecBuf is the
+ * room and guard after the call, ulMoved how far the cursor went. */
+struct Written {
+    uint32_t ulRet;
+    Bytes vecBuf;
+    size_t ulMoved;
+    Bytes Out() const { return Bytes(vecBuf.begin(), vecBuf.begin() + static_cast<std::ptrdiff_t>(ulMoved)); }
+};
+Written Write(const Host &h, Writer pfnWrite, const Route &rt, uint32_t ulType, uint32_t ulRoom);
 
 /* One text call into a buffer of ulSize bytes followed by a guard area,
  * which must come back untouched; on success the text is terminated inside

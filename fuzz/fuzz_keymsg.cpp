@@ -34,31 +34,32 @@ BOL_SRPOLICY_NLRI_S KeyOf(const fz::Output &o)
     return st;
 }
 
+/* What the caller's output pointer holds until a key is handed over. */
+int g_iUntouched;
+void *const kUntouched = &g_iUntouched;
+
+/* A decoder's result is its refusal (BOL_OK for none), else 0x50001 when the
+ * output allocation fails, else BOL_OK; a key is handed over exactly on
+ * success. True when one was. */
+bool KeyHandedOver(uint32_t ulRet, uint32_t ulRefusal, bool bFailAlloc, const void *pvOut)
+{
+    const uint32_t ulWant = (ulRefusal != BOL_OK) ? ulRefusal : (bFailAlloc ? BOL_ERR_MALLOC : BOL_OK);
+    FZ_CHECK(ulRet == ulWant);
+    FZ_CHECK(ulRet == BOL_OK || pvOut == kUntouched);
+    return ulRet == BOL_OK;
+}
+
 void HaPrefix(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulType, bool bFailAlloc)
 {
-    void *const pvUntouched = const_cast<fz::Host *>(&h);
-    void *pvOut = pvUntouched;
+    void *pvOut = kUntouched;
     const uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
-    /* The message on the heap at its exact size. */
-    uint8_t *pucMsg = new uint8_t[vecIn.size() + 1u];
-    if (!vecIn.empty()) {
-        memcpy(pucMsg, vecIn.data(), vecIn.size());
-    }
-    uint32_t ulRet = h.stTbl.pfnParseHaMsg(pucMsg, ulLen, ulType, &pvOut, h.pstInst);
-    delete[] pucMsg;
-    if (ulLen < 28u) {
-        FZ_CHECK(ulRet == BOL_ERR_HA_TLV_SHORT && pvOut == pvUntouched);
+    uint32_t ulRet = h.stTbl.pfnParseHaMsg(fz::HeapCopy(vecIn).get(), ulLen, ulType, &pvOut, h.pstInst);
+    const uint32_t ulRefusal = (ulLen < 28u) ? BOL_ERR_HA_TLV_SHORT
+                               : (vecIn[0] != 96u && vecIn[0] != 192u) ? BOL_ERR_HA_NLRI_LEN
+                                                                       : BOL_OK;
+    if (!KeyHandedOver(ulRet, ulRefusal, bFailAlloc, pvOut)) {
         return;
     }
-    if (vecIn[0] != 96u && vecIn[0] != 192u) {
-        FZ_CHECK(ulRet == BOL_ERR_HA_NLRI_LEN && pvOut == pvUntouched);
-        return;
-    }
-    if (bFailAlloc) {
-        FZ_CHECK(ulRet == BOL_ERR_MALLOC && pvOut == pvUntouched);
-        return;
-    }
-    FZ_CHECK(ulRet == BOL_OK);
     BOL_SRPOLICY_NLRI_S stKey = KeyOf(fz::TakeOutput(pvOut));
     FZ_CHECK(stKey.ucNlriLen == vecIn[0]);
     FZ_CHECK(stKey.ulDistinguisher == BigEndian32(&vecIn[4]) && stKey.ulPolicyColor == BigEndian32(&vecIn[8]));
@@ -69,42 +70,33 @@ void HaPrefix(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulType, bool b
     /* Written back: the record's 28 bytes with the reserved bytes zero. */
     fz::Route rt;
     rt.SetKey(stKey);
-    uint8_t aucBuf[28 + 4];
-    memset(aucBuf, 0xEE, sizeof(aucBuf));
-    uint8_t *pucCur = aucBuf;
-    FZ_CHECK(h.stTbl.pfnFormatHaMsg(&rt.stRt, ulType, &pucCur, 28u, h.pstInst) == BOL_OK);
-    FZ_CHECK(pucCur == aucBuf + 28 && aucBuf[28] == 0xEEu);
-    FZ_CHECK(aucBuf[0] == vecIn[0] && aucBuf[1] == 0u && aucBuf[2] == 0u && aucBuf[3] == 0u);
-    FZ_CHECK(memcmp(aucBuf + 4, &vecIn[4], 24u) == 0);
+    const fz::Written w = fz::Write(h, h.stTbl.pfnFormatHaMsg, rt, ulType, 28u);
+    FZ_CHECK(w.ulRet == BOL_OK && w.ulMoved == 28u);
+    const uint8_t *pucBack = w.vecBuf.data();
+    FZ_CHECK(pucBack[0] == vecIn[0] && pucBack[1] == 0u && pucBack[2] == 0u && pucBack[3] == 0u);
+    FZ_CHECK(memcmp(pucBack + 4, &vecIn[4], 24u) == 0);
 }
 
 void CfgPrefix(const fz::Host &h, const fz::Bytes &vecIn, bool bFailAlloc)
 {
-    void *const pvUntouched = const_cast<fz::Host *>(&h);
-    void *pvOut = pvUntouched;
+    void *pvOut = kUntouched;
     const uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
-    /* The record on the heap at its exact size (an empty one is a null). */
-    uint8_t *pucRec = vecIn.empty() ? nullptr : new uint8_t[vecIn.size()];
-    if (pucRec != nullptr) {
-        memcpy(pucRec, vecIn.data(), vecIn.size());
-    }
-    uint32_t ulRet = h.stTbl.pfnParseCfg(pucRec, ulLen, BOL_SRPOLICY_CFG_PREFIX, &pvOut, h.pstInst);
-    delete[] pucRec;
-    if (ulLen != BOL_SRPOLICY_CFG_PREFIX_LEN) {
-        FZ_CHECK(ulRet == BOL_ERR_PARAM && pvOut == pvUntouched);
-        return;
-    }
+    /* An empty record is a null. */
+    const std::unique_ptr<uint8_t[]> pucRec = fz::HeapCopy(vecIn);
+    uint32_t ulRet =
+        h.stTbl.pfnParseCfg(vecIn.empty() ? nullptr : pucRec.get(), ulLen, BOL_SRPOLICY_CFG_PREFIX, &pvOut, h.pstInst);
+    const bool bWholeRecord = ulLen == BOL_SRPOLICY_CFG_PREFIX_LEN;
     BOL_SRPOLICY_CFG_PREFIX_S stRec;
-    memcpy(&stRec, vecIn.data(), sizeof(stRec));
-    if (stRec.ulCfgKind != BOL_SRPOLICY_CFG_PREFIX_KIND) {
-        FZ_CHECK(ulRet == BOL_ERR_CFG_TYPE && pvOut == pvUntouched);
+    memset(&stRec, 0, sizeof(stRec));
+    if (bWholeRecord) {
+        memcpy(&stRec, vecIn.data(), sizeof(stRec));
+    }
+    const uint32_t ulRefusal = !bWholeRecord                                        ? BOL_ERR_PARAM
+                               : (stRec.ulCfgKind != BOL_SRPOLICY_CFG_PREFIX_KIND) ? BOL_ERR_CFG_TYPE
+                                                                                   : BOL_OK;
+    if (!KeyHandedOver(ulRet, ulRefusal, bFailAlloc, pvOut)) {
         return;
     }
-    if (bFailAlloc) {
-        FZ_CHECK(ulRet == BOL_ERR_MALLOC && pvOut == pvUntouched);
-        return;
-    }
-    FZ_CHECK(ulRet == BOL_OK);
     BOL_SRPOLICY_NLRI_S stKey = KeyOf(fz::TakeOutput(pvOut));
     const bool bV6 = stRec.ucEndpointIsV6 != 0u;
     FZ_CHECK(stKey.ucNlriLen == (bV6 ? 192u : 96u));

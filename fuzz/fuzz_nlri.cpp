@@ -33,12 +33,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
 
     /* Exactly the NLRI bytes on the heap, so any read past them is caught. */
     const fz::Bytes vecIn(pucData + 1, pucData + ulSize);
-    uint8_t *pucBuf = new uint8_t[vecIn.size() + 1u];
-    if (!vecIn.empty()) {
-        memcpy(pucBuf, vecIn.data(), vecIn.size());
-    }
-    uint8_t *const pucEnd = pucBuf + vecIn.size();
-    uint8_t *pucCur = pucBuf;
+    const std::unique_ptr<uint8_t[]> pucBuf = fz::HeapCopy(vecIn);
+    uint8_t *const pucEnd = pucBuf.get() + vecIn.size();
+    uint8_t *pucCur = pucBuf.get();
     void *const pvUntouched = &g_iHostCtx;
 
     for (uint32_t ulMore = 1u; ulMore != 0u;) {
@@ -80,15 +77,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
         /* Encoding the key gives back the NLRI with its canonical length byte. */
         fz::Route rt;
         rt.SetKey(stKey);
-        uint8_t aucWire[25 + 8];
-        memset(aucWire, 0xEE, sizeof(aucWire));
-        uint8_t *pucWr = aucWire;
-        FZ_CHECK(h.stTbl.pfnFormatPkt(&rt.stRt, ulType, &pucWr, 25u, h.pstInst) == BOL_OK);
-        FZ_CHECK(pucWr == aucWire + 1 + ulBody && aucWire[1 + ulBody] == 0xEEu);
-        FZ_CHECK(aucWire[0] == ulBody * 8u);
-        FZ_CHECK(memcmp(aucWire + 1, pucBefore + 1, ulBody) == 0);
+        const fz::Written w = fz::Write(h, h.stTbl.pfnFormatPkt, rt, ulType, 25u);
+        FZ_CHECK(w.ulRet == BOL_OK && w.ulMoved == 1u + ulBody);
+        FZ_CHECK(w.vecBuf[1u + ulBody] == fz::kGuard);
+        FZ_CHECK(w.vecBuf[0] == ulBody * 8u);
+        FZ_CHECK(memcmp(w.vecBuf.data() + 1, pucBefore + 1, ulBody) == 0);
     }
-    delete[] pucBuf;
     tp::FailNthAlloc(0u);
     fz::CheckNoLeak();
     return 0;

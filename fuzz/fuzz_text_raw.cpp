@@ -25,11 +25,8 @@ void AttrText(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulSmall)
     fz::Route rt;
     /* The value on the heap at its exact size, so that a read past the
      * attribute length is caught. */
-    uint8_t *pucAttr = new uint8_t[vecIn.size() + 1u];
-    if (!vecIn.empty()) {
-        memcpy(pucAttr, vecIn.data(), vecIn.size());
-    }
-    rt.stRt.pucAttr = pucAttr;
+    const std::unique_ptr<uint8_t[]> pucAttr = fz::HeapCopy(vecIn);
+    rt.stRt.pucAttr = pucAttr.get();
     rt.stRt.ulAttrLen = static_cast<uint32_t>(vecIn.size());
 
     fz::TextCall stFull = fz::Render(h, rt, BOL_SRPOLICY_STR_ATTR, 1u << 18, 0u);
@@ -41,8 +38,7 @@ void AttrText(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulSmall)
     std::string strJoined;
     (void)fz::RenderAll(h, rt, ulSmall, strJoined);
     (void)fz::RenderAll(h, rt, 320u, strJoined);
-    FZ_CHECK(vecIn.empty() || memcmp(pucAttr, vecIn.data(), vecIn.size()) == 0);  // the text only reads
-    delete[] pucAttr;
+    FZ_CHECK(vecIn.empty() || memcmp(pucAttr.get(), vecIn.data(), vecIn.size()) == 0);  // the text only reads
 }
 
 void KeyText(const fz::Host &h, const fz::Bytes &vecIn, uint32_t ulSmall, uint32_t ulKeyLen)
