@@ -2,6 +2,45 @@
  * Internal interface of the SR Policy plug-in: the decoded attribute record,
  * the report helpers, and every exported function that the host reaches only
  * through the handler tables.
+ *
+ * Where each Tunnel Encapsulation sub-TLV is handled, in the order decode;
+ * text; message 122; size; encode (BOL_SRPOLICY_ prefixes left out; files:
+ * p = _parse, b = _parse_bindsid, f = _format, s = bol_srpolicy.cpp). Every
+ * sub-TLV, known or not, is also appended to the normalised copy by
+ * CopySubTlv (p).
+ *
+ *   12  Preference:   ParseSubTlv_Preference (p); OutputPreferenceData (s);
+ *                     FormatCondRtPreference (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   13  Binding SID:  ParseSubTlv_BSID (p); OutputBSIDData (s);
+ *                     FormatCondRtBindSid (f); CalculateBsidLen (s); ParseCfgBSID (p)
+ *   20  SRv6 BSID:    ParseSubTlv_SRv6BSID (b); OutputSRv6BSIDData (s);
+ *                     FormatCondRtSRv6BSID, FormatCondRtOneSRv6BSID (f);
+ *                     CalculateSRv6BsidLen (s); ParseCfgSRv6BSID (p)
+ *   123 Slice id:     ParseSubTlv_Standard_SliceId (p); OutputSliceIdData (s);
+ *                     FormatCondRtSliceId (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   126 Private slice id: ParseSubTlv_SliceId (p); OutputSliceIdData (s);
+ *                     FormatCondRtSliceId (f); not configured; the attribute
+ *                     setter turns 123 into 126 (SetTunnelEncapsulationAttr)
+ *   127 Template id:  ParseSubTlv_CfgModuleId (p); OutputCfgModuleData (s);
+ *                     FormatCondRtCfgModuleId (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   128 Segment List: ParseSubTlv_SegmentList (p) after CheckSegmentListVaild
+ *                     (s); OutputSegmentList, OutputSegListSubType (s);
+ *                     FormatCondRtSegmentList, FormatCondRtOneSegmentList (f);
+ *                     CalculateSegmentListLen, CalculateSegmentLen,
+ *                     CalculateSegmentListBSidLen (s); ParseCfgSegmentList,
+ *                     ParseCfgSegListBSid, ParseCfgSegment (p)
+ *   129 Candidate path name: ParseSubTlv_CPathName (p); OutputCPathName (s);
+ *                     FormatCondRtCPathName (f); not configured
+ *   130 Policy name:  ParseSubTlv_PolicyName (p); OutputPolicyName (s);
+ *                     FormatCondRtPolicyName (f); not configured
+ *
+ * Inside a Segment List, the segment-list binding SID (segment type 33) is
+ * checked by CheckSegmentListBSidValid, printed by OutputSegListBSid, sized
+ * by CalculateSegmentListBSidLen and written by ParseCfgSegListBSid, all with
+ * the layout of bol::SlBsidSidLen and bol::SlBsidEntryLen (below).
  */
 #ifndef BOL_SRPOLICY_PRIV_H
 #define BOL_SRPOLICY_PRIV_H
@@ -528,7 +567,8 @@ inline uint32_t SlBsidSidLen(uint32_t ulFlags)
 /* Bytes of one segment-list binding SID with its behavior and structure. */
 inline uint32_t SlBsidEntryLen(uint32_t ulFlags)
 {
-    return SlBsidSidLen(ulFlags) + (((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_EXT) != 0u) ? BOL_SRPOLICY_SLBSID_EXT_LEN : 0u);
+    uint32_t ulExt = ((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_EXT) != 0u) ? BOL_SRPOLICY_SLBSID_EXT_LEN : 0u;
+    return SlBsidSidLen(ulFlags) + ulExt;
 }
 
 /* The end-of-encoder check of a writer. Every encoder sizes its writes
