@@ -287,8 +287,8 @@ inline void PutWords(Writer &stWr, const uint32_t aulWords[4], uint32_t ulWords)
         ulWords = 4u;
     }
     uint8_t *puc = Take(stWr, 4u * ulWords);
-    for (uint32_t i = 0; puc != nullptr && i < ulWords; i++) {
-        StoreBe32(puc + 4u * i, aulWords[i]);
+    for (uint32_t i = 0; puc != nullptr && i < ulWords; i++, puc += 4) {
+        StoreBe32(puc, aulWords[i]);
     }
 }
 
