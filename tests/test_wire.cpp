@@ -38,9 +38,14 @@ TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
         {"a u16 that does not fit writes nothing", 5,
          [](bol::Writer &w) { bol::PutU32(w, 0x01020304u); bol::PutU16(w, 0x0506); },
          "01 02 03 04 EE", 2},
-        {"after a short write a write that would fit is refused too", 5,
-         [](bol::Writer &w) { bol::PutU32(w, 0x01020304u); bol::PutU16(w, 0x0506); bol::PutU8(w, 7); },
-         "01 02 03 04 EE", 3},
+        {"after a short write a write that would fit is refused too, and counted", 5,
+         [](bol::Writer &w) {
+             bol::PutU32(w, 0x01020304u);
+             bol::PutU16(w, 0x0506);
+             bol::PutU8(w, 7);
+             bol::PutU32(w, 0x08090A0Bu);
+         },
+         "01 02 03 04 EE", 7},
         {"one word of a SID, then zeros and a skip", 8,
          [](bol::Writer &w) { bol::PutWords(w, aulSid, 1); bol::PutZeros(w, 2); bol::PutSkip(w, 2); },
          "11 11 11 11 00 00 EE EE", 0},
