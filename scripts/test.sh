@@ -36,7 +36,7 @@ run_build() {
   local name=$1
   shift
   echo "=== build: $name"
-  cmake -S . -B "build/$name" -G Ninja "$@" >/dev/null
+  cmake -S . -B "build/$name" -G Ninja -DBOL_WERROR=ON "$@" >/dev/null
   cmake --build "build/$name" -j "$jobs"
   ctest --test-dir "build/$name" -j "$jobs" --timeout 600
 }
