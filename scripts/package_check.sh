@@ -12,7 +12,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/deps.sh build-essential cmake ninja-build googletest libbenchmark-dev libpcap-dev nlohmann-json3-dev \
-  libcli11-dev help2man doxygen pkg-config dpkg-dev fakeroot file lintian
+  libcli11-dev help2man man-db doxygen pkg-config dpkg-dev fakeroot file lintian
 
 build=build/package
 work=$build/check
@@ -93,6 +93,7 @@ grep -q "SONAME.*\[libbol_srpolicy.so.${version%%.*}\]" <<<"$soname" || fail "SO
 check_tree "$stage" staged
 
 echo "=== Debian packages"
+rm -f "$build"/*.deb
 (cd "$build" && cpack -G DEB >/dev/null)
 debs=("$build"/*.deb)
 [ ${#debs[@]} -eq 3 ] || fail "expected 3 packages, found ${#debs[@]}"
@@ -107,8 +108,11 @@ runtime_files=$(dpkg-deb -c "$(deb_of "libbol-srpolicy${version%%.*}")")
 grep -q "libbol_srpolicy.so.${version%%.*} ->" <<<"$runtime_files" || fail "the runtime package lacks the SONAME link"
 
 echo "=== lintian"
-lintian --tag-display-limit 0 "${debs[@]}" >"$work/lintian.txt" 2>&1 || true
+# Status 1 means findings (judged below by their severity); 2 means lintian failed.
+lintian_rc=0
+lintian --tag-display-limit 0 "${debs[@]}" >"$work/lintian.txt" 2>&1 || lintian_rc=$?
 cat "$work/lintian.txt"
+[ "$lintian_rc" -le 1 ] || fail "lintian failed ($lintian_rc)"
 if grep -q "^E:" "$work/lintian.txt"; then
   fail "lintian reports errors"
 fi
@@ -121,10 +125,12 @@ for deb in "${debs[@]}"; do
   dpkg -x "$deb" "$root"
 done
 "$root/usr/bin/srpolicy" --version | grep -qx "srpolicy $version" || fail "unpacked srpolicy --version"
-"$root/usr/bin/srpolicy" decode --sample 2>"$work/sample.err" | grep -q "Policy Name: to-east" ||
-  fail "unpacked srpolicy decode --sample"
+"$root/usr/bin/srpolicy" decode --sample >"$work/sample.out" 2>"$work/sample.err" ||
+  fail "unpacked srpolicy decode --sample: status $?"
+grep -q "Policy Name: to-east" "$work/sample.out" || fail "unpacked srpolicy decode --sample: no routes"
 grep -q "routes 6, withdrawals 2, skipped 6, failed 0" "$work/sample.err" || fail "unpacked srpolicy: summary"
 echo "unpacked srpolicy: --version and decode --sample"
-man -l "$root/usr/share/man/man1/srpolicy.1.gz" 2>/dev/null | grep -q "srpolicy" || fail "man page does not render"
+man -l "$root/usr/share/man/man1/srpolicy.1.gz" >"$work/man.txt" 2>/dev/null || fail "the man page does not render"
+grep -q "srpolicy decode \[OPTIONS\]" "$work/man.txt" || fail "the man page lacks the decode usage"
 check_tree "$root/usr" unpacked
 echo "=== package check passed"
