@@ -55,7 +55,7 @@ static int DecodeNlri(const BOL_PROC_TBL_S *pstTbl, BOL_SRPOLICY_INSTANCE_S *pst
         fprintf(stderr, "key text failed: 0x%x\n", ulRet);
         return 1;
     }
-    printf("decoded %u of %u NLRI bytes:%s\n", (unsigned)(pucCur - pucNlri), ulLen, acText);
+    printf("decoded %u of %u NLRI bytes: %s\n", (unsigned)(pucCur - pucNlri), ulLen, acText);
     return 0;
 }
 
