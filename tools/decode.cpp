@@ -39,6 +39,7 @@ public:
         : m_host(host),
           m_describer(host, DescribeOptions{!stOptions.bJson, true}),
           m_out(out),
+          m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
     {
     }
@@ -72,7 +73,7 @@ public:
     {
         Start(stOrigin);
         m_stCount.ullFailed++;
-        Say(Problem{strWhat, 0u, 0u, -1});
+        Say(Problem(strWhat));
     }
 
     void Skipped() override { m_stCount.ullSkipped++; }
@@ -147,17 +148,25 @@ private:
         for (const Problem &st : m_stUpdate.vecProblems) {
             Say(st);
         }
+        if (m_bVerbose) {
+            for (const std::string &strNote : m_stUpdate.vecNotes) {
+                Say(Problem("plug-in report " + strNote), "note");
+            }
+        }
         EndInput();
         m_pPrinter->Update(m_stCtx, m_stUpdate);
     }
 
-    void Say(const Problem &stProblem)
+    void Say(const Problem &stProblem, const char *pcKind = "error")
     {
         EndInput();
         if (m_out.Interactive()) { /* keep the error next to the routes on a terminal */
             m_out.Flush();
         }
         std::string strLine = ProblemLine(m_stCtx, stProblem);
+        if (pcKind[0] != 'e') {
+            strLine.replace(strLine.find("error"), 5u, pcKind);
+        }
         strLine.push_back('\n');
         std::fwrite(strLine.data(), 1u, strLine.size(), stderr);
     }
@@ -165,6 +174,7 @@ private:
     PluginHost &m_host;
     Describer m_describer;
     OutBuffer &m_out;
+    bool m_bVerbose;
     std::unique_ptr<Printer> m_pPrinter;
     EventContext m_stCtx;
     Bytes m_vecMsg;

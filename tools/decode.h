@@ -16,6 +16,7 @@ struct DecodeOptions {
     Format eFormat = Format::Auto;
     DecodeMode eMode = DecodeMode::Messages;
     bool bJson = false;
+    bool bVerbose = false; /* also the plug-in's reports of calls that succeeded */
     std::vector<std::string> vecInputs; /* files, "-" for stdin; empty = stdin */
 };
 

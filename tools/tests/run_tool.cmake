@@ -10,6 +10,7 @@
 #   STDOUT_REGEX  expressions the standard output must match
 #   STDOUT_NOT    expressions the standard output must not match
 #   STDERR_REGEX  expressions the standard error must match
+#   STDERR_NOT    expressions the standard error must not match
 cmake_minimum_required(VERSION 3.25)
 
 function(split_list VAR)
@@ -22,6 +23,7 @@ split_list(PIPE_ARGS)
 split_list(STDOUT_REGEX)
 split_list(STDOUT_NOT)
 split_list(STDERR_REGEX)
+split_list(STDERR_NOT)
 if(NOT DEFINED EXPECT_RC)
   set(EXPECT_RC 0)
 endif()
@@ -67,6 +69,11 @@ endforeach()
 foreach(_re IN LISTS STDERR_REGEX)
   if(NOT _err MATCHES "${_re}")
     string(APPEND _fail "standard error does not match: ${_re}\n")
+  endif()
+endforeach()
+foreach(_re IN LISTS STDERR_NOT)
+  if(_err MATCHES "${_re}")
+    string(APPEND _fail "standard error matches: ${_re}\n")
   endif()
 endforeach()
 if(_fail)
