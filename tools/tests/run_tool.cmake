@@ -5,6 +5,7 @@
 #   ARGS          arguments of the first run
 #   PIPE_ARGS     arguments of a second run reading the first run's output
 #   STDIN         file given as standard input of the first run
+#   MKFIFO        a named pipe made (if missing) before the run
 #   EXPECT_RC     expected exit status of the last run (default 0)
 #   STDOUT_FILE   file the standard output must equal
 #   STDOUT_REGEX  expressions the standard output must match
@@ -28,6 +29,9 @@ if(NOT DEFINED EXPECT_RC)
   set(EXPECT_RC 0)
 endif()
 
+if(MKFIFO AND NOT EXISTS ${MKFIFO})
+  execute_process(COMMAND mkfifo ${MKFIFO})
+endif()
 set(_input "")
 if(STDIN)
   set(_input INPUT_FILE ${STDIN})
