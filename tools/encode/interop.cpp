@@ -25,8 +25,8 @@ const char *const g_apcText[kKinds] = {
     "and refuse the length",
     "segment-list binding SID written as segment sub-TLV 33, which RFC 9830 does not define",
     "segments written with flags 0x80; RFC 9830 receivers read 0x80 as the V-flag (verify the SID)",
-    "SRv6 binding SID with the B-flag whose SID structure lengths add up to more than 128 bits; written as "
-    "configured",
+    "SRv6 binding SID with the B-flag whose SID structure lengths add up to more than 128 bits: written as "
+    "configured, and receivers that check the structure (this plug-in's decoder among them) refuse it",
 };
 
 void SegmentList(const uint8_t *p, size_t n, bool *pbSeen)
