@@ -19,6 +19,7 @@ namespace {
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
 void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+
 void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
 
 /* A number that the attribute may or may not carry. */
@@ -32,8 +33,15 @@ void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &o
 
 void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
-    std::string s = ToHex(p, n);
-    Str(w, s);
+    static const char acDigits[] = "0123456789abcdef";
+    thread_local std::string t_strHex;
+    t_strHex.assign(1u, '"');
+    for (size_t i = 0; i < n; i++) {
+        t_strHex += acDigits[p[i] >> 4];
+        t_strHex += acDigits[p[i] & 0xFu];
+    }
+    t_strHex += '"';
+    w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
 }
 
 void Structure(Writer &w, const uint8_t *puc)
