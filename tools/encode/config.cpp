@@ -285,7 +285,10 @@ CfgRoute RouteOf(const json &j, const json &jDefaults, const std::string &strPat
 
 }  // namespace
 
-bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+namespace {
+
+template <class Input>
+bool LoadFrom(Input &&in, std::vector<CfgRoute> &vecRoutes, std::string &strError)
 {
     /* Each route is turned into its record as soon as the parser has read
      * it, and dropped from the document, so that a large configuration is
@@ -314,7 +317,7 @@ bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, st
         return true;
     };
     try {
-        json j = json::parse(strText, fnEvent);
+        json j = json::parse(std::forward<Input>(in), fnEvent);
         OnlyKeys(j, "config", {"defaults", "routes"});
         if (!j.contains("routes") || !j.at("routes").is_array() || (j.at("routes").empty() && ulRoute == 0u)) {
             Bad("routes", "must be a non-empty list");
@@ -333,6 +336,18 @@ bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, st
         return false;
     }
     return true;
+}
+
+}  // namespace
+
+bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+{
+    return LoadFrom(strText, vecRoutes, strError);
+}
+
+bool LoadConfig(std::FILE *pFile, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+{
+    return LoadFrom(pFile, vecRoutes, strError);
 }
 
 }  // namespace srp
