@@ -46,7 +46,9 @@ awk -v n="$routes" -v k="$per_update" 'BEGIN {
   }
   printf "\n]}\n"
 }' > "$work/routes.json"
-$tool encode --out-pcap "$work/routes.pcap" "$work/routes.json" 2>/dev/null
+/usr/bin/time -o "$work/peak" -f %M "$tool" encode --out-pcap "$work/routes.pcap" "$work/routes.json" 2>/dev/null
+kb=$(tail -1 "$work/peak")
+echo "encode: $((kb / 1024)) MB peak, $((kb * 1024 / routes)) bytes per route"
 $tool encode --out raw "$work/routes.json" > "$work/routes.raw" 2>/dev/null
 rm "$work/routes.json"
 echo "capture: $(($(stat -c %s "$work/routes.pcap") / 1000000)) MB, raw: $(($(stat -c %s "$work/routes.raw") / 1000000)) MB"

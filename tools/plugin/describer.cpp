@@ -144,7 +144,9 @@ void Describer::Attribute(DescribedUpdate &stOut, const WireNotes &stNotes)
             break;
         }
     }
-    stAttr.strHex = ToHex(stAttr.vecNormalised);
+    if (stOut.bBareAttribute) {
+        stAttr.strHex = ToHex(stAttr.vecNormalised);
+    }
     if (m_stOptions.bAttrText) {
         std::string strText;
         uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);
