@@ -4,14 +4,15 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
-#include "plugin_host.h"
-#include "route_output.h"
-#include "update_walker.h"
+#include "bgp/message_stream.h"
+#include "input/source.h"
+#include "bgp/update_walker.h"
+#include "output/printer.h"
+#include "plugin/describer.h"
+#include "plugin/plugin_host.h"
 
 namespace srp {
 
@@ -29,39 +30,51 @@ struct Counters {
     uint64_t ullFailed = 0;
 };
 
+/* Receives what the readers frame and takes it down the road: walker,
+ * describer, printer; problems go to standard error, counts to the summary. */
 class Decoder : public InputSink {
 public:
-    Decoder(PluginHost &host, const DecodeOptions &stOptions) : m_host(host), m_stOptions(stOptions) {}
+    Decoder(PluginHost &host, const DecodeOptions &stOptions, OutBuffer &out)
+        : m_host(host),
+          m_describer(host, DescribeOptions{!stOptions.bJson, stOptions.bJson}),
+          m_out(out),
+          m_bVerbose(stOptions.bVerbose),
+          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
+    {
+    }
 
     void Message(const uint8_t *p, size_t n, const Origin &stOrigin) override
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        if (n < 19u || p[18] != 2u) {
+        Start(stOrigin);
+        m_ullFound++;
+        if (n < kBgpHeaderLen || p[18] != kBgpUpdate) {
             return; /* OPEN, KEEPALIVE, NOTIFICATION, ROUTE-REFRESH */
         }
         m_stCount.ullUpdates++;
-        Bytes vecMsg(p, p + n);
-        WalkedUpdate stWalk;
-        WalkUpdate(m_host, vecMsg, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_vecMsg.assign(p, p + n);
+        m_stWalk.Clear();
+        WalkUpdate(m_host, m_vecMsg, m_stWalk);
+        Finish();
     }
 
     void RibEntry(uint16_t usAfi, uint8_t ucSafi, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs,
                   size_t ulAttrs, const Origin &stOrigin) override
     {
         (void)ucSafi;
-        uint64_t ullIndex = ++m_stCount.ullMessages;
+        Start(stOrigin);
+        m_ullFound++;
         Bytes vecNlri(pNlri, pNlri + ulNlri);
         Bytes vecAttrs(pAttrs, pAttrs + ulAttrs);
-        WalkedUpdate stWalk;
-        WalkRibEntry(m_host, usAfi, vecNlri, vecAttrs, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_stWalk.Clear();
+        WalkRibEntry(m_host, usAfi, vecNlri, vecAttrs, m_stWalk);
+        Finish();
     }
 
     void FramingError(const std::string &strWhat, const Origin &stOrigin) override
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        Report(stOrigin, ullIndex, strWhat);
+        Start(stOrigin);
+        m_stCount.ullFailed++;
+        Say(Problem(strWhat));
     }
 
     void Skipped() override { m_stCount.ullSkipped++; }
@@ -83,35 +96,29 @@ public:
     /* One bare attribute value (--attr). */
     void Attribute(const Bytes &vecValue, const Origin &stOrigin)
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        Bytes vecCopy = vecValue;
-        RouteReport stRoute;
-        stRoute.ullMessage = ullIndex;
-        stRoute.strSource = stOrigin.strSource;
-        stRoute.ullOffset = stOrigin.ullOffset;
-        uint32_t ulRc = m_host.ParseTunnelEncap(vecCopy, stRoute.vecAttr);
-        if (ulRc != BOL_OK) {
-            Report(stOrigin, ullIndex, "Tunnel Encapsulation attribute", ulRc);
-            return;
-        }
-        stRoute.bHasAttr = true;
-        if (!Describe(stRoute, stOrigin)) {
-            m_stCount.ullFailed++;
-        }
-        Print(stRoute);
+        Start(stOrigin);
+        m_describer.DescribeAttribute(vecValue.data(), vecValue.size(), m_stUpdate);
+        Print();
     }
 
     /* Bare NLRI (--nlri). */
     void Nlri(const Bytes &vecValue, const Origin &stOrigin)
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
+        Start(stOrigin);
         Bytes vecCopy = vecValue;
-        WalkedUpdate stWalk;
-        WalkNlri(m_host, vecCopy, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_stWalk.Clear();
+        WalkNlri(m_host, vecCopy, m_stWalk);
+        Finish();
     }
 
-    void StartInput() { m_ullLastPercent = 101u; }
+    void StartInput()
+    {
+        m_ullLastPercent = 101u;
+        m_ullFound = 0;
+    }
+
+    /* BGP messages and RIB entries the current input held. */
+    uint64_t FoundInInput() const { return m_ullFound; }
 
     void EndInput()
     {
@@ -124,180 +131,197 @@ public:
     const Counters &Count() const { return m_stCount; }
 
 private:
-    /* A failure: reported and counted. */
-    void Report(const Origin &stOrigin, uint64_t ullIndex, const std::string &strWhat, uint32_t ulCode = 0u,
-                size_t ulPos = 0u)
+    void Start(const Origin &stOrigin)
     {
-        m_stCount.ullFailed++;
-        Say(stOrigin, ullIndex, strWhat, ulCode, ulPos);
+        m_stCtx.ullMessage = ++m_stCount.ullMessages;
+        m_stCtx.strSource = stOrigin.strSource;
+        m_stCtx.ullOffset = stOrigin.ullOffset;
     }
 
-    void Say(const Origin &stOrigin, uint64_t ullIndex, const std::string &strWhat, uint32_t ulCode, size_t ulPos)
+    /* The walked message through the describer to the printer. */
+    void Finish()
+    {
+        m_describer.Describe(m_stWalk, m_stUpdate);
+        m_stCount.ullRoutes += m_stUpdate.vecRoutes.size();
+        for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
+            m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
+        }
+        Print();
+    }
+
+    void Print()
+    {
+        m_stCount.ullSkipped += m_stUpdate.ulSkipped;
+        m_stCount.ullFailed += m_stUpdate.Failures();
+        for (const Problem &st : m_stUpdate.vecProblems) {
+            Say(st);
+        }
+        if (m_bVerbose) {
+            for (const std::string &strNote : m_stUpdate.vecNotes) {
+                Say(Problem("plug-in report " + strNote), "note");
+            }
+        }
+        EndInput();
+        m_pPrinter->Update(m_stCtx, m_stUpdate);
+    }
+
+    void Say(const Problem &stProblem, const char *pcKind = "error")
     {
         EndInput();
-        std::ostringstream os;
-        os << "srpolicy: error: " << stOrigin.strSource << ": message " << ullIndex << " at offset "
-           << stOrigin.ullOffset;
-        if (ulPos != 0u) {
-            os << " (+" << ulPos << ")";
+        if (m_out.Interactive()) { /* keep the error next to the routes on a terminal */
+            m_out.Flush();
         }
-        os << ": " << strWhat;
-        if (ulCode != 0u) {
-            char ac[16];
-            std::snprintf(ac, sizeof(ac), "0x%x", ulCode);
-            os << ": " << ResultName(ulCode) << " (" << ac << ")";
+        std::string strLine = ProblemLine(m_stCtx, stProblem);
+        if (pcKind[0] != 'e') {
+            strLine.replace(strLine.find("error"), 5u, pcKind);
         }
-        std::cerr << os.str() << "\n";
-    }
-
-    /* Text, check and fields of one route through the plug-in; false when a
-     * part failed (already reported). */
-    bool Describe(RouteReport &stRoute, const Origin &stOrigin)
-    {
-        bool bOk = true;
-        uint32_t ulRc;
-        if (stRoute.bHasKey) {
-            ulRc = m_host.KeyText(stRoute.stKey, stRoute.strKeyText);
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "route key text", ulRc);
-                bOk = false;
-                stRoute.strKeyText = "SR Policy NLRI: distinguisher " + std::to_string(stRoute.stKey.ulDistinguisher) +
-                                     ", color " + std::to_string(stRoute.stKey.ulPolicyColor) + ", endpoint " +
-                                     EndpointText(stRoute.stKey);
-            }
-            ulRc = m_host.CheckEndpoint(stRoute.stKey, stRoute.bValid);
-            stRoute.bChecked = ulRc == BOL_OK;
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "route check", ulRc);
-                bOk = false;
-            }
-        }
-        if (stRoute.bHasAttr) {
-            ulRc = m_host.AttrText(stRoute.stKey, stRoute.vecAttr, stRoute.strAttrText);
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "attribute text", ulRc);
-                bOk = false;
-            }
-            if (m_stOptions.bJson) {
-                Bytes vecMsg;
-                std::string strError;
-                ulRc = m_host.CondRtAttrMessage(stRoute.stKey, stRoute.vecAttr, vecMsg);
-                if (ulRc != BOL_OK) {
-                    ReportRoute(stOrigin, stRoute, "attribute message", ulRc);
-                    bOk = false;
-                } else if (!ParseCondRtAttr(vecMsg, stRoute.stFields, strError)) {
-                    ReportRoute(stOrigin, stRoute, strError, 0u);
-                    bOk = false;
-                } else {
-                    stRoute.bHasFields = true;
-                }
-            }
-        }
-        return bOk;
-    }
-
-    /* A failed part of a route: the route is counted once by the caller. */
-    void ReportRoute(const Origin &stOrigin, const RouteReport &stRoute, const std::string &strWhat, uint32_t ulCode)
-    {
-        Say(stOrigin, stRoute.ullMessage, strWhat, ulCode, 0u);
-    }
-
-    void Emit(WalkedUpdate &stWalk, const Origin &stOrigin, uint64_t ullIndex)
-    {
-        m_stCount.ullSkipped += stWalk.ulSkipped;
-        for (const WalkFailure &st : stWalk.vecFailures) {
-            Report(stOrigin, ullIndex, st.strWhat, st.ulCode, st.ulPos);
-        }
-        for (const WalkedRoute &stWalked : stWalk.vecRoutes) {
-            RouteReport stRoute;
-            stRoute.ullMessage = ullIndex;
-            stRoute.strSource = stOrigin.strSource;
-            stRoute.ullOffset = stOrigin.ullOffset;
-            stRoute.bHasKey = true;
-            stRoute.stKey = stWalked.stKey;
-            stRoute.usAfi = stWalked.usAfi != 0u ? stWalked.usAfi
-                                                  : (stWalked.stKey.ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV4 ? 1u : 2u);
-            stRoute.bWithdrawn = stWalked.bWithdrawn;
-            if (!stWalked.bWithdrawn) {
-                stRoute.strNextHop = stWalk.strNextHop;
-                stRoute.bHasAttr = stWalk.bHasAttr;
-                stRoute.ulAttrError = stWalk.ulAttrError;
-                stRoute.vecAttr = stWalk.vecAttr;
-            }
-            m_stCount.ullRoutes++;
-            if (stWalked.bWithdrawn) {
-                m_stCount.ullWithdrawals++;
-            }
-            if (!Describe(stRoute, stOrigin)) {
-                m_stCount.ullFailed++;
-            }
-            Print(stRoute);
-        }
-    }
-
-    void Print(const RouteReport &stRoute)
-    {
-        EndInput();
-        std::cout << (m_stOptions.bJson ? RouteJson(stRoute) + "\n" : RouteText(stRoute));
+        strLine.push_back('\n');
+        std::fwrite(strLine.data(), 1u, strLine.size(), stderr);
     }
 
     PluginHost &m_host;
-    const DecodeOptions &m_stOptions;
+    Describer m_describer;
+    OutBuffer &m_out;
+    bool m_bVerbose;
+    std::unique_ptr<Printer> m_pPrinter;
+    EventContext m_stCtx;
+    Bytes m_vecMsg;
+    WalkedUpdate m_stWalk;
+    DescribedUpdate m_stUpdate;
     Counters m_stCount;
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
+    uint64_t m_ullFound = 0;
 };
 
-bool ReadAll(const std::string &strPath, Bytes &vecOut)
-{
-    if (strPath == "-") {
-        vecOut.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-        return !std::cin.bad();
-    }
-    std::ifstream is(strPath, std::ios::binary);
-    if (!is) {
-        return false;
-    }
-    vecOut.assign(std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>());
-    return !is.bad();
-}
+/* How much of an input is looked at to tell its format. */
+const size_t kDetectLen = 65536u;
 
-/* Bare values, one hex value per line. */
-bool ReadValues(Decoder &dec, DecodeMode eMode, const Bytes &vecData, const std::string &strSource,
-                std::string &strError)
+/* Bare values, one hex value per line, streamed line by line. */
+bool ReadValues(Decoder &dec, DecodeMode eMode, InputFile &in, const std::string &strSource, std::string &strError)
 {
-    std::vector<Bytes> vecValues;
-    if (!ParseHexLines(std::string(vecData.begin(), vecData.end()), vecValues, strError)) {
-        return false;
-    }
-    for (size_t i = 0; i < vecValues.size(); i++) {
-        Origin stOrigin{strSource + " value " + std::to_string(i + 1u), 0u};
-        if (eMode == DecodeMode::Attributes) {
-            dec.Attribute(vecValues[i], stOrigin);
-        } else {
-            dec.Nlri(vecValues[i], stOrigin);
+    HexText hex;
+    std::string strLine;
+    Bytes vecValue;
+    uint64_t ullValue = 0;
+    uint8_t auc[65536];
+    bool bEnd = false;
+    while (!bEnd) {
+        size_t n = in.Read(auc, sizeof(auc));
+        bEnd = n == 0u;
+        for (size_t i = 0; i < n || (bEnd && !strLine.empty()); i++) {
+            if (i < n && auc[i] != '\n') {
+                strLine.push_back(static_cast<char>(auc[i]));
+                continue;
+            }
+            vecValue.clear();
+            if (!hex.Line(strLine.data(), strLine.size(), vecValue, strError) || !hex.Finish(strError)) {
+                return false;
+            }
+            strLine.clear();
+            if (vecValue.empty()) {
+                continue;
+            }
+            Origin stOrigin{strSource + " value " + std::to_string(++ullValue), 0u};
+            if (eMode == DecodeMode::Attributes) {
+                dec.Attribute(vecValue, stOrigin);
+            } else {
+                dec.Nlri(vecValue, stOrigin);
+            }
         }
+    }
+    if (!in.Error().empty()) {
+        strError = "cannot read " + strSource + ": " + in.Error();
+        return false;
     }
     return true;
 }
 
-bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, const Bytes &vecData, const std::string &strSource,
-               std::string &strError)
+/* What the first hex line of an input looks like when it is not a BGP
+ * message: a bare attribute value or bare NLRI. */
+std::string HexHint(const Bytes &vecPeek)
+{
+    std::string strText(vecPeek.begin(), vecPeek.end());
+    HexText hex;
+    Bytes vecFirst;
+    std::string strError;
+    ForEachLine(strText, [&](const char *p, size_t n) { return hex.Line(p, n, vecFirst, strError) && vecFirst.empty(); });
+    const std::string strMarker = "BGP messages start with 16 bytes of ff";
+    if (vecFirst.size() >= 4u && Be16(vecFirst.data()) == 15u) {
+        return strMarker + "; the first line looks like a Tunnel Encapsulation attribute value (tunnel type 15): "
+                           "try --attr";
+    }
+    if ((vecFirst.size() == 13u && vecFirst[0] == 96u) || (vecFirst.size() == 25u && vecFirst[0] == 192u)) {
+        return strMarker + "; the first line looks like an SR Policy NLRI: try --nlri";
+    }
+    return strMarker;
+}
+
+/* Why a capture held no BGP message, from what its reader saw. */
+std::string CaptureHint(const ReadStats &st, const ReadOptions &stRead)
+{
+    if (!st.bLinkKnown) {
+        return "its link type " + std::to_string(st.iLinkType) +
+               " is not one srpolicy reads (Ethernet, Linux cooked, raw IPv4/IPv6, loopback)";
+    }
+    if (st.ullTcpPackets == 0u) {
+        return "none of its " + std::to_string(st.ullPackets) + " packets is TCP over IPv4 or IPv6";
+    }
+    std::string strPorts;
+    for (uint16_t us : stRead.vecPorts) {
+        strPorts += (strPorts.empty() ? "" : ", ") + std::to_string(us);
+    }
+    if (st.mapOtherPorts.empty()) {
+        return "its TCP data on port " + strPorts + " is not BGP";
+    }
+    std::vector<std::pair<uint64_t, uint16_t>> vecBusy;
+    for (const auto &it : st.mapOtherPorts) {
+        vecBusy.emplace_back(it.second, it.first);
+    }
+    std::sort(vecBusy.rbegin(), vecBusy.rend());
+    std::string strOther;
+    for (size_t i = 0; i < vecBusy.size() && i < 3u; i++) {
+        strOther += (i == 0u ? "" : ", ") + std::to_string(vecBusy[i].second) + " (" +
+                    std::to_string(vecBusy[i].first) + " packets)";
+    }
+    return "no TCP on port " + strPorts + "; TCP seen on ports " + strOther + ": give --port N to follow BGP there";
+}
+
+/* One input through its reader. False (with strError) when it cannot be
+ * read at all; strHint explains an input in which no message turns up. */
+bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, InputFile &in, const std::string &strSource,
+               std::string &strHint, std::string &strError)
 {
     if (stOptions.eMode != DecodeMode::Messages) {
-        return ReadValues(dec, stOptions.eMode, vecData, strSource, strError);
+        return ReadValues(dec, stOptions.eMode, in, strSource, strError);
     }
+    const Bytes &vecPeek = in.Peek(kDetectLen);
     Format eFormat = stOptions.eFormat;
-    if (eFormat == Format::Auto && !DetectFormat(vecData.data(), vecData.size(), eFormat)) {
-        strError = vecData.empty() ? "empty input" : "unknown input format (use --in)";
+    if (eFormat == Format::Auto && !DetectFormat(vecPeek.data(), vecPeek.size(), eFormat)) {
+        strError = vecPeek.empty() ? "empty input" : "unknown input format (use --in)";
         return false;
     }
+    ReadOptions stRead;
+    if (!stOptions.vecPorts.empty()) {
+        stRead.vecPorts = stOptions.vecPorts;
+    }
+    ReadStats stStats;
+    bool bOk;
     switch (eFormat) {
-        case Format::Hex: return ReadHexMessages(vecData, strSource, dec, strError);
-        case Format::Pcap: return ReadPcap(vecData.data(), vecData.size(), strSource, dec, strError);
-        case Format::Mrt: ReadMrt(vecData.data(), vecData.size(), strSource, dec); return true;
-        default: ReadRawMessages(vecData.data(), vecData.size(), strSource, dec); return true;
+        case Format::Hex:
+            strHint = HexHint(vecPeek);
+            return ReadHexMessages(in, strSource, dec, strError);
+        case Format::Pcap:
+            bOk = ReadPcap(in, strSource, stRead, dec, stStats, strError);
+            strHint = CaptureHint(stStats, stRead);
+            return bOk;
+        case Format::Mrt:
+            strHint = "its MRT records hold no BGP message and no SR Policy RIB entry";
+            return ReadMrt(in, strSource, dec, strError);
+        default:
+            strHint = "BGP messages start with 16 bytes of ff";
+            return ReadRawMessages(in, strSource, dec, strError);
     }
 }
 
@@ -310,29 +334,40 @@ int RunDecode(const DecodeOptions &stOptions)
         std::cerr << "srpolicy: the plug-in could not be constructed\n";
         return 2;
     }
-    Decoder dec(host, stOptions);
+    OutBuffer out(STDOUT_FILENO);
+    Decoder dec(host, stOptions, out);
     std::vector<std::string> vecInputs = stOptions.vecInputs;
     if (vecInputs.empty()) {
         vecInputs.push_back("-");
     }
     bool bUnreadable = false;
+    bool bNothingFound = false;
     for (const std::string &strPath : vecInputs) {
-        Bytes vecData;
         std::string strSource = strPath == "-" ? "stdin" : strPath;
         std::string strError;
-        if (!ReadAll(strPath, vecData)) {
-            std::cerr << "srpolicy: cannot read " << strSource << "\n";
+        std::string strHint;
+        InputFile in;
+        if (!in.Open(strPath, strError)) {
+            std::cerr << "srpolicy: " << strError << "\n";
             bUnreadable = true;
             continue;
         }
         dec.StartInput();
-        if (!ReadInput(dec, stOptions, vecData, strSource, strError)) {
+        if (!ReadInput(dec, stOptions, in, strSource, strHint, strError)) {
+            dec.EndInput();
+            out.Flush();
             std::cerr << "srpolicy: " << strSource << ": " << strError << "\n";
             bUnreadable = true;
+            continue;
         }
         dec.EndInput();
+        if (stOptions.eMode == DecodeMode::Messages && dec.FoundInInput() == 0u) {
+            out.Flush();
+            std::cerr << "srpolicy: " << strSource << ": no BGP message found: " << strHint << "\n";
+            bNothingFound = true;
+        }
     }
-    std::cout.flush();
+    out.Flush();
     const Counters &st = dec.Count();
     std::cerr << "summary: messages " << st.ullMessages << ", updates " << st.ullUpdates << ", routes "
               << st.ullRoutes << ", withdrawals " << st.ullWithdrawals << ", skipped " << st.ullSkipped
@@ -340,7 +375,7 @@ int RunDecode(const DecodeOptions &stOptions)
     if (bUnreadable) {
         return 2;
     }
-    return st.ullFailed == 0u ? 0 : 1;
+    return st.ullFailed == 0u && !bNothingFound ? 0 : 1;
 }
 
 }  // namespace srp

@@ -1,0 +1,185 @@
+/* Hex and address text for the srpolicy tool. */
+#include "common/bytes.h"
+
+#include <arpa/inet.h>
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+
+namespace srp {
+
+namespace {
+
+int HexDigit(char c)
+{
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return c - 'A' + 10;
+    }
+    return -1;
+}
+
+bool IsSeparator(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0 || c == ':' || c == '-' || c == '.' || c == ','; }
+
+}  // namespace
+
+std::string ToHex(const uint8_t *p, size_t n)
+{
+    static const char acDigits[] = "0123456789abcdef";
+    std::string s;
+    s.reserve(n * 2u);
+    for (size_t i = 0; i < n; i++) {
+        s.push_back(acDigits[p[i] >> 4]);
+        s.push_back(acDigits[p[i] & 0xFu]);
+    }
+    return s;
+}
+
+std::string CharText(char c)
+{
+    unsigned char uc = static_cast<unsigned char>(c);
+    if (uc >= 0x20u && uc < 0x7Fu) {
+        return std::string("'") + c + "'";
+    }
+    char ac[16];
+    std::snprintf(ac, sizeof(ac), "byte 0x%02x", uc);
+    return ac;
+}
+
+bool HexText::Line(const char *p, size_t n, Bytes &vecOut, std::string &strError)
+{
+    m_ulLine++;
+    size_t i = 0;
+    while (i < n) {
+        char c = p[i];
+        if (c == '#') {
+            break;
+        }
+        if (c == '0' && i + 1u < n && (p[i + 1u] == 'x' || p[i + 1u] == 'X') && m_iHigh < 0) {
+            i += 2u;
+            continue;
+        }
+        if (IsSeparator(c)) {
+            i++;
+            continue;
+        }
+        int d = HexDigit(c);
+        if (d < 0) {
+            strError = "line " + std::to_string(m_ulLine) + ", column " + std::to_string(i + 1u) + ": " +
+                       CharText(c) + " is not a hex digit";
+            return false;
+        }
+        if (m_iHigh < 0) {
+            m_iHigh = d;
+            m_ulHighLine = m_ulLine;
+            m_ulHighColumn = i + 1u;
+        } else {
+            vecOut.push_back(static_cast<uint8_t>((m_iHigh << 4) | d));
+            m_iHigh = -1;
+        }
+        i++;
+    }
+    return true;
+}
+
+bool HexText::Finish(std::string &strError) const
+{
+    if (m_iHigh >= 0) {
+        strError = "odd number of hex digits: the digit at line " + std::to_string(m_ulHighLine) + ", column " +
+                   std::to_string(m_ulHighColumn) + " has no partner";
+        return false;
+    }
+    return true;
+}
+
+bool ParseHex(const std::string &strText, Bytes &vecOut, std::string &strError)
+{
+    HexText hex;
+    return ForEachLine(strText, [&](const char *p, size_t n) { return hex.Line(p, n, vecOut, strError); }) &&
+           hex.Finish(strError);
+}
+
+bool ParseHexLines(const std::string &strText, std::vector<Bytes> &vecOut, std::string &strError)
+{
+    HexText hex;
+    return ForEachLine(strText, [&](const char *p, size_t n) {
+        Bytes vec;
+        if (!hex.Line(p, n, vec, strError) || !hex.Finish(strError)) {
+            return false;
+        }
+        if (!vec.empty()) {
+            vecOut.push_back(std::move(vec));
+        }
+        return true;
+    });
+}
+
+bool LooksLikeHex(const uint8_t *p, size_t n)
+{
+    /* Text whose content (comments, separators and "0x" left out) is hex
+     * digits with at most one stray character in twenty: a typo is then
+     * reported by the hex reader with its line and column. */
+    size_t ulDigits = 0;
+    size_t ulOther = 0;
+    bool bComment = false;
+    for (size_t i = 0; i < n; i++) {
+        char c = static_cast<char>(p[i]);
+        if (p[i] == 0u || p[i] >= 0x80u || (p[i] < 0x20u && !std::isspace(p[i]))) {
+            return false;
+        }
+        if (bComment || c == '#') {
+            bComment = c != '\n';
+            continue;
+        }
+        if (c == '0' && i + 1u < n && (p[i + 1u] == 'x' || p[i + 1u] == 'X')) {
+            i++;
+            continue;
+        }
+        if (IsSeparator(c)) {
+            continue;
+        }
+        if (HexDigit(c) >= 0) {
+            ulDigits++;
+        } else {
+            ulOther++;
+        }
+    }
+    return ulDigits > 0u && ulOther * 20u <= ulDigits;
+}
+
+std::string Ipv4Text(uint32_t ulAddr)
+{
+    return std::to_string(ulAddr >> 24) + "." + std::to_string((ulAddr >> 16) & 0xFFu) + "." +
+           std::to_string((ulAddr >> 8) & 0xFFu) + "." + std::to_string(ulAddr & 0xFFu);
+}
+
+std::string Ipv6Text(const uint8_t *puc16)
+{
+    char ac[INET6_ADDRSTRLEN] = {0};
+    if (inet_ntop(AF_INET6, puc16, ac, sizeof(ac)) == nullptr) {
+        return "?";
+    }
+    return ac;
+}
+
+bool ParseAddress(const std::string &strText, Bytes &vecOut)
+{
+    uint8_t auc[16];
+    if (inet_pton(AF_INET, strText.c_str(), auc) == 1) {
+        vecOut.assign(auc, auc + 4);
+        return true;
+    }
+    if (inet_pton(AF_INET6, strText.c_str(), auc) == 1) {
+        vecOut.assign(auc, auc + 16);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace srp

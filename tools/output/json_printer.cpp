@@ -1,0 +1,385 @@
+/* JSON form of described UPDATEs: one object per route and line (schema in
+ * tools/README.md), written by a streaming writer straight into the output
+ * buffer, with no document built in between. */
+#include <cstdint>
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "output/escape.h"
+#include "output/printer.h"
+#include "plugin/plugin_host.h"
+
+namespace srp {
+
+namespace {
+
+/* Each object is written into a reused string buffer, then handed to the
+ * buffered output in one piece. */
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+
+void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+
+void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
+
+/* A number that the attribute may or may not carry. */
+void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &oValue)
+{
+    if (oValue) {
+        Key(w, pcKey);
+        w.Uint(*oValue);
+    }
+}
+
+void HexValue(Writer &w, const uint8_t *p, size_t n)
+{
+    static const char acDigits[] = "0123456789abcdef";
+    thread_local std::string t_strHex;
+    t_strHex.resize(2u * n + 2u);
+    char *pc = &t_strHex[0];
+    *pc++ = '"';
+    for (size_t i = 0; i < n; i++) {
+        *pc++ = acDigits[p[i] >> 4];
+        *pc++ = acDigits[p[i] & 0xFu];
+    }
+    *pc = '"';
+    w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
+}
+
+void Structure(Writer &w, const uint8_t *puc)
+{
+    w.StartObject();
+    Key(w, "lb");
+    w.Uint(puc[0]);
+    Key(w, "ln");
+    w.Uint(puc[1]);
+    Key(w, "func");
+    w.Uint(puc[2]);
+    Key(w, "arg");
+    w.Uint(puc[3]);
+    w.EndObject();
+}
+
+void Segment(Writer &w, const SegmentField &st)
+{
+    w.StartObject();
+    Key(w, "type");
+    w.Uint(st.ucType);
+    Key(w, "flags");
+    w.Uint(st.ucFlags);
+    Key(w, "hex");
+    HexValue(w, st.vecValue.data(), st.vecValue.size());
+    OptionalUint(w, "label", st.oLabel);
+    if (!st.strSid.empty()) {
+        Key(w, "sid");
+        Str(w, st.strSid);
+        if (st.vecValue.size() == 26u) { /* SID, endpoint behavior, reserved, structure */
+            Key(w, "endpoint_behavior");
+            w.Uint(Be16(st.vecValue.data() + 18));
+            Key(w, "structure");
+            Structure(w, st.vecValue.data() + 22);
+        }
+    }
+    if (!st.vecBindingSids.empty()) {
+        Key(w, "binding_sids");
+        w.StartArray();
+        for (const std::string &s : st.vecBindingSids) {
+            Str(w, s);
+        }
+        w.EndArray();
+    }
+    w.EndObject();
+}
+
+void BindingSidObject(Writer &w, const BindingSid &b)
+{
+    w.StartObject();
+    Key(w, "s_flag");
+    w.Bool((b.ucFlags & 0x80u) != 0u);
+    Key(w, "i_flag");
+    w.Bool((b.ucFlags & 0x40u) != 0u);
+    if (b.ucType == 1u) {
+        Key(w, "label");
+        w.Uint(b.ulLabel);
+    } else if (b.ucType == 2u) {
+        Key(w, "sid");
+        Str(w, b.strSid);
+    }
+    w.EndObject();
+}
+
+void SegmentLists(Writer &w, const std::vector<SegmentListField> &vecLists)
+{
+    w.StartArray();
+    for (const SegmentListField &l : vecLists) {
+        w.StartObject();
+        Key(w, "hex");
+        HexValue(w, l.vecRaw.data(), l.vecRaw.size());
+        OptionalUint(w, "weight", l.oWeight);
+        OptionalUint(w, "path_mtu", l.oPathMtu);
+        Key(w, "segments");
+        w.StartArray();
+        for (const SegmentField &s : l.vecSegments) {
+            Segment(w, s);
+        }
+        w.EndArray();
+        w.EndObject();
+    }
+    w.EndArray();
+}
+
+/* Sub-TLVs 14 and 15 with their fields when their length is the one RFC
+ * 9830 gives (3 and 2), every kept sub-TLV with its type, length and hex. */
+void KeptSubTlvs(Writer &w, const std::vector<KeptSubTlv> &vecKept)
+{
+    bool bUnknown = false;
+    for (const KeptSubTlv &st : vecKept) {
+        const Bytes &v = st.vecValue;
+        if (st.ucType == kSubTlvEnlp) {
+            Key(w, "explicit_null_label_policy");
+            w.StartObject();
+            if (v.size() == 3u) {
+                Key(w, "flags");
+                w.Uint(v[0]);
+                Key(w, "enlp");
+                w.Uint(v[2]);
+            }
+            Key(w, "hex");
+            HexValue(w, v.data(), v.size());
+            w.EndObject();
+        } else if (st.ucType == kSubTlvPriority) {
+            Key(w, "priority");
+            w.StartObject();
+            if (v.size() == 2u) {
+                Key(w, "priority");
+                w.Uint(v[0]);
+            }
+            Key(w, "hex");
+            HexValue(w, v.data(), v.size());
+            w.EndObject();
+        } else {
+            bUnknown = true;
+        }
+    }
+    if (!bUnknown) {
+        return;
+    }
+    Key(w, "unknown_sub_tlvs");
+    w.StartArray();
+    for (const KeptSubTlv &st : vecKept) {
+        if (st.ucType != kSubTlvEnlp && st.ucType != kSubTlvPriority) {
+            w.StartObject();
+            Key(w, "type");
+            w.Uint(st.ucType);
+            Key(w, "length");
+            w.Uint(static_cast<unsigned>(st.vecValue.size()));
+            Key(w, "hex");
+            HexValue(w, st.vecValue.data(), st.vecValue.size());
+            w.EndObject();
+        }
+    }
+    w.EndArray();
+}
+
+void Names(Writer &w, const std::vector<NameView> &vecNames)
+{
+    for (const NameView &st : vecNames) {
+        bool bPolicy = st.ucType == kSubTlvPolicyName;
+        Key(w, bPolicy ? "policy_name" : "candidate_path_name");
+        std::string strLiteral = JsonStringLiteral(st.vecName.data(), st.vecName.size());
+        w.RawValue(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
+        if (st.Cut()) {
+            Key(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
+            w.StartObject();
+            Key(w, "kept");
+            w.Uint(static_cast<unsigned>(st.vecName.size()));
+            Key(w, "wire_length");
+            w.Uint(st.ulWireLen);
+            w.EndObject();
+        }
+    }
+}
+
+void Attribute(Writer &w, const DescribedAttribute &stAttr)
+{
+    w.StartObject();
+    if (stAttr.bHasFields) {
+        const AttrFields &st = stAttr.stFields;
+        OptionalUint(w, "preference", st.oPreference);
+        if (st.oBindingSid) {
+            Key(w, "binding_sid");
+            BindingSidObject(w, *st.oBindingSid);
+        }
+        Key(w, "srv6_binding_sids");
+        w.StartArray();
+        for (const Srv6BindingSid &s : st.vecSrv6BindingSids) {
+            w.StartObject();
+            Key(w, "sid");
+            Str(w, s.strSid);
+            Key(w, "flags");
+            w.Uint(s.ucFlags);
+            if ((s.ucFlags & 0x20u) != 0u) {
+                Key(w, "endpoint_behavior");
+                w.Uint(s.usBehavior);
+                Key(w, "structure");
+                Structure(w, s.aucStructure);
+            }
+            w.EndObject();
+        }
+        w.EndArray();
+        Key(w, "segment_lists");
+        SegmentLists(w, st.vecSegmentLists);
+        Names(w, stAttr.vecNames);
+        OptionalUint(w, "template_id", st.oTemplateId);
+        OptionalUint(w, "slice_id", st.oSliceId);
+        KeptSubTlvs(w, stAttr.vecKept);
+    }
+    Key(w, "hex");
+    HexValue(w, stAttr.vecNormalised.data(), stAttr.vecNormalised.size());
+    w.EndObject();
+}
+
+void Context(Writer &w, const EventContext &stCtx)
+{
+    Key(w, "message");
+    w.Uint64(stCtx.ullMessage);
+    Key(w, "source");
+    Str(w, stCtx.strSource);
+    if (stCtx.bHasOffset) {
+        Key(w, "offset");
+        w.Uint64(stCtx.ullOffset);
+    }
+    if (stCtx.bHasTime) {
+        Key(w, "time");
+        Str(w, EventTimeText(stCtx.llTimeUs));
+    }
+    if (!stCtx.strPeer.empty()) {
+        Key(w, "peer");
+        Str(w, stCtx.strPeer);
+    }
+}
+
+void Warnings(Writer &w, const std::vector<std::string> &vecWarnings)
+{
+    if (vecWarnings.empty()) {
+        return;
+    }
+    Key(w, "warnings");
+    w.StartArray();
+    for (const std::string &s : vecWarnings) {
+        Str(w, s);
+    }
+    w.EndArray();
+}
+
+class JsonPrinter : public Printer {
+public:
+    explicit JsonPrinter(OutBuffer &out) : m_out(out) {}
+
+    void Update(const EventContext &stCtx, const DescribedUpdate &stUpdate) override
+    {
+        const DescribedAttribute &stAttr = stUpdate.stAttr;
+        /* The attribute object is the same for every route of the UPDATE:
+         * written once, copied into each route's object. */
+        m_sbAttr.Clear();
+        if (stAttr.bPresent) {
+            Writer wAttr(m_sbAttr);
+            Attribute(wAttr, stAttr);
+        }
+        if (stUpdate.bBareAttribute && stAttr.bPresent) {
+            m_sb.Clear();
+            Writer w(m_sb);
+            w.StartObject();
+            Context(w, stCtx);
+            Key(w, "attribute");
+            w.RawValue(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
+            Warnings(w, stAttr.vecWarnings);
+            w.EndObject();
+            Emit();
+        }
+        for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
+            m_sb.Clear();
+            Writer w(m_sb);
+            w.StartObject();
+            Context(w, stCtx);
+            Key(w, "afi");
+            w.Uint(stRoute.usAfi);
+            Key(w, "safi");
+            w.Uint(kSafiSrPolicy);
+            Key(w, "withdrawn");
+            w.Bool(stRoute.bWithdrawn);
+            Key(w, "nlri");
+            w.StartObject();
+            Key(w, "length");
+            w.Uint(stRoute.stKey.ucNlriLen);
+            Key(w, "distinguisher");
+            w.Uint(stRoute.stKey.ulDistinguisher);
+            Key(w, "color");
+            w.Uint(stRoute.stKey.ulPolicyColor);
+            Key(w, "endpoint");
+            Str(w, EndpointText(stRoute.stKey));
+            w.EndObject();
+            Key(w, "key_text");
+            Str(w, stRoute.strKeyText);
+            Key(w, "valid");
+            if (stRoute.bChecked) {
+                w.Bool(stRoute.bValid);
+            } else {
+                w.Null();
+            }
+            bool bAnnounced = !stRoute.bWithdrawn;
+            if (bAnnounced && !stUpdate.strNextHop.empty()) {
+                Key(w, "next_hop");
+                Str(w, stUpdate.strNextHop);
+            }
+            Key(w, "attribute");
+            size_t ulSplice = SIZE_MAX;
+            if (bAnnounced && stAttr.bPresent) {
+                /* A one-byte stand-in, replaced by the attribute object when
+                 * the route is written out. */
+                w.RawValue("0", 1u, rapidjson::kObjectType);
+                ulSplice = m_sb.GetSize() - 1u;
+            } else {
+                w.Null();
+            }
+            if (bAnnounced && stAttr.ulError != 0u) {
+                Key(w, "attribute_error");
+                Str(w, ResultName(stAttr.ulError));
+            }
+            if (bAnnounced) {
+                Warnings(w, stAttr.vecWarnings);
+            }
+            w.EndObject();
+            Emit(ulSplice);
+        }
+        if (m_out.Interactive()) {
+            m_out.Flush();
+        }
+    }
+
+private:
+    /* The object in the buffer and a line end; with ulSplice, the
+     * attribute object in place of the byte there. */
+    void Emit(size_t ulSplice = SIZE_MAX)
+    {
+        m_sb.Put('\n');
+        const char *pc = m_sb.GetString();
+        if (ulSplice == SIZE_MAX) {
+            m_out.Write(pc, m_sb.GetSize());
+            return;
+        }
+        m_out.Write(pc, ulSplice);
+        m_out.Write(m_sbAttr.GetString(), m_sbAttr.GetSize());
+        m_out.Write(pc + ulSplice + 1u, m_sb.GetSize() - ulSplice - 1u);
+    }
+
+    OutBuffer &m_out;
+    rapidjson::StringBuffer m_sb;
+    rapidjson::StringBuffer m_sbAttr;
+};
+
+}  // namespace
+
+std::unique_ptr<Printer> MakeJsonPrinter(OutBuffer &out) { return std::make_unique<JsonPrinter>(out); }
+
+}  // namespace srp
