@@ -8,8 +8,7 @@ namespace srp {
 
 namespace {
 
-const uint8_t kSafi73 = 73u;
-const Family kOffered[] = {{1u, kSafi73}, {2u, kSafi73}};
+const Family kOffered[] = {{kAfiIpv4, kSafiSrPolicy}, {kAfiIpv6, kSafiSrPolicy}};
 
 enum : uint8_t { kCapMultiprotocol = 1, kCapRouteRefresh = 2, kCapExtendedMessage = 6, kCapAs4 = 65 };
 const uint8_t kParamCapabilities = 2u;
@@ -21,7 +20,7 @@ struct TypeRule {
     bool bExact;
 };
 const TypeRule kTypeRules[] = {
-    {kBgpOpen, 29u, false},        {kBgpUpdateMsg, 23u, false}, {kBgpNotification, 21u, false},
+    {kBgpOpen, 29u, false},        {kBgpUpdate, 23u, false}, {kBgpNotification, 21u, false},
     {kBgpKeepalive, 19u, true},    {kBgpRouteRefresh, 23u, true},
 };
 
@@ -137,13 +136,13 @@ Bytes BuildEndOfRib(const Family &stFamily)
         Put16(v, 0u);
     } else {
         Put16(v, 6u);
-        Put8(v, 0x80u); /* optional */
-        Put8(v, 15u);   /* MP_UNREACH_NLRI */
+        Put8(v, kAttrFlagOptional);
+        Put8(v, kAttrMpUnreach);
         Put8(v, 3u);
         Put16(v, stFamily.usAfi);
         Put8(v, stFamily.ucSafi);
     }
-    return BuildMessage(kBgpUpdateMsg, v);
+    return BuildMessage(kBgpUpdate, v);
 }
 
 bool IsEndOfRib(const uint8_t *p, size_t n, Family &stFamily)
@@ -163,13 +162,13 @@ bool IsEndOfRib(const uint8_t *p, size_t n, Family &stFamily)
     uint8_t ucType = 0;
     uint16_t usLen = 0;
     uint8_t ucLen = 0;
-    if (!rd.U8(ucFlags) || !rd.U8(ucType) || ucType != 15u) {
+    if (!rd.U8(ucFlags) || !rd.U8(ucType) || ucType != kAttrMpUnreach) {
         return false;
     }
-    if ((ucFlags & 0x10u) != 0u ? !rd.U16(usLen) : !rd.U8(ucLen)) {
+    if ((ucFlags & kAttrFlagExtLen) != 0u ? !rd.U16(usLen) : !rd.U8(ucLen)) {
         return false;
     }
-    usLen = (ucFlags & 0x10u) != 0u ? usLen : ucLen;
+    usLen = (ucFlags & kAttrFlagExtLen) != 0u ? usLen : ucLen;
     return usLen == 3u && rd.Left() == 3u && rd.U16(stFamily.usAfi) && rd.U8(stFamily.ucSafi);
 }
 
@@ -274,7 +273,7 @@ void BgpSession::Dispatch(const uint8_t *p, size_t n)
         default:
             break;
     }
-    if (ucType == kBgpUpdateMsg) {
+    if (ucType == kBgpUpdate) {
         m_events.Update(p, n);
     } else if (ucType == kBgpRouteRefresh) {
         m_events.RouteRefresh({Be16(p + 19), p[22]});

@@ -16,13 +16,11 @@
 #include <utility>
 #include <vector>
 
-#include "bgp_stream.h"
-#include "bytes.h"
+#include "bgp/message_stream.h"
+#include "common/bgp_codes.h"
+#include "common/bytes.h"
 
 namespace srp {
-
-/* Message types. */
-enum : uint8_t { kBgpOpen = 1, kBgpUpdateMsg = 2, kBgpNotification = 3, kBgpKeepalive = 4, kBgpRouteRefresh = 5 };
 
 /* NOTIFICATION codes and the subcodes the session sends. */
 enum : uint8_t {

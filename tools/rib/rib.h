@@ -17,7 +17,7 @@
 #include <tuple>
 
 #include "bol_srpolicy.h"
-#include "bytes.h"
+#include "common/bytes.h"
 
 namespace srp {
 
