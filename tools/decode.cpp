@@ -12,8 +12,10 @@
 #include "bgp/message_stream.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
+#include "output/rib_printer.h"
 #include "plugin/describer.h"
 #include "plugin/plugin_host.h"
+#include "rib/rib.h"
 
 namespace srp {
 
@@ -39,7 +41,8 @@ public:
         : m_host(host),
           m_describer(host, DescribeOptions{!stOptions.bJson, true}),
           m_out(out),
-          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
+          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
+          m_bRib(stOptions.bRib)
     {
     }
 
@@ -120,6 +123,8 @@ public:
     }
 
     const Counters &Count() const { return m_stCount; }
+    /* The table the inputs left (--rib). */
+    void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter); }
 
 private:
     void Start(const Origin &stOrigin)
@@ -137,6 +142,11 @@ private:
         for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
             m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
         }
+        if (m_bRib) {
+            RibSource stSource;
+            stSource.strPeer = m_stCtx.strSource;
+            ApplyUpdate(m_rib, stSource, m_stUpdate, 0.0);
+        }
         Print();
     }
 
@@ -148,7 +158,9 @@ private:
             Say(st);
         }
         EndInput();
-        m_pPrinter->Update(m_stCtx, m_stUpdate);
+        if (!m_bRib) {
+            m_pPrinter->Update(m_stCtx, m_stUpdate);
+        }
     }
 
     void Say(const Problem &stProblem)
@@ -171,6 +183,8 @@ private:
     WalkedUpdate m_stWalk;
     DescribedUpdate m_stUpdate;
     Counters m_stCount;
+    bool m_bRib;
+    Rib m_rib;
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
@@ -259,6 +273,9 @@ int RunDecode(const DecodeOptions &stOptions)
             bUnreadable = true;
         }
         dec.EndInput();
+    }
+    if (stOptions.bRib) {
+        dec.PrintTable();
     }
     out.Flush();
     const Counters &st = dec.Count();

@@ -16,6 +16,7 @@ struct DecodeOptions {
     Format eFormat = Format::Auto;
     DecodeMode eMode = DecodeMode::Messages;
     bool bJson = false;
+    bool bRib = false; /* print the table left at the end instead of every route */
     std::vector<std::string> vecInputs; /* files, "-" for stdin; empty = stdin */
 };
 

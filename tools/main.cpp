@@ -30,6 +30,7 @@ int main(int argc, char **argv)
         ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt"}))
         ->capture_default_str();
     pDecode->add_flag("--json", stDecode.bJson, "one JSON object per route");
+    pDecode->add_flag("--rib", stDecode.bRib, "print the table of routes the inputs leave, not every route");
     pDecode->add_flag("--sample", bSample, "decode the bundled sample");
     CLI::Option *pAttr = pDecode->add_flag("--attr", bAttr, "inputs hold Tunnel Encapsulation attribute values in hex, one per line");
     CLI::Option *pNlri = pDecode->add_flag("--nlri", bNlri, "inputs hold SR Policy NLRI in hex, one value per line");
