@@ -318,7 +318,9 @@ bool Speaker::Open(std::string &strError)
 void Speaker::NewSession(Conn &stConn)
 {
     SessionConfig st = m_stOptions.stSession;
-    st.ulPeerAs = stConn.ulPeerAs;
+    if (stConn.ulPeerAs != 0u) {
+        st.ulPeerAs = stConn.ulPeerAs;
+    }
     stConn.pSession = std::make_unique<BgpSession>(st, stConn);
     stConn.pSession->Start(Now());
 }
