@@ -206,17 +206,24 @@ private:
         if (m_stOptions.strRibOut.empty()) {
             return;
         }
-        int iFd = open(m_stOptions.strRibOut.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        /* Written aside and renamed, so a reader never sees half a table. */
+        std::string strTemp = m_stOptions.strRibOut + ".tmp";
+        int iFd = open(strTemp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         if (iFd < 0) {
-            std::cerr << "srpolicy: cannot write " << m_stOptions.strRibOut << "\n";
+            std::cerr << "srpolicy: cannot write " << strTemp << "\n";
             return;
         }
+        bool bOk;
         {
             OutBuffer out(iFd);
             std::unique_ptr<Printer> pJson = MakePrinter(PrintForm::Json, out);
             PrintRib(m_rib, m_host, *pJson);
+            bOk = out.Flush();
         }
         close(iFd);
+        if (!bOk || std::rename(strTemp.c_str(), m_stOptions.strRibOut.c_str()) != 0) {
+            std::cerr << "srpolicy: cannot write " << m_stOptions.strRibOut << "\n";
+        }
     }
 
     PluginHost &m_host;
