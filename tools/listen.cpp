@@ -198,12 +198,12 @@ private:
 
     void DumpTable()
     {
-        if (!m_stOptions.bJson) {
-            m_out << "table: " << uint64_t{m_rib.Size()} << " route(s)\n";
-        }
-        PrintRib(m_rib, m_host, *m_pPrinter);
-        m_out.Flush();
         if (m_stOptions.strRibOut.empty()) {
+            if (!m_stOptions.bJson) {
+                m_out << "table: " << uint64_t{m_rib.Size()} << " route(s)\n";
+            }
+            PrintRib(m_rib, m_host, *m_pPrinter);
+            m_out.Flush();
             return;
         }
         /* Written aside and renamed, so a reader never sees half a table. */

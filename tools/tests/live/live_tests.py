@@ -146,9 +146,9 @@ def case_gobgpd_table(tool, wd):
         wait_table(lis, rib_out, want2, 60, "the reloaded configuration at the far end")
         assert "configuration reloaded: 2 route(s) announced, 1 withdrawn, 5 unchanged" in ann.stderr(), ann.stderr()
 
-        assert ann.stop() == 0
+        assert ann.stop() == 0, "announce did not end cleanly"
         wait_table(lis, rib_out, {}, 60, "every route withdrawn after announce ended")
-        assert lis.stop() == 0
+        assert lis.stop() == 0, "listen did not end cleanly"
         assert "peer %s (AS %d): session established" % (LOOPBACK, AS_GOBGPD) in lis.stderr(), lis.stderr()
 
 
@@ -208,7 +208,7 @@ def case_malformed_attribute(tool, wd):
     no_notification(b, 0.5)
     a.close()
     b.close()
-    assert lis.stop() == 0
+    assert lis.stop() == 0, "listen did not end cleanly"
 
 
 def case_hold_timer(tool, wd):
@@ -222,7 +222,7 @@ def case_hold_timer(tool, wd):
     assert note == (4, 0), note
     assert 2.0 <= waited <= 6.0, waited
     wait_for(lambda: "hold timer expired" in lis.stderr(), 5, "the expiry reported")
-    assert lis.stop() == 0
+    assert lis.stop() == 0, "listen did not end cleanly"
 
 
 def case_reset_mid_message(tool, wd):
@@ -244,7 +244,7 @@ def case_reset_mid_message(tool, wd):
     announce_one(q, "10.1.0.3", 3, 100, [16003])
     wait_for(lambda: set(dump_table(lis, rib_out)) == {(1, 3, "10.1.0.3")}, 10, "the route of the new session")
     q.close()
-    assert lis.stop() == 0
+    assert lis.stop() == 0, "listen did not end cleanly"
 
 
 def case_garbage(tool, wd):
@@ -266,7 +266,7 @@ def case_garbage(tool, wd):
     no_notification(good, 0.5)
     for p in (good, bad, early):
         p.close()
-    assert lis.stop() == 0
+    assert lis.stop() == 0, "listen did not end cleanly"
 
 
 def cpu_seconds(pid):
@@ -288,18 +288,27 @@ def case_bulk(tool, wd, count=100000):
         lis, rib_out = start_listen(tool, wd, g)
         ann = start_announce(tool, wd, g, config)
 
+        seen = {"offset": 0, "routes": 0}
+
         def arrived():
+            """Routes announced so far, reading only what was added."""
             with open(lis.out_path, "rb") as f:
-                return f.read().count(b'"withdrawn":false')
-        wait_for(lambda: arrived() >= count, 600, "%d routes at the far end" % count, interval=1.0)
+                f.seek(seen["offset"])
+                data = f.read()
+            whole = data.rfind(b"\n") + 1
+            seen["offset"] += whole
+            seen["routes"] += data[:whole].count(b'"withdrawn":false')
+            return seen["routes"] >= count
+        wait_for(arrived, 900, "%d routes at the far end" % count, interval=1.0)
         listen_cpu = cpu_seconds(lis.proc.pid)
-        assert lis.stop() == 0
+        assert lis.stop(timeout=300) == 0, "listen did not end cleanly"
         table = table_of(read_jsonl(rib_out))
         ann.stop()
     assert len(table) == count, len(table)
     assert table == want, "content differs"
     events = [e for e in read_jsonl(lis.out_path) if "nlri" in e]
     assert len(events) == count, len(events)
+    spread = [e["time"] for e in events[:: count - 1]]
 
     hexes = os.path.join(wd, "bulk.hex")
     with open(hexes, "wb") as f:
@@ -311,6 +320,7 @@ def case_bulk(tool, wd, count=100000):
     decode_cpu = (end.children_user - start.children_user) + (end.children_system - start.children_system)
     print("listen: %d routes, %.2f us processor time per route (session, walk, describe, JSON, table)"
           % (count, 1e6 * listen_cpu / count))
+    print("routes arrived from %s to %s (gobgpd's pace)" % tuple(spread))
     print("decode --json: %.2f us per route on the same UPDATEs from a hex file; listen/decode %.2f"
           % (1e6 * decode_cpu / count, listen_cpu / decode_cpu if decode_cpu else float("nan")))
 
@@ -328,7 +338,7 @@ def case_md5(tool, wd):
             lis.stop()
             return SKIP
         wait_for(lambda: "session established" in lis.stderr(), 20, "the session with the right password")
-        assert lis.stop() == 0
+        assert lis.stop() == 0, "listen did not end cleanly"
         wrong = Srpolicy(tool, wd, "wrong", ["listen", "--as", str(AS_LISTEN), "--connect",
                                              "%s:%d,md5=not-the-one" % (LOOPBACK, g.port), "--source", "127.0.0.6",
                                              "--retry", "1"])
