@@ -5,6 +5,7 @@ processes, and a scripted BGP peer that sends whatever a test needs.
 Everything listens on and connects to 127.0.0.0/8 only."""
 import json
 import os
+import shutil
 import signal
 import socket
 import struct
@@ -51,13 +52,14 @@ class Gobgpd:
     port are picked free at run time, its peers are passive (they connect to
     it) and speak the SR Policy families."""
 
-    def __init__(self, workdir, asn, neighbors, bin_dir="/usr/bin"):
+    def __init__(self, workdir, asn, neighbors):
         self.workdir = workdir
         self.asn = asn
         self.port = free_port()
         self.api_port = free_port()
         self.neighbors = neighbors  # list of dicts: address, asn, password (optional)
-        self.bin_dir = bin_dir
+        self.gobgpd = shutil.which("gobgpd") or "/usr/sbin/gobgpd"
+        self.gobgp = shutil.which("gobgp") or "/usr/bin/gobgp"
         self.proc = None
         self.log = os.path.join(workdir, "gobgpd.log")
 
@@ -99,7 +101,7 @@ class Gobgpd:
             f.write(self.config_text())
         self.logfile = open(self.log, "w")
         self.proc = subprocess.Popen(
-            [os.path.join(self.bin_dir, "gobgpd"), "-f", path, "-p", "--pprof-disable",
+            [self.gobgpd, "-f", path, "-p", "--pprof-disable",
              "--api-hosts", "%s:%d" % (LOOPBACK, self.api_port)],
             stdout=self.logfile, stderr=subprocess.STDOUT)
         wait_for(lambda: self._accepts(self.port), 15, "gobgpd to listen on port %d" % self.port)
@@ -121,7 +123,7 @@ class Gobgpd:
     def neighbor_state(self, address):
         """The session state gobgp shows for a neighbor, e.g. "established"."""
         out = subprocess.run(
-            [os.path.join(self.bin_dir, "gobgp"), "-u", LOOPBACK, "-p", str(self.api_port), "neighbor", address,
+            [self.gobgp, "-u", LOOPBACK, "-p", str(self.api_port), "neighbor", address,
              "-j"], capture_output=True, text=True, timeout=10)
         if out.returncode != 0:
             return ""
