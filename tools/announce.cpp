@@ -55,8 +55,12 @@ public:
                 st.vecAsPath.insert(st.vecAsPath.begin(), ulLocal);
             }
         }
-        std::vector<Bytes> vecMsgs;
-        if (!BuildUpdates(m_host, vecRoutes, false, vecMsgs, strError)) {
+        /* Built once to refuse a configuration the plug-in does not take,
+         * and to say what receivers may read differently. */
+        auto fnWarn = [](size_t ulRoute, const std::string &strWarning) {
+            std::cerr << "srpolicy: warning: routes[" << ulRoute << "]: " << strWarning << "\n";
+        };
+        if (!BuildUpdates(m_host, vecRoutes, false, [](const Bytes &) {}, fnWarn, strError)) {
             return false;
         }
         m_vecRoutes = std::move(vecRoutes);

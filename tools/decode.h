@@ -3,6 +3,7 @@
 #ifndef SRPOLICY_TOOL_DECODE_H
 #define SRPOLICY_TOOL_DECODE_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct DecodeOptions {
     DecodeMode eMode = DecodeMode::Messages;
     bool bJson = false;
     bool bRib = false; /* print the table left at the end instead of every route */
+    bool bVerbose = false; /* also the plug-in's reports of calls that succeeded */
+    std::vector<uint16_t> vecPorts;     /* TCP ports of BGP in captures; empty: 179 */
     std::vector<std::string> vecInputs; /* files, "-" for stdin; empty = stdin */
 };
 

@@ -17,7 +17,11 @@ struct Span {
 
 void Fail(WalkedUpdate &stOut, const std::string &strWhat, size_t ulPos, uint32_t ulCode = 0u)
 {
-    stOut.vecFailures.push_back(WalkFailure{strWhat, ulCode, ulPos});
+    WalkFailure stFailure{strWhat, ulCode, ulPos, {}};
+    if (ulCode != 0u) {
+        stFailure.vecReports = PluginHost::TakeReports();
+    }
+    stOut.vecFailures.push_back(std::move(stFailure));
 }
 
 /* The more-flag loop over the NLRI of one MP attribute. */
@@ -110,11 +114,16 @@ void MpUnreach(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 void TunnelEncap(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 {
     Bytes vecValue(stSpan.p, stSpan.p + stSpan.n);
+    NoteWireValue(stSpan.p, stSpan.n, stOut.stAttrNotes);
     uint32_t ulRc = host.ParseTunnelEncap(vecValue, stOut.vecAttr);
     if (ulRc != BOL_OK) {
         stOut.ulAttrError = ulRc;
         stOut.vecAttr.clear();
-        Fail(stOut, "Tunnel Encapsulation attribute", stSpan.ulBase, ulRc);
+        std::string strWhat = "Tunnel Encapsulation attribute";
+        for (const std::string &strWarning : stOut.stAttrNotes.vecWarnings) {
+            strWhat += " (" + strWarning + ")";
+        }
+        Fail(stOut, strWhat, stSpan.ulBase, ulRc);
         return;
     }
     stOut.bHasAttr = true;

@@ -42,6 +42,32 @@ void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
     }
 }
 
+/* Sub-TLVs of the normalised value without a field of their own, and the
+ * names with their wire lengths. */
+void KeptParts(DescribedAttribute &stAttr, const WireNotes &stNotes)
+{
+    TunnelEncapView stView;
+    ScanTunnelEncap(stAttr.vecNormalised.data(), stAttr.vecNormalised.size(), stView);
+    size_t ulName = 0;
+    for (const SubTlv &st : stView.vecSubTlvs) {
+        if (st.ucType == kSubTlvCandidatePathName || st.ucType == kSubTlvPolicyName) {
+            NameView stName;
+            stName.ucType = st.ucType;
+            if (st.usLen > 0u) { /* a reserved byte, then the name */
+                stName.vecName.assign(st.pValue + 1, st.pValue + st.usLen);
+            }
+            stName.ulWireLen = static_cast<uint32_t>(stName.vecName.size());
+            if (ulName < stNotes.vecNames.size() && stNotes.vecNames[ulName].ucType == st.ucType) {
+                stName.ulWireLen = stNotes.vecNames[ulName].usLen;
+            }
+            ulName++;
+            stAttr.vecNames.push_back(std::move(stName));
+        } else if (!IsDecodedSubTlv(st.ucType)) {
+            stAttr.vecKept.push_back(KeptSubTlv{st.ucType, Bytes(st.pValue, st.pValue + st.usLen)});
+        }
+    }
+}
+
 }  // namespace
 
 std::string EndpointText(const BOL_SRPOLICY_NLRI_S &stKey) { return EndpointOf(stKey); }
@@ -58,8 +84,11 @@ void DescribedUpdate::Clear()
     stAttr.bHasFields = false;
     stAttr.stFields = AttrFields();
     stAttr.vecWarnings.clear();
+    stAttr.vecKept.clear();
+    stAttr.vecNames.clear();
     bBareAttribute = false;
     vecProblems.clear();
+    vecNotes.clear();
     ulSkipped = 0;
 }
 
@@ -78,13 +107,19 @@ uint64_t DescribedUpdate::Failures() const
     return ullCount;
 }
 
+void Describer::Fail(DescribedUpdate &stOut, const std::string &strWhat, uint32_t ulCode, int iRoute)
+{
+    stOut.vecProblems.emplace_back(strWhat, ulCode, 0u, iRoute);
+    stOut.vecProblems.back().vecReports = PluginHost::TakeReports();
+}
+
 void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
 {
     DescribedRoute &stRoute = stOut.vecRoutes[ulIndex];
     int iRoute = static_cast<int>(ulIndex);
     uint32_t ulRc = m_host.KeyText(stRoute.stKey, stRoute.strKeyText);
     if (ulRc != BOL_OK) {
-        stOut.vecProblems.push_back(Problem{"route key text", ulRc, 0u, iRoute});
+        Fail(stOut, "route key text", ulRc, iRoute);
         stRoute.strKeyText = "SR Policy NLRI: distinguisher " + std::to_string(stRoute.stKey.ulDistinguisher) +
                              ", color " + std::to_string(stRoute.stKey.ulPolicyColor) + ", endpoint " +
                              EndpointOf(stRoute.stKey);
@@ -92,13 +127,14 @@ void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
     ulRc = m_host.CheckEndpoint(stRoute.stKey, stRoute.bValid);
     stRoute.bChecked = ulRc == BOL_OK;
     if (ulRc != BOL_OK) {
-        stOut.vecProblems.push_back(Problem{"route check", ulRc, 0u, iRoute});
+        Fail(stOut, "route check", ulRc, iRoute);
     }
 }
 
-void Describer::Attribute(DescribedUpdate &stOut)
+void Describer::Attribute(DescribedUpdate &stOut, const WireNotes &stNotes)
 {
     DescribedAttribute &stAttr = stOut.stAttr;
+    KeptParts(stAttr, stNotes);
     /* The key of the first announced route stands for all of them. */
     BOL_SRPOLICY_NLRI_S stKey;
     memset(&stKey, 0, sizeof(stKey));
@@ -113,7 +149,7 @@ void Describer::Attribute(DescribedUpdate &stOut)
         std::string strText;
         uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);
         if (ulRc != BOL_OK) {
-            stOut.vecProblems.push_back(Problem{"attribute text", ulRc, 0u, -1});
+            Fail(stOut, "attribute text", ulRc, -1);
         }
         SplitLines(strText, stAttr.vecTextLines);
     }
@@ -121,9 +157,9 @@ void Describer::Attribute(DescribedUpdate &stOut)
         uint32_t ulRc = m_host.CondRtAttrMessage(stKey, stAttr.vecNormalised, m_vecScratch);
         std::string strError;
         if (ulRc != BOL_OK) {
-            stOut.vecProblems.push_back(Problem{"attribute message", ulRc, 0u, -1});
+            Fail(stOut, "attribute message", ulRc, -1);
         } else if (!ParseCondRtAttr(m_vecScratch, stAttr.stFields, strError)) {
-            stOut.vecProblems.push_back(Problem{strError, 0u, 0u, -1});
+            stOut.vecProblems.push_back(Problem(strError));
         } else {
             stAttr.bHasFields = true;
         }
@@ -135,10 +171,12 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
     stOut.Clear();
     stOut.ulSkipped = stWalk.ulSkipped;
     for (WalkFailure &st : stWalk.vecFailures) {
-        stOut.vecProblems.push_back(Problem{std::move(st.strWhat), st.ulCode, st.ulPos, -1});
+        stOut.vecProblems.emplace_back(std::move(st.strWhat), st.ulCode, st.ulPos);
+        stOut.vecProblems.back().vecReports = std::move(st.vecReports);
     }
     stOut.strNextHop = stWalk.strNextHop;
     stOut.stAttr.ulError = stWalk.ulAttrError;
+    stOut.stAttr.vecWarnings = stWalk.stAttrNotes.vecWarnings;
     bool bAnnounced = false;
     for (const WalkedRoute &stWalked : stWalk.vecRoutes) {
         DescribedRoute stRoute;
@@ -156,23 +194,32 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
     if (stWalk.bHasAttr && bAnnounced) {
         stOut.stAttr.bPresent = true;
         stOut.stAttr.vecNormalised.swap(stWalk.vecAttr);
-        Attribute(stOut);
+        Attribute(stOut, stWalk.stAttrNotes);
     }
+    stOut.vecNotes = PluginHost::TakeReports();
 }
 
 void Describer::DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut)
 {
     stOut.Clear();
     stOut.bBareAttribute = true;
+    WireNotes stNotes;
+    NoteWireValue(p, n, stNotes);
+    stOut.stAttr.vecWarnings = stNotes.vecWarnings;
     Bytes vecValue(p, p + n);
     uint32_t ulRc = m_host.ParseTunnelEncap(vecValue, stOut.stAttr.vecNormalised);
     if (ulRc != BOL_OK) {
         stOut.stAttr.vecNormalised.clear();
-        stOut.vecProblems.push_back(Problem{"Tunnel Encapsulation attribute", ulRc, 0u, -1});
+        std::string strWhat = "Tunnel Encapsulation attribute";
+        for (const std::string &strWarning : stNotes.vecWarnings) {
+            strWhat += " (" + strWarning + ")";
+        }
+        Fail(stOut, strWhat, ulRc, -1);
         return;
     }
     stOut.stAttr.bPresent = true;
-    Attribute(stOut);
+    Attribute(stOut, stNotes);
+    stOut.vecNotes = PluginHost::TakeReports();
 }
 
 }  // namespace srp

@@ -21,10 +21,32 @@ namespace srp {
 
 /* Something that failed while an UPDATE was walked or described. */
 struct Problem {
+    Problem() = default;
+    Problem(std::string strWhatIn, uint32_t ulCodeIn = 0u, size_t ulPosIn = 0u, int iRouteIn = -1)
+        : strWhat(std::move(strWhatIn)), ulCode(ulCodeIn), ulPos(ulPosIn), iRoute(iRouteIn)
+    {
+    }
     std::string strWhat;
     uint32_t ulCode = 0; /* plug-in result; 0 for a problem the tool found */
     size_t ulPos = 0;    /* byte position inside the message; 0 when not known */
     int iRoute = -1;     /* index of the route it concerns; -1 for the message */
+    std::vector<std::string> vecReports; /* the plug-in's assertion reports that came with it */
+};
+
+/* A sub-TLV the normalised attribute keeps without a field of the plug-in's
+ * own: Explicit NULL Label Policy (14), Priority (15) and unknown types. */
+struct KeptSubTlv {
+    uint8_t ucType = 0;
+    Bytes vecValue;
+};
+
+/* A candidate path (129) or policy (130) name as kept, with the name's
+ * length on the wire: longer than the kept bytes when the plug-in cut it. */
+struct NameView {
+    uint8_t ucType = 0;
+    Bytes vecName;
+    uint32_t ulWireLen = 0;
+    bool Cut() const { return ulWireLen > vecName.size(); }
 };
 
 /* The attribute an UPDATE carries, shared by every route it announces. */
@@ -37,6 +59,8 @@ struct DescribedAttribute {
     bool bHasFields = false;  /* stFields holds the laid-out fields */
     AttrFields stFields;
     std::vector<std::string> vecWarnings; /* what the decoded form leaves out of the wire value */
+    std::vector<KeptSubTlv> vecKept;      /* in wire order */
+    std::vector<NameView> vecNames;       /* in wire order */
 };
 
 struct DescribedRoute {
@@ -54,6 +78,7 @@ struct DescribedUpdate {
     DescribedAttribute stAttr;    /* applies to announced routes only */
     bool bBareAttribute = false;  /* an attribute value without routes */
     std::vector<Problem> vecProblems;
+    std::vector<std::string> vecNotes; /* plug-in reports of calls that succeeded */
     uint32_t ulSkipped = 0;       /* attributes and families passed over */
 
     /* Empties every part, keeping the buffers for the next UPDATE. */
@@ -82,7 +107,9 @@ public:
     void DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut);
 
 private:
-    void Attribute(DescribedUpdate &stOut);
+    void Attribute(DescribedUpdate &stOut, const WireNotes &stNotes);
+    /* A failed plug-in call, with the reports it made. */
+    static void Fail(DescribedUpdate &stOut, const std::string &strWhat, uint32_t ulCode, int iRoute);
     void Route(DescribedUpdate &stOut, size_t ulIndex);
 
     PluginHost &m_host;
