@@ -136,13 +136,16 @@ class Gobgpd:
 class Srpolicy:
     """An srpolicy listen or announce run with its output in files."""
 
-    def __init__(self, tool, workdir, name, args):
+    def __init__(self, tool, workdir, name, args, stdout_pipe=False):
+        """With stdout_pipe the output goes to a pipe the test reads (or
+        does not) through self.proc.stdout."""
         self.name = name
         self.out_path = os.path.join(workdir, name + ".out")
         self.err_path = os.path.join(workdir, name + ".err")
         self.out = open(self.out_path, "w")
         self.err = open(self.err_path, "w")
-        self.proc = subprocess.Popen([tool] + args, stdout=self.out, stderr=self.err)
+        self.proc = subprocess.Popen([tool] + args, stdout=subprocess.PIPE if stdout_pipe else self.out,
+                                     stderr=self.err)
 
     def stderr(self):
         with open(self.err_path) as f:

@@ -10,6 +10,7 @@ import socket
 import struct
 import subprocess
 import sys
+import threading
 import time
 
 from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, free_port, message, read_jsonl,
@@ -174,15 +175,19 @@ def announce_one(peer, endpoint, color, preference, labels):
 
 
 def no_notification(peer, seconds):
-    """The session is still up: only keepalives (or nothing) for a while."""
+    """The session is still up: only keepalives (or nothing) for a while.
+    Returns the number of keepalives that came."""
     end = time.monotonic() + seconds
+    keepalives = 0
     while time.monotonic() < end:
         try:
             msg_type, body = peer.read_message(timeout=max(0.1, end - time.monotonic()))
         except socket.timeout:
-            return
+            break
         assert msg_type is not None, "the session was closed"
         assert msg_type != 3, "NOTIFICATION %d/%d" % (body[0], body[1])
+        keepalives += msg_type == 4
+    return keepalives
 
 
 def case_malformed_attribute(tool, wd):
@@ -266,6 +271,49 @@ def case_garbage(tool, wd):
     no_notification(good, 0.5)
     for p in (good, bad, early):
         p.close()
+    assert lis.stop() == 0, "listen did not end cleanly"
+
+
+def case_slow_output(tool, wd, count=20000):
+    """Nobody reads standard output for a while: listen holds at most its
+    output buffer, says so, stops reading the peer and keeps its keepalives
+    going, so the session outlives several hold times; then everything is
+    printed."""
+    port = free_port()
+    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
+                                        "--json", "--hold-time", "3", "--out-buffer", "1"], stdout_pipe=True)
+    wait_for(lambda: accepts(port), 10, "listen to accept")
+    p = ScriptedPeer(port, "127.0.0.4", hold=3)
+    p.establish()
+    updates = b"".join(update_v4(srpolicy_nlri_v4(1, i, "10.3.%d.%d" % (i >> 8, i & 255)),
+                                 sr_policy_tunnel(100, [16000 + i % 1000]), p.asn) for i in range(count))
+
+    def sender():
+        # Keepalives go on while the updates wait in the socket.
+        p.sock.sendall(updates)
+    t = threading.Thread(target=sender, daemon=True)
+    t.start()
+    wait_for(lambda: "standard output is slow" in lis.stderr(), 30, "listen to say its output is slow")
+    end = time.monotonic() + 8
+    keepalives = 0
+    while time.monotonic() < end:
+        p.send(KEEPALIVE)
+        keepalives += no_notification(p, 1.0)
+    assert keepalives >= 5, "%d keepalives in 8 s from a hold time of 3 s" % keepalives
+    assert lis.alive()
+    printed = 0
+    lis.proc.stdout.flush()
+    while printed < count:
+        line = lis.proc.stdout.readline()
+        assert line, "output ended after %d routes" % printed
+        printed += b'"withdrawn":false' in line
+        if printed % 2000 == 0:
+            p.send(KEEPALIVE)
+    t.join(30)
+    no_notification(p, 0.5)
+    assert "reading again" in lis.stderr(), lis.stderr()
+    p.close()
+    lis.proc.stdout.close()
     assert lis.stop() == 0, "listen did not end cleanly"
 
 
@@ -355,6 +403,7 @@ CASES = {
     "hold_timer": case_hold_timer,
     "reset_mid_message": case_reset_mid_message,
     "garbage": case_garbage,
+    "slow_output": case_slow_output,
     "bulk": case_bulk,
     "md5": case_md5,
 }
