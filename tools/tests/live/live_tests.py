@@ -13,7 +13,7 @@ import sys
 import threading
 import time
 
-from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, free_port, message, read_jsonl,
+from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, free_port, open_message, read_jsonl,
                      sr_policy_tunnel, srpolicy_nlri_v4, update_v4, wait_for, workdir)
 
 SKIP = 77
@@ -317,6 +317,27 @@ def case_slow_output(tool, wd, count=20000):
     assert lis.stop() == 0, "listen did not end cleanly"
 
 
+def case_known_peers(tool, wd):
+    """With --peer only the peers named get a session: another address is
+    closed at once, a named one with the wrong AS gets bad peer AS."""
+    port = free_port()
+    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
+                                        "--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"])
+    wait_for(lambda: accepts(port) or None, 10, "listen to accept")
+    stranger = ScriptedPeer(port, "127.0.0.6")
+    assert stranger.read_message()[0] is None, "a stranger got an answer"
+    wrong_as = ScriptedPeer(port, "127.0.0.5")
+    wrong_as.send(open_message(65010, 90, "127.0.0.9"))
+    assert wrong_as.notification() == (2, 2)
+    known = ScriptedPeer(port, "127.0.0.4")
+    known.establish()
+    no_notification(known, 0.5)
+    for p in (stranger, wrong_as, known):
+        p.close()
+    assert "refused a connection from 127.0.0.6: not a configured peer" in lis.stderr(), lis.stderr()
+    assert lis.stop() == 0, "listen did not end cleanly"
+
+
 def cpu_seconds(pid):
     with open("/proc/%d/stat" % pid) as f:
         fields = f.read().rsplit(")", 1)[1].split()
@@ -404,6 +425,7 @@ CASES = {
     "reset_mid_message": case_reset_mid_message,
     "garbage": case_garbage,
     "slow_output": case_slow_output,
+    "known_peers": case_known_peers,
     "bulk": case_bulk,
     "md5": case_md5,
 }
