@@ -20,6 +20,14 @@ RibKey Key(uint16_t usAfi, uint32_t ulDist, uint32_t ulColor, uint32_t ulEndpoin
     return st;
 }
 
+/* An IPv6 key whose endpoint differs from Key(2, 1, 100, 1) in one word. */
+RibKey KeyWord(size_t ulWord, uint32_t ulValue)
+{
+    RibKey st = Key(2, 1, 100, 1);
+    st.stKey.aulEndpoint[ulWord] = ulValue;
+    return st;
+}
+
 RibSource Peer(const char *pcPeer, RibView eView = RibView::Received)
 {
     RibSource st;
@@ -58,8 +66,9 @@ TEST(Rib, AnnounceReplacesWithdrawRemoves)
         {"every key field tells routes apart",
          {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {true, a, Key(2, 1, 100, 1), "2001:db8::1", false},
           {true, a, Key(1, 2, 100, 1), "192.0.2.1", false}, {true, a, Key(1, 1, 101, 1), "192.0.2.1", false},
-          {true, a, Key(1, 1, 100, 2), "192.0.2.1", false}},
-         5, 5, "192.0.2.1"},
+          {true, a, Key(1, 1, 100, 2), "192.0.2.1", false}, {true, a, KeyWord(0, 7), "2001:db8::1", false},
+          {true, a, KeyWord(1, 7), "2001:db8::1", false}, {true, a, KeyWord(2, 7), "2001:db8::1", false}},
+         8, 8, "192.0.2.1"},
         {"sources and views are apart",
          {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {true, b, Key(1, 1, 100, 1), "192.0.2.2", false},
           {true, aPost, Key(1, 1, 100, 1), "192.0.2.3", false}, {false, b, Key(1, 1, 100, 1), nullptr, true}},
