@@ -114,8 +114,9 @@ public:
         Finish();
     }
 
-    void StartInput()
+    void StartInput(const std::string &strSource)
     {
+        m_strInput = strSource;
         m_ullLastPercent = 101u;
         m_ullFound = 0;
     }
@@ -152,8 +153,14 @@ private:
             m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
         }
         if (m_bRib) {
+            /* A capture tells its senders apart by their TCP flow; a stream of
+             * messages has one sender, whichever file holds its part. */
             RibSource stSource;
-            stSource.strPeer = m_stCtx.strSource;
+            const std::string &strFrom = m_stCtx.strSource;
+            if (strFrom.size() > m_strInput.size() && strFrom.compare(0, m_strInput.size(), m_strInput) == 0 &&
+                strFrom[m_strInput.size()] == ' ') {
+                stSource.strPeer = strFrom.substr(m_strInput.size() + 1u);
+            }
             ApplyUpdate(m_rib, stSource, m_stUpdate, 0.0);
         }
         Print();
@@ -203,6 +210,7 @@ private:
     Counters m_stCount;
     bool m_bRib;
     Rib m_rib;
+    std::string m_strInput; /* name of the input being read */
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
@@ -366,7 +374,7 @@ int RunDecode(const DecodeOptions &stOptions)
             bUnreadable = true;
             continue;
         }
-        dec.StartInput();
+        dec.StartInput(strSource);
         if (!ReadInput(dec, stOptions, in, strSource, strHint, strError)) {
             dec.EndInput();
             out.Flush();
