@@ -71,11 +71,9 @@ TEST(Encode, RoutesShareUpdatesUpTo4096Bytes)
             std::vector<Bytes> vecMsgs;
             std::string strError;
             ASSERT_TRUE(srp::BuildUpdates(host, vecRoutes, bWithdraw, vecMsgs, strError)) << strError;
-            size_t ulNlriBytes = 0;
             for (const Bytes &v : vecMsgs) {
                 EXPECT_LE(v.size(), 4096u);
                 EXPECT_EQ(srp::Be16(v.data() + 16), v.size());
-                ulNlriBytes += v.size();
             }
             if (!bWithdraw) {
                 EXPECT_EQ(vecMsgs.size(), st.ulMessages) << st.ulRoutes << " routes";
