@@ -38,7 +38,8 @@ class Decoder : public InputSink {
 public:
     Decoder(PluginHost &host, const DecodeOptions &stOptions, OutBuffer &out)
         : m_host(host),
-          m_describer(host, DescribeOptions{!stOptions.bJson, stOptions.bJson}),
+          m_stDescribe{!stOptions.bJson, stOptions.bJson},
+          m_describer(host, m_stDescribe),
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
@@ -134,7 +135,7 @@ public:
 
     const Counters &Count() const { return m_stCount; }
     /* The table the inputs left (--rib). */
-    void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter); }
+    void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter, m_stDescribe); }
 
 private:
     void Start(const Origin &stOrigin)
@@ -199,6 +200,7 @@ private:
     }
 
     PluginHost &m_host;
+    DescribeOptions m_stDescribe; /* what the printer's form needs */
     Describer m_describer;
     OutBuffer &m_out;
     bool m_bVerbose;

@@ -52,7 +52,7 @@ public:
     Listener(PluginHost &host, const ListenOptions &stOptions)
         : m_host(host),
           m_stOptions(stOptions),
-          m_describer(host, DescribeOptions{!stOptions.bJson, true}),
+          m_describer(host, DescribeOptions{!stOptions.bJson, stOptions.bJson}),
           m_live(STDOUT_FILENO, stOptions.ulOutLimit),
           m_out([this](std::string &strBlock) { return m_live.Push(strBlock); }),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, m_out))
@@ -202,7 +202,7 @@ private:
             if (!m_stOptions.bJson) {
                 m_out << "table: " << uint64_t{m_rib.Size()} << " route(s)\n";
             }
-            PrintRib(m_rib, m_host, *m_pPrinter);
+            PrintRib(m_rib, m_host, *m_pPrinter, DescribeOptions{!m_stOptions.bJson, m_stOptions.bJson});
             m_out.Flush();
             return;
         }
@@ -217,7 +217,7 @@ private:
         {
             OutBuffer out(iFd);
             std::unique_ptr<Printer> pJson = MakePrinter(PrintForm::Json, out);
-            PrintRib(m_rib, m_host, *pJson);
+            PrintRib(m_rib, m_host, *pJson, DescribeOptions{false, true});
             bOk = out.Flush();
         }
         close(iFd);

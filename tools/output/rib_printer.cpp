@@ -5,9 +5,9 @@
 
 namespace srp {
 
-size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer)
+size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer, const DescribeOptions &stOptions)
 {
-    Describer describer(host, DescribeOptions{});
+    Describer describer(host, stOptions);
     WalkedUpdate stWalk;
     DescribedUpdate stUpdate;
     EventContext stCtx;

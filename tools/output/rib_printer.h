@@ -12,8 +12,9 @@
 
 namespace srp {
 
-/* Returns the number of routes printed. */
-size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer);
+/* Returns the number of routes printed; stOptions as the printer needs
+ * them (the JSON form reads no attribute text). */
+size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer, const DescribeOptions &stOptions);
 
 }  // namespace srp
 

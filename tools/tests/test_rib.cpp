@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "common/event.h"
 #include "plugin/describer.h"
 #include "rib/rib.h"
 
@@ -175,6 +176,27 @@ TEST(Rib, ApplyUpdate)
     EXPECT_EQ(p->vecAttr, (Bytes{0x00, 0x0f}));
     EXPECT_TRUE(p->bHasAttr);
     EXPECT_DOUBLE_EQ(p->dReceived, 5.0);
+}
+
+/* The arrival time the table and live events carry; the rows change second,
+ * keep it, and go back, so a cached second is never shown for another. */
+TEST(Rib, ArrivalTimeText)
+{
+    struct Row {
+        int64_t llUs;
+        const char *pcText;
+    };
+    const Row aRows[] = {
+        {1764000000123456, "2025-11-24T16:00:00.123456Z"},
+        {1764000000000007, "2025-11-24T16:00:00.000007Z"},
+        {1764000001999999, "2025-11-24T16:00:01.999999Z"},
+        {0, "1970-01-01T00:00:00.000000Z"},
+        {-1, "1969-12-31T23:59:59.999999Z"},
+        {1764000000123456, "2025-11-24T16:00:00.123456Z"},
+    };
+    for (const Row &row : aRows) {
+        EXPECT_EQ(EventTimeText(row.llUs), row.pcText);
+    }
 }
 
 }  // namespace

@@ -382,9 +382,11 @@ def case_bulk(tool, wd, count=100000):
     hexes = os.path.join(wd, "bulk.hex")
     with open(hexes, "wb") as f:
         subprocess.run([tool, "encode", config], stdout=f, check=True, timeout=300)
+    # Both write their JSON into a file of the work directory.
     start = os.times()
-    subprocess.run([tool, "decode", "--json", hexes], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                   check=True, timeout=300)
+    with open(os.path.join(wd, "decode.out"), "wb") as out:
+        subprocess.run([tool, "decode", "--json", hexes], stdout=out, stderr=subprocess.DEVNULL, check=True,
+                       timeout=300)
     end = os.times()
     decode_cpu = (end.children_user - start.children_user) + (end.children_system - start.children_system)
     print("listen: %d routes, %.2f us processor time per route (session, walk, describe, JSON, table)"
