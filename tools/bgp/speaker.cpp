@@ -557,7 +557,7 @@ int Speaker::Run()
             }
         }
         bool bCongested = m_handler.Congested();
-        double dWake = dNow + (bCongested ? 0.05 : 1.0);
+        double dWake = std::min(dNow + (bCongested ? 0.05 : 1.0), m_handler.WakeBy(dNow));
         vecFds.clear();
         vecPolled.clear();
         vecFds.push_back({g_aiSignalPipe[0], POLLIN, 0});

@@ -67,6 +67,8 @@ public:
     virtual bool Congested() { return false; }
     /* Once per loop turn, after the sockets were served. */
     virtual void Turn(Speaker &sp) { (void)sp; }
+    /* The time by which the owner wants a turn even if no socket is ready. */
+    virtual double WakeBy(double dNow) { return dNow + 3600.0; }
 };
 
 class Speaker {
