@@ -56,4 +56,14 @@ TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
     }
 }
 
+TEST(TunnelEncap, DecodedSubTlvTypes)
+{
+    for (unsigned u = 0; u < 256u; u++) {
+        /* preference, binding SID, SRv6 binding SID, slice ids, template id,
+         * segment list, candidate path and policy names */
+        bool bDecoded = u == 12u || u == 13u || u == 20u || u == 123u || (u >= 126u && u <= 130u);
+        EXPECT_EQ(srp::IsDecodedSubTlv(static_cast<uint8_t>(u)), bDecoded) << u;
+    }
+}
+
 }  // namespace

@@ -55,6 +55,7 @@ TEST(HexText, ErrorsNameLineAndColumn)
         {"01\n\n  0g", "line 3, column 4: 'g' is not a hex digit"},
         {"01\t\x01", "line 1, column 4: byte 0x01 is not a hex digit"},
         {"01\n020", "odd number of hex digits: the digit at line 2, column 3 has no partner"},
+        {"00x12", "line 1, column 3: 'x' is not a hex digit"}, /* "0x" only where a byte starts */
         {"01 0\n# 2", "odd number of hex digits: the digit at line 1, column 4 has no partner"},
     };
     for (const Case &st : astCases) {
@@ -98,6 +99,8 @@ TEST(Formats, DetectedFromTheFirstBytes)
         {Bytes{'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'z', '0'},
          true, srp::Format::Hex},
         {Bytes{'0', 'x', 'a', 'b', 'c'}, true, srp::Format::Hex},
+        {Bytes{'#', ' ', 'T', 'h', 'e', ' ', 'f', 'a', 'c', 'e', ' ', 'o', 'f', ' ', 'i', 't', '\n', 'f', 'f'}, true,
+         srp::Format::Hex},
         /* prose is not */
         {Bytes{'#', ' ', 'T', '\n', 'T', 'h', 'e', ' ', 'f', 'a', 'c', 'e'}, false, srp::Format::Auto},
         {Bytes{'a', 'b', 0x00, 'c'}, false, srp::Format::Auto},

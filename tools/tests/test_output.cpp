@@ -29,12 +29,17 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
         {{0xC0, 0xAF}, "\\xc0\\xaf", "\"\\u00c0\\u00af\""},                      /* overlong form */
         {{0xED, 0xA0, 0x80}, "\\xed\\xa0\\x80", "\"\\u00ed\\u00a0\\u0080\""},    /* a surrogate */
         {{'"', '\\', '\n', '\t', 0x7F}, "\"\\\\\\x0a\\x09\\x7f", "\"\\\"\\\\\\n\\t\x7F\""},
+        {{'a', ' ', 0xE2, 0x82, 0xAC}, "a \xE2\x82\xAC", "\"a \xE2\x82\xAC\""},                /* 3-byte UTF-8 */
+        {{0xE0, 0x9F, 0xBF}, "\\xe0\\x9f\\xbf", "\"\\u00e0\\u009f\\u00bf\""},                 /* overlong 3-byte */
+        {{0xF0, 0x9F, 0x98, 0x80}, "\xF0\x9F\x98\x80", "\"\xF0\x9F\x98\x80\""},         /* 4-byte UTF-8 */
+        {{'a', 'b', ' '}, "ab ", "\"ab \""},
     };
     for (const Case &st : astCases) {
         std::string strIn(st.vecIn.begin(), st.vecIn.end());
         EXPECT_EQ(srp::EscapeText(st.vecIn.data(), st.vecIn.size()), st.pcText) << strIn;
         EXPECT_EQ(srp::JsonStringLiteral(st.vecIn.data(), st.vecIn.size()), st.pcJson) << strIn;
-        EXPECT_EQ(srp::IsPlainText(st.vecIn.data(), st.vecIn.size()), st.vecIn == Bytes({'a', 'b'})) << strIn;
+        bool bPlain = st.vecIn == Bytes({'a', 'b'}) || st.vecIn == Bytes({'a', 'b', ' '});
+        EXPECT_EQ(srp::IsPlainText(st.vecIn.data(), st.vecIn.size()), bPlain) << strIn;
     }
 }
 
