@@ -153,6 +153,27 @@ def case_gobgpd_table(tool, wd):
         assert "peer %s (AS %d): session established" % (LOOPBACK, AS_GOBGPD) in lis.stderr(), lis.stderr()
 
 
+def case_announce_passive(tool, wd):
+    """announce waits with --bind and gobgpd connects to it; the routes reach
+    the far end as when announce connects."""
+    config = os.path.join(wd, "routes.json")
+    write_config(config, [route("10.0.0.%d" % i, 7, 100, [16000 + i], weight=1) for i in range(1, 4)])
+    want = expected_table(tool, wd, config)
+    port = free_port(ANNOUNCER)
+    g = Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE, remote_port=port),
+                               dict(address=LISTENER, asn=AS_LISTEN)])
+    with g:
+        ann = Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE), "--bind",
+                                              "%s:%d" % (ANNOUNCER, port), "--peer", "%s,as=%d" % (LOOPBACK,
+                                                                                                   AS_GOBGPD)])
+        lis, rib_out = start_listen(tool, wd, g)
+        established(lis)
+        established(ann, 40)
+        wait_table(lis, rib_out, want, 60, "the routes of the waiting announce at the far end")
+        assert ann.stop() == 0, "announce did not end cleanly"
+        assert lis.stop() == 0, "listen did not end cleanly"
+
+
 def listen_alone(tool, wd, extra=()):
     port = free_port()
     rib_out = os.path.join(wd, "rib.json")
@@ -436,6 +457,7 @@ def case_md5(tool, wd):
 
 CASES = {
     "gobgpd_table": case_gobgpd_table,
+    "announce_passive": case_announce_passive,
     "malformed_attribute": case_malformed_attribute,
     "hold_timer": case_hold_timer,
     "reset_mid_message": case_reset_mid_message,
