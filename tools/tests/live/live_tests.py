@@ -340,7 +340,8 @@ def case_slow_output(tool, wd, count=20000):
 
 def case_known_peers(tool, wd):
     """With --peer only the peers named get a session: another address is
-    closed at once, a named one with the wrong AS gets bad peer AS."""
+    closed at once, a named one with the wrong AS gets bad peer AS; SIGTERM
+    ceases the session that is up."""
     port = free_port()
     lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
                                         "--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"])
@@ -353,9 +354,12 @@ def case_known_peers(tool, wd):
     known = ScriptedPeer(port, "127.0.0.4")
     known.establish()
     no_notification(known, 0.5)
+    assert "refused a connection from 127.0.0.6: not a configured peer" in lis.stderr(), lis.stderr()
+    # Shutting down ends the session with a Cease (administrative shutdown).
+    lis.send_signal(signal.SIGTERM)
+    assert known.notification() == (6, 2)
     for p in (stranger, wrong_as, known):
         p.close()
-    assert "refused a connection from 127.0.0.6: not a configured peer" in lis.stderr(), lis.stderr()
     assert lis.stop() == 0, "listen did not end cleanly"
 
 
