@@ -11,8 +11,10 @@
 #include "input/source.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
+#include "output/rib_printer.h"
 #include "plugin/describer.h"
 #include "plugin/plugin_host.h"
+#include "rib/rib.h"
 
 namespace srp {
 
@@ -36,10 +38,12 @@ class Decoder : public InputSink {
 public:
     Decoder(PluginHost &host, const DecodeOptions &stOptions, OutBuffer &out)
         : m_host(host),
-          m_describer(host, DescribeOptions{!stOptions.bJson, stOptions.bJson}),
+          m_stDescribe{!stOptions.bJson, stOptions.bJson},
+          m_describer(host, m_stDescribe),
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
-          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
+          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
+          m_bRib(stOptions.bRib)
     {
     }
 
@@ -111,8 +115,9 @@ public:
         Finish();
     }
 
-    void StartInput()
+    void StartInput(const std::string &strSource)
     {
+        m_strInput = strSource;
         m_ullLastPercent = 101u;
         m_ullFound = 0;
     }
@@ -129,6 +134,8 @@ public:
     }
 
     const Counters &Count() const { return m_stCount; }
+    /* The table the inputs left (--rib). */
+    void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter, m_stDescribe); }
 
 private:
     void Start(const Origin &stOrigin)
@@ -146,6 +153,17 @@ private:
         for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
             m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
         }
+        if (m_bRib) {
+            /* A capture tells its senders apart by their TCP flow; a stream of
+             * messages has one sender, whichever file holds its part. */
+            RibSource stSource;
+            const std::string &strFrom = m_stCtx.strSource;
+            if (strFrom.size() > m_strInput.size() && strFrom.compare(0, m_strInput.size(), m_strInput) == 0 &&
+                strFrom[m_strInput.size()] == ' ') {
+                stSource.strPeer = strFrom.substr(m_strInput.size() + 1u);
+            }
+            ApplyUpdate(m_rib, stSource, m_stUpdate, 0.0);
+        }
         Print();
     }
 
@@ -162,7 +180,9 @@ private:
             }
         }
         EndInput();
-        m_pPrinter->Update(m_stCtx, m_stUpdate);
+        if (!m_bRib) {
+            m_pPrinter->Update(m_stCtx, m_stUpdate);
+        }
     }
 
     void Say(const Problem &stProblem, const char *pcKind = "error")
@@ -180,6 +200,7 @@ private:
     }
 
     PluginHost &m_host;
+    DescribeOptions m_stDescribe; /* what the printer's form needs */
     Describer m_describer;
     OutBuffer &m_out;
     bool m_bVerbose;
@@ -189,6 +210,9 @@ private:
     WalkedUpdate m_stWalk;
     DescribedUpdate m_stUpdate;
     Counters m_stCount;
+    bool m_bRib;
+    Rib m_rib;
+    std::string m_strInput; /* name of the input being read */
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
@@ -352,7 +376,7 @@ int RunDecode(const DecodeOptions &stOptions)
             bUnreadable = true;
             continue;
         }
-        dec.StartInput();
+        dec.StartInput(strSource);
         if (!ReadInput(dec, stOptions, in, strSource, strHint, strError)) {
             dec.EndInput();
             out.Flush();
@@ -366,6 +390,9 @@ int RunDecode(const DecodeOptions &stOptions)
             std::cerr << "srpolicy: " << strSource << ": no BGP message found: " << strHint << "\n";
             bNothingFound = true;
         }
+    }
+    if (stOptions.bRib) {
+        dec.PrintTable();
     }
     out.Flush();
     const Counters &st = dec.Count();

@@ -1,6 +1,7 @@
 /* Text of an event's arrival time. */
 #include "common/event.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 
@@ -14,13 +15,26 @@ std::string EventTimeText(int64_t llTimeUs)
         llUs += 1000000;
         llSec -= 1;
     }
-    time_t tSec = static_cast<time_t>(llSec);
-    struct tm stTm;
-    gmtime_r(&tSec, &stTm);
-    char ac[64];
-    std::snprintf(ac, sizeof(ac), "%04d-%02d-%02dT%02d:%02d:%02d.%06dZ", stTm.tm_year + 1900, stTm.tm_mon + 1,
-                  stTm.tm_mday, stTm.tm_hour, stTm.tm_min, stTm.tm_sec, static_cast<int>(llUs));
-    return ac;
+    /* Live sessions stamp every route: the date and time of the last second
+     * seen is kept, so most calls only write the microseconds. */
+    thread_local int64_t llCachedSec = INT64_MIN;
+    thread_local char acSecond[80];
+    if (llSec != llCachedSec) {
+        time_t tSec = static_cast<time_t>(llSec);
+        struct tm stTm;
+        gmtime_r(&tSec, &stTm);
+        std::snprintf(acSecond, sizeof(acSecond), "%04d-%02d-%02dT%02d:%02d:%02d", stTm.tm_year + 1900,
+                      stTm.tm_mon + 1, stTm.tm_mday, stTm.tm_hour, stTm.tm_min, stTm.tm_sec);
+        llCachedSec = llSec;
+    }
+    std::string strText(acSecond);
+    char acFraction[9] = {'.', '0', '0', '0', '0', '0', '0', 'Z', '\0'};
+    for (int i = 6; i >= 1; i--) {
+        acFraction[i] = static_cast<char>('0' + llUs % 10);
+        llUs /= 10;
+    }
+    strText += acFraction;
+    return strText;
 }
 
 }  // namespace srp
