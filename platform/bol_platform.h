@@ -100,6 +100,15 @@ void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *p
  * else 0. Used by the assertion handlers to tell texts from values. */
 uint32_t BOL_PlatformProbeReportText(uintptr_t uvValue, char *pcText);
 
+/* Receives each assertion report instead of standard error: the module, the
+ * line, and the report as the default text ("0x1f" for a value, else the
+ * report text). Called on the reporting thread. */
+typedef void (*BOL_PLATFORM_REPORT_FN)(void *pvCtx, const char *pcModule, uint32_t ulLine, const char *pcText);
+
+/* Routes the default platform's assertion reports to pfnReport (with pvCtx);
+ * NULL sends them to standard error again. */
+void BOL_PlatformSetReportHook(BOL_PLATFORM_REPORT_FN pfnReport, void *pvCtx);
+
 #ifdef __cplusplus
 }
 #endif

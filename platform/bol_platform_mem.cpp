@@ -61,6 +61,19 @@ ModuleUsage *UsageOf(Accounting &stAcc, uint32_t ulModule, bool bCreate)
     return pstUsage;
 }
 
+/* Where assertion reports go when not to standard error. */
+struct ReportHook {
+    std::mutex mtx;
+    BOL_PLATFORM_REPORT_FN pfn = nullptr;
+    void *pvCtx = nullptr;
+};
+
+ReportHook &TheReportHook()
+{
+    static ReportHook stHook;
+    return stHook;
+}
+
 } /* namespace */
 
 extern "C" {
@@ -124,14 +137,33 @@ void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *p
     }
 }
 
+void BOL_PlatformSetReportHook(BOL_PLATFORM_REPORT_FN pfnReport, void *pvCtx)
+{
+    ReportHook &stHook = TheReportHook();
+    std::lock_guard<std::mutex> lock(stHook.mtx);
+    stHook.pfn = pfnReport;
+    stHook.pvCtx = pvCtx;
+}
+
 void ZUN_Assert(const char *pcModule, uint32_t ulLine, uintptr_t uvValue)
 {
     char acText[128];
     const char *pcWho = (pcModule != nullptr) ? pcModule : "?";
-    if (BOL_PlatformProbeReportText(uvValue, acText) != 0u) {
-        (void)fprintf(stderr, "%s:%u %s\n", pcWho, ulLine, acText);
+    if (BOL_PlatformProbeReportText(uvValue, acText) == 0u) {
+        (void)snprintf(acText, sizeof(acText), "%#llx", static_cast<unsigned long long>(uvValue));
+    }
+    BOL_PLATFORM_REPORT_FN pfn;
+    void *pvCtx;
+    {
+        ReportHook &stHook = TheReportHook();
+        std::lock_guard<std::mutex> lock(stHook.mtx);
+        pfn = stHook.pfn;
+        pvCtx = stHook.pvCtx;
+    }
+    if (pfn != nullptr) {
+        pfn(pvCtx, pcWho, ulLine, acText);
     } else {
-        (void)fprintf(stderr, "%s:%u %#llx\n", pcWho, ulLine, static_cast<unsigned long long>(uvValue));
+        (void)fprintf(stderr, "%s:%u %s\n", pcWho, ulLine, acText);
     }
 }
 

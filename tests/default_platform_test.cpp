@@ -4,6 +4,9 @@
  */
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
 
@@ -58,6 +61,25 @@ TEST(DefaultPlatform, ReportsGoToStandardErrorAsModuleLineValueOrText)
     ZUN_Assert("bol_srpolicy", 7, reinterpret_cast<uintptr_t>(acText));
     std::string strErr = testing::internal::GetCapturedStderr();
     EXPECT_EQ(strErr, "bol_srpolicy_parse:120 0\nbol_srpolicy:7 retCode:34\n");
+}
+
+TEST(DefaultPlatform, ReportHookTakesReportsUntilCleared)
+{
+    std::vector<std::string> vecSeen;
+    BOL_PlatformSetReportHook(
+        [](void *pvCtx, const char *pcModule, uint32_t ulLine, const char *pcText) {
+            static_cast<std::vector<std::string> *>(pvCtx)->push_back(std::string(pcModule) + ":" +
+                                                                       std::to_string(ulLine) + " " + pcText);
+        },
+        &vecSeen);
+    testing::internal::CaptureStderr();
+    char acText[128] = "retCode:34";
+    ZUN_Assert("bol_srpolicy_parse", 611, 0x1f);
+    ZUN_Assert(nullptr, 7, reinterpret_cast<uintptr_t>(acText));
+    BOL_PlatformSetReportHook(nullptr, nullptr);
+    ZUN_Assert("bol_srpolicy", 9, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "bol_srpolicy:9 0\n");
+    EXPECT_EQ(vecSeen, (std::vector<std::string>{"bol_srpolicy_parse:611 0x1f", "?:7 retCode:34"}));
 }
 
 }  // namespace

@@ -9,9 +9,11 @@
 #include <iterator>
 #include <sstream>
 
-#include "plugin_host.h"
-#include "route_output.h"
-#include "update_walker.h"
+#include "bgp/message_stream.h"
+#include "bgp/update_walker.h"
+#include "output/printer.h"
+#include "plugin/describer.h"
+#include "plugin/plugin_host.h"
 
 namespace srp {
 
@@ -29,39 +31,48 @@ struct Counters {
     uint64_t ullFailed = 0;
 };
 
+/* Receives what the readers frame and takes it down the road: walker,
+ * describer, printer; problems go to standard error, counts to the summary. */
 class Decoder : public InputSink {
 public:
-    Decoder(PluginHost &host, const DecodeOptions &stOptions) : m_host(host), m_stOptions(stOptions) {}
+    Decoder(PluginHost &host, const DecodeOptions &stOptions, OutBuffer &out)
+        : m_host(host),
+          m_describer(host, DescribeOptions{!stOptions.bJson, true}),
+          m_out(out),
+          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
+    {
+    }
 
     void Message(const uint8_t *p, size_t n, const Origin &stOrigin) override
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        if (n < 19u || p[18] != 2u) {
+        Start(stOrigin);
+        if (n < kBgpHeaderLen || p[18] != kBgpUpdate) {
             return; /* OPEN, KEEPALIVE, NOTIFICATION, ROUTE-REFRESH */
         }
         m_stCount.ullUpdates++;
-        Bytes vecMsg(p, p + n);
-        WalkedUpdate stWalk;
-        WalkUpdate(m_host, vecMsg, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_vecMsg.assign(p, p + n);
+        m_stWalk.Clear();
+        WalkUpdate(m_host, m_vecMsg, m_stWalk);
+        Finish();
     }
 
     void RibEntry(uint16_t usAfi, uint8_t ucSafi, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs,
                   size_t ulAttrs, const Origin &stOrigin) override
     {
         (void)ucSafi;
-        uint64_t ullIndex = ++m_stCount.ullMessages;
+        Start(stOrigin);
         Bytes vecNlri(pNlri, pNlri + ulNlri);
         Bytes vecAttrs(pAttrs, pAttrs + ulAttrs);
-        WalkedUpdate stWalk;
-        WalkRibEntry(m_host, usAfi, vecNlri, vecAttrs, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_stWalk.Clear();
+        WalkRibEntry(m_host, usAfi, vecNlri, vecAttrs, m_stWalk);
+        Finish();
     }
 
     void FramingError(const std::string &strWhat, const Origin &stOrigin) override
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        Report(stOrigin, ullIndex, strWhat);
+        Start(stOrigin);
+        m_stCount.ullFailed++;
+        Say(Problem{strWhat, 0u, 0u, -1});
     }
 
     void Skipped() override { m_stCount.ullSkipped++; }
@@ -83,32 +94,19 @@ public:
     /* One bare attribute value (--attr). */
     void Attribute(const Bytes &vecValue, const Origin &stOrigin)
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
-        Bytes vecCopy = vecValue;
-        RouteReport stRoute;
-        stRoute.ullMessage = ullIndex;
-        stRoute.strSource = stOrigin.strSource;
-        stRoute.ullOffset = stOrigin.ullOffset;
-        uint32_t ulRc = m_host.ParseTunnelEncap(vecCopy, stRoute.vecAttr);
-        if (ulRc != BOL_OK) {
-            Report(stOrigin, ullIndex, "Tunnel Encapsulation attribute", ulRc);
-            return;
-        }
-        stRoute.bHasAttr = true;
-        if (!Describe(stRoute, stOrigin)) {
-            m_stCount.ullFailed++;
-        }
-        Print(stRoute);
+        Start(stOrigin);
+        m_describer.DescribeAttribute(vecValue.data(), vecValue.size(), m_stUpdate);
+        Print();
     }
 
     /* Bare NLRI (--nlri). */
     void Nlri(const Bytes &vecValue, const Origin &stOrigin)
     {
-        uint64_t ullIndex = ++m_stCount.ullMessages;
+        Start(stOrigin);
         Bytes vecCopy = vecValue;
-        WalkedUpdate stWalk;
-        WalkNlri(m_host, vecCopy, stWalk);
-        Emit(stWalk, stOrigin, ullIndex);
+        m_stWalk.Clear();
+        WalkNlri(m_host, vecCopy, m_stWalk);
+        Finish();
     }
 
     void StartInput() { m_ullLastPercent = 101u; }
@@ -124,125 +122,54 @@ public:
     const Counters &Count() const { return m_stCount; }
 
 private:
-    /* A failure: reported and counted. */
-    void Report(const Origin &stOrigin, uint64_t ullIndex, const std::string &strWhat, uint32_t ulCode = 0u,
-                size_t ulPos = 0u)
+    void Start(const Origin &stOrigin)
     {
-        m_stCount.ullFailed++;
-        Say(stOrigin, ullIndex, strWhat, ulCode, ulPos);
+        m_stCtx.ullMessage = ++m_stCount.ullMessages;
+        m_stCtx.strSource = stOrigin.strSource;
+        m_stCtx.ullOffset = stOrigin.ullOffset;
     }
 
-    void Say(const Origin &stOrigin, uint64_t ullIndex, const std::string &strWhat, uint32_t ulCode, size_t ulPos)
+    /* The walked message through the describer to the printer. */
+    void Finish()
+    {
+        m_describer.Describe(m_stWalk, m_stUpdate);
+        m_stCount.ullRoutes += m_stUpdate.vecRoutes.size();
+        for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
+            m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
+        }
+        Print();
+    }
+
+    void Print()
+    {
+        m_stCount.ullSkipped += m_stUpdate.ulSkipped;
+        m_stCount.ullFailed += m_stUpdate.Failures();
+        for (const Problem &st : m_stUpdate.vecProblems) {
+            Say(st);
+        }
+        EndInput();
+        m_pPrinter->Update(m_stCtx, m_stUpdate);
+    }
+
+    void Say(const Problem &stProblem)
     {
         EndInput();
-        std::ostringstream os;
-        os << "srpolicy: error: " << stOrigin.strSource << ": message " << ullIndex << " at offset "
-           << stOrigin.ullOffset;
-        if (ulPos != 0u) {
-            os << " (+" << ulPos << ")";
+        if (m_out.Interactive()) { /* keep the error next to the routes on a terminal */
+            m_out.Flush();
         }
-        os << ": " << strWhat;
-        if (ulCode != 0u) {
-            char ac[16];
-            std::snprintf(ac, sizeof(ac), "0x%x", ulCode);
-            os << ": " << ResultName(ulCode) << " (" << ac << ")";
-        }
-        std::cerr << os.str() << "\n";
-    }
-
-    /* Text, check and fields of one route through the plug-in; false when a
-     * part failed (already reported). */
-    bool Describe(RouteReport &stRoute, const Origin &stOrigin)
-    {
-        bool bOk = true;
-        uint32_t ulRc;
-        if (stRoute.bHasKey) {
-            ulRc = m_host.KeyText(stRoute.stKey, stRoute.strKeyText);
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "route key text", ulRc);
-                bOk = false;
-                stRoute.strKeyText = "SR Policy NLRI: distinguisher " + std::to_string(stRoute.stKey.ulDistinguisher) +
-                                     ", color " + std::to_string(stRoute.stKey.ulPolicyColor) + ", endpoint " +
-                                     EndpointText(stRoute.stKey);
-            }
-            ulRc = m_host.CheckEndpoint(stRoute.stKey, stRoute.bValid);
-            stRoute.bChecked = ulRc == BOL_OK;
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "route check", ulRc);
-                bOk = false;
-            }
-        }
-        if (stRoute.bHasAttr) {
-            ulRc = m_host.AttrText(stRoute.stKey, stRoute.vecAttr, stRoute.strAttrText);
-            if (ulRc != BOL_OK) {
-                ReportRoute(stOrigin, stRoute, "attribute text", ulRc);
-                bOk = false;
-            }
-            if (m_stOptions.bJson) {
-                Bytes vecMsg;
-                std::string strError;
-                ulRc = m_host.CondRtAttrMessage(stRoute.stKey, stRoute.vecAttr, vecMsg);
-                if (ulRc != BOL_OK) {
-                    ReportRoute(stOrigin, stRoute, "attribute message", ulRc);
-                    bOk = false;
-                } else if (!ParseCondRtAttr(vecMsg, stRoute.stFields, strError)) {
-                    ReportRoute(stOrigin, stRoute, strError, 0u);
-                    bOk = false;
-                } else {
-                    stRoute.bHasFields = true;
-                }
-            }
-        }
-        return bOk;
-    }
-
-    /* A failed part of a route: the route is counted once by the caller. */
-    void ReportRoute(const Origin &stOrigin, const RouteReport &stRoute, const std::string &strWhat, uint32_t ulCode)
-    {
-        Say(stOrigin, stRoute.ullMessage, strWhat, ulCode, 0u);
-    }
-
-    void Emit(WalkedUpdate &stWalk, const Origin &stOrigin, uint64_t ullIndex)
-    {
-        m_stCount.ullSkipped += stWalk.ulSkipped;
-        for (const WalkFailure &st : stWalk.vecFailures) {
-            Report(stOrigin, ullIndex, st.strWhat, st.ulCode, st.ulPos);
-        }
-        for (const WalkedRoute &stWalked : stWalk.vecRoutes) {
-            RouteReport stRoute;
-            stRoute.ullMessage = ullIndex;
-            stRoute.strSource = stOrigin.strSource;
-            stRoute.ullOffset = stOrigin.ullOffset;
-            stRoute.bHasKey = true;
-            stRoute.stKey = stWalked.stKey;
-            stRoute.usAfi = stWalked.usAfi != 0u ? stWalked.usAfi
-                                                  : (stWalked.stKey.ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV4 ? 1u : 2u);
-            stRoute.bWithdrawn = stWalked.bWithdrawn;
-            if (!stWalked.bWithdrawn) {
-                stRoute.strNextHop = stWalk.strNextHop;
-                stRoute.bHasAttr = stWalk.bHasAttr;
-                stRoute.ulAttrError = stWalk.ulAttrError;
-                stRoute.vecAttr = stWalk.vecAttr;
-            }
-            m_stCount.ullRoutes++;
-            if (stWalked.bWithdrawn) {
-                m_stCount.ullWithdrawals++;
-            }
-            if (!Describe(stRoute, stOrigin)) {
-                m_stCount.ullFailed++;
-            }
-            Print(stRoute);
-        }
-    }
-
-    void Print(const RouteReport &stRoute)
-    {
-        EndInput();
-        std::cout << (m_stOptions.bJson ? RouteJson(stRoute) + "\n" : RouteText(stRoute));
+        std::string strLine = ProblemLine(m_stCtx, stProblem);
+        strLine.push_back('\n');
+        std::fwrite(strLine.data(), 1u, strLine.size(), stderr);
     }
 
     PluginHost &m_host;
-    const DecodeOptions &m_stOptions;
+    Describer m_describer;
+    OutBuffer &m_out;
+    std::unique_ptr<Printer> m_pPrinter;
+    EventContext m_stCtx;
+    Bytes m_vecMsg;
+    WalkedUpdate m_stWalk;
+    DescribedUpdate m_stUpdate;
     Counters m_stCount;
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
@@ -310,7 +237,8 @@ int RunDecode(const DecodeOptions &stOptions)
         std::cerr << "srpolicy: the plug-in could not be constructed\n";
         return 2;
     }
-    Decoder dec(host, stOptions);
+    OutBuffer out(STDOUT_FILENO);
+    Decoder dec(host, stOptions, out);
     std::vector<std::string> vecInputs = stOptions.vecInputs;
     if (vecInputs.empty()) {
         vecInputs.push_back("-");
@@ -332,7 +260,7 @@ int RunDecode(const DecodeOptions &stOptions)
         }
         dec.EndInput();
     }
-    std::cout.flush();
+    out.Flush();
     const Counters &st = dec.Count();
     std::cerr << "summary: messages " << st.ullMessages << ", updates " << st.ullUpdates << ", routes "
               << st.ullRoutes << ", withdrawals " << st.ullWithdrawals << ", skipped " << st.ullSkipped

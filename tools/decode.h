@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "input.h"
+#include "input/readers.h"
 
 namespace srp {
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "decode.h"
-#include "encode.h"
+#include "encode/encode.h"
 
 #ifndef SRPOLICY_SAMPLE
 #define SRPOLICY_SAMPLE "samples/all_subtlvs.hex"

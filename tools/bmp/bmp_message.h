@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "bytes.h"
+#include "common/bytes.h"
 
 namespace srp {
 namespace bmp {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "bytes.h"
+#include "common/bytes.h"
 #include "test_support.h"
 
 namespace srp_test {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "bytes.h"
-#include "input.h"
+#include "common/bytes.h"
+#include "input/readers.h"
 
 namespace srp_test {
 

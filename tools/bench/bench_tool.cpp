@@ -1,0 +1,93 @@
+/* Throughput of the srpolicy tool's stages: BGP framing, TCP reassembly, and
+ * the walk of an UPDATE through the plug-in with its text. */
+#include <benchmark/benchmark.h>
+
+#include "bgp/message_stream.h"
+#include "input/tcp_reassembly.h"
+#include "test_support.h"
+#include "bgp/update_walker.h"
+
+namespace {
+
+using srp::Bytes;
+
+std::vector<Bytes> SampleMessages()
+{
+    Bytes vecStream = srp_test::SampleStream();
+    std::vector<Bytes> vecMsgs;
+    srp::BgpStreamSplitter splitter([&](const uint8_t *p, size_t n, uint64_t) { vecMsgs.emplace_back(p, p + n); },
+                                    [](const std::string &, uint64_t) {});
+    splitter.Feed(vecStream.data(), vecStream.size());
+    return vecMsgs;
+}
+
+void BM_Framing(benchmark::State &state)
+{
+    Bytes vecOne = srp_test::SampleStream();
+    Bytes vecStream;
+    while (vecStream.size() < (1u << 20)) {
+        vecStream.insert(vecStream.end(), vecOne.begin(), vecOne.end());
+    }
+    for (auto _ : state) {
+        size_t ulCount = 0;
+        srp::BgpStreamSplitter splitter([&](const uint8_t *, size_t, uint64_t) { ulCount++; },
+                                        [](const std::string &, uint64_t) {});
+        /* in TCP-sized pieces */
+        for (size_t i = 0; i < vecStream.size(); i += 1460u) {
+            splitter.Feed(vecStream.data() + i, std::min<size_t>(1460u, vecStream.size() - i));
+        }
+        benchmark::DoNotOptimize(ulCount);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * vecStream.size()));
+}
+BENCHMARK(BM_Framing);
+
+/* Segments of 1460 bytes, each pair swapped: every other one waits. */
+void BM_Reassembly(benchmark::State &state)
+{
+    const size_t ulSegs = 1024u;
+    Bytes vecPayload(1460u, 0x5Au);
+    for (auto _ : state) {
+        size_t ulBytes = 0;
+        srp::TcpStream stream([&](const uint8_t *, size_t n) { ulBytes += n; }, [](uint64_t, bool) {});
+        stream.Segment(0u, true, nullptr, 0u);
+        for (size_t i = 0; i < ulSegs; i += 2u) {
+            stream.Segment(static_cast<uint32_t>(1u + (i + 1u) * 1460u), false, vecPayload.data(), 1460u);
+            stream.Segment(static_cast<uint32_t>(1u + i * 1460u), false, vecPayload.data(), 1460u);
+        }
+        benchmark::DoNotOptimize(ulBytes);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * ulSegs * 1460u));
+}
+BENCHMARK(BM_Reassembly);
+
+/* One pass over the sample's four UPDATEs: walk, key text, attribute text
+ * and route check of every route, as `srpolicy decode` does. */
+void BM_DecodeSample(benchmark::State &state)
+{
+    srp::PluginHost host;
+    std::vector<Bytes> vecMsgs = SampleMessages();
+    size_t ulRoutes = 0;
+    for (auto _ : state) {
+        for (const Bytes &vecMsg : vecMsgs) {
+            Bytes vecCopy = vecMsg;
+            srp::WalkedUpdate stWalk;
+            srp::WalkUpdate(host, vecCopy, stWalk);
+            for (const srp::WalkedRoute &stRoute : stWalk.vecRoutes) {
+                std::string strKey;
+                std::string strAttr;
+                bool bValid = false;
+                host.KeyText(stRoute.stKey, strKey);
+                host.CheckEndpoint(stRoute.stKey, bValid);
+                if (stWalk.bHasAttr && !stRoute.bWithdrawn) {
+                    host.AttrText(stRoute.stKey, stWalk.vecAttr, strAttr);
+                }
+                ulRoutes++;
+            }
+        }
+    }
+    state.counters["routes/s"] = benchmark::Counter(static_cast<double>(ulRoutes), benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_DecodeSample);
+
+}  // namespace

@@ -1,0 +1,144 @@
+/*
+ * A capture of the encoded messages as one BGP session: Ethernet, IPv4 and
+ * TCP with a three-way handshake, the speaker (192.0.2.1, port 179) sending
+ * the messages in segments of at most 1460 bytes and the peer acknowledging
+ * each. Checksums are real, so dissectors find nothing to complain about.
+ */
+#include <pcap/pcap.h>
+
+#include "bgp/message_stream.h"
+#include "encode/encode.h"
+
+namespace srp {
+
+namespace {
+
+const uint32_t kSpeakerAddr = 0xC0000201u; /* 192.0.2.1 */
+const uint32_t kPeerAddr = 0xC0000202u;    /* 192.0.2.2 */
+const uint16_t kPeerPort = 50179u;
+const uint32_t kSpeakerIsn = 1000u;
+const uint32_t kPeerIsn = 5000u;
+const size_t kMss = 1460u;
+const uint8_t kTcpSyn = 0x02u;
+const uint8_t kTcpAck = 0x10u;
+const uint8_t kTcpPsh = 0x08u;
+/* 2026-01-01 00:00:00 UTC: captures are the same on every run. */
+const long kBaseTime = 1767225600L;
+
+uint16_t Checksum(const Bytes &v, size_t ulStart, size_t ulLen, uint32_t ulSum)
+{
+    for (size_t i = 0; i + 1u < ulLen; i += 2u) {
+        ulSum += Be16(v.data() + ulStart + i);
+    }
+    if ((ulLen & 1u) != 0u) {
+        ulSum += static_cast<uint32_t>(v[ulStart + ulLen - 1u]) << 8;
+    }
+    while ((ulSum >> 16) != 0u) {
+        ulSum = (ulSum & 0xFFFFu) + (ulSum >> 16);
+    }
+    return static_cast<uint16_t>(~ulSum);
+}
+
+struct Endpoint {
+    uint32_t ulAddr;
+    uint16_t usPort;
+    uint8_t ucMac;
+};
+
+Bytes Frame(const Endpoint &stFrom, const Endpoint &stTo, uint32_t ulSeq, uint32_t ulAck, uint8_t ucFlags,
+            const uint8_t *pData, size_t n, uint16_t usIpId)
+{
+    Bytes v;
+    /* Ethernet: locally administered addresses, IPv4 */
+    PutBytes(v, Bytes{0x02, 0, 0, 0, 0, stTo.ucMac}.data(), 6u);
+    PutBytes(v, Bytes{0x02, 0, 0, 0, 0, stFrom.ucMac}.data(), 6u);
+    Put16(v, 0x0800u);
+    size_t ulIp = v.size();
+    Put8(v, 0x45u);
+    Put8(v, 0u);
+    Put16(v, static_cast<uint32_t>(20u + 20u + n));
+    Put16(v, usIpId);
+    Put16(v, 0x4000u); /* don't fragment */
+    Put8(v, 64u);
+    Put8(v, 6u);
+    Put16(v, 0u);
+    Put32(v, stFrom.ulAddr);
+    Put32(v, stTo.ulAddr);
+    SetBe16(v.data() + ulIp + 10u, Checksum(v, ulIp, 20u, 0u));
+    size_t ulTcp = v.size();
+    Put16(v, stFrom.usPort);
+    Put16(v, stTo.usPort);
+    Put32(v, ulSeq);
+    Put32(v, ulAck);
+    Put8(v, 0x50u);
+    Put8(v, ucFlags);
+    Put16(v, 65535u);
+    Put16(v, 0u);
+    Put16(v, 0u);
+    PutBytes(v, pData, n);
+    /* TCP checksum over the pseudo header and the segment */
+    uint32_t ulPseudo = (stFrom.ulAddr >> 16) + (stFrom.ulAddr & 0xFFFFu) + (stTo.ulAddr >> 16) +
+                        (stTo.ulAddr & 0xFFFFu) + 6u + static_cast<uint32_t>(20u + n);
+    SetBe16(v.data() + ulTcp + 16u, Checksum(v, ulTcp, 20u + n, ulPseudo));
+    return v;
+}
+
+}  // namespace
+
+std::vector<Bytes> SessionFrames(const std::vector<Bytes> &vecMsgs)
+{
+    const Endpoint stSpeaker{kSpeakerAddr, 179u, 1u};
+    const Endpoint stPeer{kPeerAddr, kPeerPort, 2u};
+    Bytes vecStream;
+    for (const Bytes &v : vecMsgs) {
+        PutBytes(vecStream, v.data(), v.size());
+    }
+    std::vector<Bytes> vecFrames;
+    uint16_t usId = 1u;
+    uint32_t ulSpeakerSeq = kSpeakerIsn + 1u;
+    const uint32_t ulPeerSeq = kPeerIsn + 1u;
+    vecFrames.push_back(Frame(stPeer, stSpeaker, kPeerIsn, 0u, kTcpSyn, nullptr, 0u, usId++));
+    vecFrames.push_back(Frame(stSpeaker, stPeer, kSpeakerIsn, ulPeerSeq, kTcpSyn | kTcpAck, nullptr, 0u, usId++));
+    vecFrames.push_back(Frame(stPeer, stSpeaker, ulPeerSeq, ulSpeakerSeq, kTcpAck, nullptr, 0u, usId++));
+    for (size_t ulOff = 0; ulOff < vecStream.size(); ulOff += kMss) {
+        size_t n = std::min(kMss, vecStream.size() - ulOff);
+        vecFrames.push_back(
+            Frame(stSpeaker, stPeer, ulSpeakerSeq, ulPeerSeq, kTcpPsh | kTcpAck, vecStream.data() + ulOff, n, usId++));
+        ulSpeakerSeq += static_cast<uint32_t>(n);
+        vecFrames.push_back(Frame(stPeer, stSpeaker, ulPeerSeq, ulSpeakerSeq, kTcpAck, nullptr, 0u, usId++));
+    }
+    return vecFrames;
+}
+
+bool WritePcap(const std::string &strPath, const std::vector<Bytes> &vecMsgs, std::string &strError)
+{
+    pcap_t *pPcap = pcap_open_dead(DLT_EN10MB, 65535);
+    if (pPcap == nullptr) {
+        strError = "cannot start a capture";
+        return false;
+    }
+    pcap_dumper_t *pDump = pcap_dump_open(pPcap, strPath.c_str());
+    if (pDump == nullptr) {
+        strError = "cannot write " + strPath + ": " + pcap_geterr(pPcap);
+        pcap_close(pPcap);
+        return false;
+    }
+    std::vector<Bytes> vecFrames = SessionFrames(vecMsgs);
+    for (size_t i = 0; i < vecFrames.size(); i++) {
+        struct pcap_pkthdr stHdr = {};
+        stHdr.ts.tv_sec = kBaseTime + static_cast<long>(i / 1000u);
+        stHdr.ts.tv_usec = static_cast<long>((i % 1000u) * 1000u);
+        stHdr.caplen = static_cast<bpf_u_int32>(vecFrames[i].size());
+        stHdr.len = stHdr.caplen;
+        pcap_dump(reinterpret_cast<u_char *>(pDump), &stHdr, vecFrames[i].data());
+    }
+    bool bOk = pcap_dump_flush(pDump) == 0;
+    pcap_dump_close(pDump);
+    pcap_close(pPcap);
+    if (!bOk) {
+        strError = "cannot write " + strPath;
+    }
+    return bOk;
+}
+
+}  // namespace srp

@@ -1,0 +1,64 @@
+/*
+ * Input side of `srpolicy decode`: the formats it reads and the sink that
+ * receives what the readers find. Readers never interpret UPDATE contents;
+ * they frame messages (or MRT RIB entries) and report framing trouble.
+ */
+#ifndef SRPOLICY_TOOL_INPUT_READERS_H
+#define SRPOLICY_TOOL_INPUT_READERS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "common/bytes.h"
+
+namespace srp {
+
+/* Where a message came from: the input (and TCP flow) and its byte offset. */
+struct Origin {
+    std::string strSource;
+    uint64_t ullOffset = 0;
+};
+
+class InputSink {
+public:
+    virtual ~InputSink() = default;
+    /* A whole BGP message, header included. */
+    virtual void Message(const uint8_t *p, size_t n, const Origin &stOrigin) = 0;
+    /* One MRT RIB entry of an SR Policy family: the NLRI and the entry's
+     * attributes (whose MP_REACH_NLRI holds only the next hop). */
+    virtual void RibEntry(uint16_t usAfi, uint8_t ucSafi, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs,
+                          size_t ulAttrs, const Origin &stOrigin) = 0;
+    /* A message that could not be framed (bad marker, impossible length,
+     * truncated record, capture cut short). */
+    virtual void FramingError(const std::string &strWhat, const Origin &stOrigin) = 0;
+    /* Something passed over on purpose (another record type, a non-BGP flow). */
+    virtual void Skipped() = 0;
+    /* Bytes of the current input done so far. */
+    virtual void Progress(uint64_t ullDone, uint64_t ullTotal)
+    {
+        (void)ullDone;
+        (void)ullTotal;
+    }
+};
+
+enum class Format { Auto, Hex, Raw, Pcap, Mrt };
+
+/* Format from its option name ("auto", "hex", "raw", "pcap", "mrt"). */
+bool FormatFromName(const std::string &strName, Format &eFormat);
+const char *FormatName(Format eFormat);
+/* Guesses the format of the data: capture magic, a BGP marker, hex text, or
+ * an MRT record header. Returns false when none fits. */
+bool DetectFormat(const uint8_t *p, size_t n, Format &eFormat);
+
+/* Readers. strSource names the input in reports. Each returns false when the
+ * input as a whole cannot be read (a capture libpcap refuses, hex with a
+ * stray character); problems inside the data go to the sink. */
+bool ReadHexMessages(const Bytes &vecData, const std::string &strSource, InputSink &sink, std::string &strError);
+void ReadRawMessages(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink);
+void ReadMrt(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink);
+bool ReadPcap(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink, std::string &strError);
+
+}  // namespace srp
+
+#endif

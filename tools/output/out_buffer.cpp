@@ -1,0 +1,58 @@
+/* Block writes of printed output. */
+#include "output/out_buffer.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+
+namespace srp {
+
+OutBuffer::OutBuffer(int iFd, size_t ulCapacity) : m_iFd(iFd), m_ulCapacity(ulCapacity)
+{
+    m_strBuf.reserve(ulCapacity + 4096u);
+    m_bInteractive = isatty(iFd) == 1;
+}
+
+OutBuffer::~OutBuffer() { Flush(); }
+
+void OutBuffer::Write(const char *p, size_t n)
+{
+    if (m_strBuf.size() + n > m_ulCapacity) {
+        Flush();
+        if (n >= m_ulCapacity) { /* a block larger than the buffer goes straight out */
+            m_strBuf.assign(p, n);
+            Flush();
+            return;
+        }
+    }
+    m_strBuf.append(p, n);
+}
+
+OutBuffer &OutBuffer::operator<<(uint64_t ull)
+{
+    char ac[24];
+    std::to_chars_result r = std::to_chars(ac, ac + sizeof(ac), ull);
+    Write(ac, static_cast<size_t>(r.ptr - ac));
+    return *this;
+}
+
+bool OutBuffer::Flush()
+{
+    size_t ulDone = 0;
+    while (!m_bFailed && ulDone < m_strBuf.size()) {
+        ssize_t lRc = write(m_iFd, m_strBuf.data() + ulDone, m_strBuf.size() - ulDone);
+        if (lRc < 0 && errno == EINTR) {
+            continue;
+        }
+        if (lRc <= 0) {
+            m_bFailed = true;
+            break;
+        }
+        ulDone += static_cast<size_t>(lRc);
+    }
+    m_strBuf.clear();
+    return !m_bFailed;
+}
+
+}  // namespace srp

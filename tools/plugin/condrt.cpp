@@ -1,0 +1,156 @@
+/* Reading the plug-in's conditional-route attribute message. */
+#include "plugin/condrt.h"
+
+#include "bol_srpolicy.h"
+
+namespace srp {
+
+namespace {
+
+/* Segment sub-TLV types with fields of their own. */
+const uint8_t kSegLabel = 1u;
+const uint8_t kSegSrv6 = 2u;
+const uint8_t kSegWeight = 9u;
+const uint8_t kSegSrv6OrMtu = 13u;
+const uint8_t kSegListBsid = 33u;
+const uint8_t kSegPathMtu = 220u;
+
+const size_t kSrv6EntryLen = 28u;
+
+SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentListField &stList)
+{
+    SegmentField stSeg;
+    stSeg.ucType = ucType;
+    stSeg.vecValue.assign(p, p + n);
+    if (n >= 1u) {
+        stSeg.ucFlags = p[0];
+    }
+    /* A list holds at most one weight; of its path MTUs (types 13 and 220)
+     * the first is the list's, all stay in the segments. */
+    if (ucType == kSegWeight && n >= 6u) {
+        stList.oWeight = Be32(p + 2);
+    } else if ((ucType == kSegPathMtu || ucType == kSegSrv6OrMtu) && n == 6u) {
+        if (!stList.oPathMtu) {
+            stList.oPathMtu = Be32(p + 2);
+        }
+    } else if (ucType == kSegLabel && n >= 6u) {
+        stSeg.oLabel = Be32(p + 2) >> 12;
+    } else if ((ucType == kSegSrv6 || ucType == kSegSrv6OrMtu) && n >= 18u) {
+        stSeg.strSid = Ipv6Text(p + 2);
+    } else if (ucType == kSegListBsid && n >= 2u && (p[0] & 0x80u) != 0u) {
+        size_t ulStep = (p[0] & 0x40u) != 0u ? 24u : 16u;
+        for (size_t i = 2u; i + 16u <= n; i += ulStep) {
+            stSeg.vecBindingSids.push_back(Ipv6Text(p + i));
+        }
+    }
+    return stSeg;
+}
+
+/* Value of a preference, template id or slice id TLV: flags, three
+ * reserved bytes, the 32-bit value. */
+std::optional<uint32_t> FlaggedValue(const uint8_t *p, size_t n)
+{
+    if (n < 8u) {
+        return std::nullopt;
+    }
+    return Be32(p + 4);
+}
+
+std::string Text(const uint8_t *p, size_t n) { return std::string(reinterpret_cast<const char *>(p), n); }
+
+}  // namespace
+
+SegmentListField ParseSegmentList(const uint8_t *p, size_t n)
+{
+    SegmentListField stList;
+    stList.vecRaw.assign(p, p + n);
+    Reader rd(p, n);
+    if (!rd.Skip(1u)) {
+        return stList;
+    }
+    while (rd.Left() > 0u) {
+        uint8_t ucType = 0;
+        uint8_t ucLen = 0;
+        const uint8_t *pValue = nullptr;
+        if (!rd.U8(ucType) || !rd.U8(ucLen) || !rd.Take(ucLen, pValue)) {
+            stList.bMalformed = true;
+            break;
+        }
+        stList.vecSegments.push_back(ParseSegment(ucType, pValue, ucLen, stList));
+    }
+    return stList;
+}
+
+bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &strError)
+{
+    Reader rd(vecMsg.data(), vecMsg.size());
+    while (rd.Left() > 0u) {
+        uint32_t ulType = 0;
+        uint32_t ulLen = 0;
+        const uint8_t *p = nullptr;
+        if (!rd.U32(ulType) || !rd.U32(ulLen) || !rd.Take(ulLen, p)) {
+            strError = "attribute message TLV overruns the message";
+            return false;
+        }
+        switch (ulType) {
+            case BOL_SRPOLICY_CONDRT_TLV_PREF:
+                stFields.oPreference = FlaggedValue(p, ulLen);
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_CFG_MODULE_ID:
+                stFields.oTemplateId = FlaggedValue(p, ulLen);
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_SLICE_ID:
+                stFields.oSliceId = FlaggedValue(p, ulLen);
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_BSID:
+                if (ulLen >= 20u) {
+                    BindingSid stBsid;
+                    stBsid.ucFlags = p[0];
+                    stBsid.ucType = p[1];
+                    if (stBsid.ucType == 1u) {
+                        stBsid.ulLabel = Be32(p + 4) >> 12;
+                    } else if (stBsid.ucType == 2u) {
+                        stBsid.strSid = Ipv6Text(p + 4);
+                    }
+                    stFields.oBindingSid = stBsid;
+                }
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_SRV6_BSID:
+                for (size_t i = 0; i + kSrv6EntryLen <= ulLen; i += kSrv6EntryLen) {
+                    Srv6BindingSid stSid;
+                    stSid.ucFlags = p[i];
+                    stSid.strSid = Ipv6Text(p + i + 4u);
+                    stSid.usBehavior = Be16(p + i + 20u);
+                    for (size_t k = 0; k < 4u; k++) {
+                        stSid.aucStructure[k] = p[i + 24u + k];
+                    }
+                    stFields.vecSrv6BindingSids.push_back(stSid);
+                }
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_SEGLIST: {
+                Reader rdList(p, ulLen);
+                while (rdList.Left() > 0u) {
+                    uint16_t usLen = 0;
+                    const uint8_t *pList = nullptr;
+                    if (!rdList.U16(usLen) || !rdList.Skip(1u) || !rdList.Take(usLen, pList)) {
+                        strError = "segment-list entry overruns its TLV";
+                        return false;
+                    }
+                    stFields.vecSegmentLists.push_back(ParseSegmentList(pList, usLen));
+                }
+                break;
+            }
+            case BOL_SRPOLICY_CONDRT_TLV_CPATH_NAME:
+                stFields.oCandidatePathName = Text(p, ulLen);
+                break;
+            case BOL_SRPOLICY_CONDRT_TLV_POLICY_NAME:
+                stFields.oPolicyName = Text(p, ulLen);
+                break;
+            default:
+                break;
+        }
+    }
+    return true;
+}
+
+}  // namespace srp

@@ -1,0 +1,178 @@
+/* Plug-in calls for one walked UPDATE: per route the key text and check, per
+ * UPDATE the attribute's text and fields. */
+#include "plugin/describer.h"
+
+#include <cstring>
+
+namespace srp {
+
+namespace {
+
+std::string EndpointOf(const BOL_SRPOLICY_NLRI_S &stKey)
+{
+    if (stKey.ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV4) {
+        return Ipv4Text(stKey.aulEndpoint[0]);
+    }
+    uint8_t auc[16];
+    for (size_t i = 0; i < 4u; i++) {
+        for (size_t k = 0; k < 4u; k++) {
+            auc[4u * i + k] = static_cast<uint8_t>(stKey.aulEndpoint[i] >> (24u - 8u * k));
+        }
+    }
+    return Ipv6Text(auc);
+}
+
+/* The plug-in's text split into its non-empty lines, line ends dropped. */
+void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
+{
+    size_t ulStart = 0;
+    while (ulStart < strText.size()) {
+        size_t ulEnd = strText.find('\n', ulStart);
+        if (ulEnd == std::string::npos) {
+            ulEnd = strText.size();
+        }
+        size_t ulLen = ulEnd - ulStart;
+        if (ulLen > 0u && strText[ulStart + ulLen - 1u] == '\r') {
+            ulLen--;
+        }
+        if (ulLen > 0u) {
+            vecLines.emplace_back(strText, ulStart, ulLen);
+        }
+        ulStart = ulEnd + 1u;
+    }
+}
+
+}  // namespace
+
+std::string EndpointText(const BOL_SRPOLICY_NLRI_S &stKey) { return EndpointOf(stKey); }
+
+void DescribedUpdate::Clear()
+{
+    vecRoutes.clear();
+    strNextHop.clear();
+    stAttr.bPresent = false;
+    stAttr.ulError = 0;
+    stAttr.vecNormalised.clear();
+    stAttr.strHex.clear();
+    stAttr.vecTextLines.clear();
+    stAttr.bHasFields = false;
+    stAttr.stFields = AttrFields();
+    stAttr.vecWarnings.clear();
+    bBareAttribute = false;
+    vecProblems.clear();
+    ulSkipped = 0;
+}
+
+uint64_t DescribedUpdate::Failures() const
+{
+    uint64_t ullCount = 0;
+    int iLastRoute = -1;
+    for (const Problem &st : vecProblems) {
+        if (st.iRoute < 0) {
+            ullCount++;
+        } else if (st.iRoute != iLastRoute) { /* problems of one route are added together */
+            ullCount++;
+            iLastRoute = st.iRoute;
+        }
+    }
+    return ullCount;
+}
+
+void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
+{
+    DescribedRoute &stRoute = stOut.vecRoutes[ulIndex];
+    int iRoute = static_cast<int>(ulIndex);
+    uint32_t ulRc = m_host.KeyText(stRoute.stKey, stRoute.strKeyText);
+    if (ulRc != BOL_OK) {
+        stOut.vecProblems.push_back(Problem{"route key text", ulRc, 0u, iRoute});
+        stRoute.strKeyText = "SR Policy NLRI: distinguisher " + std::to_string(stRoute.stKey.ulDistinguisher) +
+                             ", color " + std::to_string(stRoute.stKey.ulPolicyColor) + ", endpoint " +
+                             EndpointOf(stRoute.stKey);
+    }
+    ulRc = m_host.CheckEndpoint(stRoute.stKey, stRoute.bValid);
+    stRoute.bChecked = ulRc == BOL_OK;
+    if (ulRc != BOL_OK) {
+        stOut.vecProblems.push_back(Problem{"route check", ulRc, 0u, iRoute});
+    }
+}
+
+void Describer::Attribute(DescribedUpdate &stOut)
+{
+    DescribedAttribute &stAttr = stOut.stAttr;
+    /* The key of the first announced route stands for all of them. */
+    BOL_SRPOLICY_NLRI_S stKey;
+    memset(&stKey, 0, sizeof(stKey));
+    for (const DescribedRoute &st : stOut.vecRoutes) {
+        if (!st.bWithdrawn) {
+            stKey = st.stKey;
+            break;
+        }
+    }
+    stAttr.strHex = ToHex(stAttr.vecNormalised);
+    if (m_stOptions.bAttrText) {
+        std::string strText;
+        uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);
+        if (ulRc != BOL_OK) {
+            stOut.vecProblems.push_back(Problem{"attribute text", ulRc, 0u, -1});
+        }
+        SplitLines(strText, stAttr.vecTextLines);
+    }
+    if (m_stOptions.bFields) {
+        uint32_t ulRc = m_host.CondRtAttrMessage(stKey, stAttr.vecNormalised, m_vecScratch);
+        std::string strError;
+        if (ulRc != BOL_OK) {
+            stOut.vecProblems.push_back(Problem{"attribute message", ulRc, 0u, -1});
+        } else if (!ParseCondRtAttr(m_vecScratch, stAttr.stFields, strError)) {
+            stOut.vecProblems.push_back(Problem{strError, 0u, 0u, -1});
+        } else {
+            stAttr.bHasFields = true;
+        }
+    }
+}
+
+void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
+{
+    stOut.Clear();
+    stOut.ulSkipped = stWalk.ulSkipped;
+    for (WalkFailure &st : stWalk.vecFailures) {
+        stOut.vecProblems.push_back(Problem{std::move(st.strWhat), st.ulCode, st.ulPos, -1});
+    }
+    stOut.strNextHop = stWalk.strNextHop;
+    stOut.stAttr.ulError = stWalk.ulAttrError;
+    bool bAnnounced = false;
+    for (const WalkedRoute &stWalked : stWalk.vecRoutes) {
+        DescribedRoute stRoute;
+        stRoute.stKey = stWalked.stKey;
+        stRoute.usAfi = stWalked.usAfi != 0u
+                            ? stWalked.usAfi
+                            : (stWalked.stKey.ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV4 ? kAfiIpv4 : kAfiIpv6);
+        stRoute.bWithdrawn = stWalked.bWithdrawn;
+        bAnnounced = bAnnounced || !stWalked.bWithdrawn;
+        stOut.vecRoutes.push_back(std::move(stRoute));
+    }
+    for (size_t i = 0; i < stOut.vecRoutes.size(); i++) {
+        Route(stOut, i);
+    }
+    if (stWalk.bHasAttr && bAnnounced) {
+        stOut.stAttr.bPresent = true;
+        stOut.stAttr.vecNormalised.swap(stWalk.vecAttr);
+        Attribute(stOut);
+    }
+}
+
+void Describer::DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut)
+{
+    stOut.Clear();
+    stOut.bBareAttribute = true;
+    Bytes vecValue(p, p + n);
+    uint32_t ulRc = m_host.ParseTunnelEncap(vecValue, stOut.stAttr.vecNormalised);
+    if (ulRc != BOL_OK) {
+        stOut.stAttr.vecNormalised.clear();
+        stOut.vecProblems.push_back(Problem{"Tunnel Encapsulation attribute", ulRc, 0u, -1});
+        return;
+    }
+    stOut.stAttr.bPresent = true;
+    Attribute(stOut);
+}
+
+}  // namespace srp

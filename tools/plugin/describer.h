@@ -1,0 +1,95 @@
+/*
+ * The plug-in's view of one walked UPDATE: the key text and route check of
+ * each route, and the Tunnel Encapsulation attribute rendered (display text)
+ * and laid out (conditional-route attribute message) once for all the routes
+ * the UPDATE announces. Printers read only what is described here; nothing
+ * below calls back into the plug-in.
+ */
+#ifndef SRPOLICY_TOOL_DESCRIBER_H
+#define SRPOLICY_TOOL_DESCRIBER_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "bgp/update_walker.h"
+#include "common/bytes.h"
+#include "plugin/condrt.h"
+#include "plugin/plugin_host.h"
+
+namespace srp {
+
+/* Something that failed while an UPDATE was walked or described. */
+struct Problem {
+    std::string strWhat;
+    uint32_t ulCode = 0; /* plug-in result; 0 for a problem the tool found */
+    size_t ulPos = 0;    /* byte position inside the message; 0 when not known */
+    int iRoute = -1;     /* index of the route it concerns; -1 for the message */
+};
+
+/* The attribute an UPDATE carries, shared by every route it announces. */
+struct DescribedAttribute {
+    bool bPresent = false;    /* the attribute was decoded */
+    uint32_t ulError = 0;     /* the attribute parser's refusal, if any */
+    Bytes vecNormalised;      /* the normalised value */
+    std::string strHex;       /* its hex */
+    std::vector<std::string> vecTextLines; /* the plug-in's display text, one entry per non-empty line */
+    bool bHasFields = false;  /* stFields holds the laid-out fields */
+    AttrFields stFields;
+    std::vector<std::string> vecWarnings; /* what the decoded form leaves out of the wire value */
+};
+
+struct DescribedRoute {
+    BOL_SRPOLICY_NLRI_S stKey{};
+    uint16_t usAfi = 0;
+    bool bWithdrawn = false;
+    std::string strKeyText;
+    bool bChecked = false; /* the route check answered */
+    bool bValid = false;
+};
+
+struct DescribedUpdate {
+    std::vector<DescribedRoute> vecRoutes;
+    std::string strNextHop;       /* next hop of the announced routes */
+    DescribedAttribute stAttr;    /* applies to announced routes only */
+    bool bBareAttribute = false;  /* an attribute value without routes */
+    std::vector<Problem> vecProblems;
+    uint32_t ulSkipped = 0;       /* attributes and families passed over */
+
+    /* Empties every part, keeping the buffers for the next UPDATE. */
+    void Clear();
+    /* Problems counted as failures: each message-level problem once, each
+     * route with problems once. */
+    uint64_t Failures() const;
+};
+
+struct DescribeOptions {
+    bool bAttrText = true; /* the plug-in's display text of the attribute */
+    bool bFields = true;   /* the laid-out fields of the attribute */
+};
+
+/* Endpoint of a key as text. */
+std::string EndpointText(const BOL_SRPOLICY_NLRI_S &stKey);
+
+class Describer {
+public:
+    Describer(PluginHost &host, const DescribeOptions &stOptions) : m_host(host), m_stOptions(stOptions) {}
+
+    /* An UPDATE (or MRT RIB entry, or bare NLRI) the walker went over; the
+     * walker's failures become problems. */
+    void Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut);
+    /* A bare attribute value: normalised, then described without routes. */
+    void DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut);
+
+private:
+    void Attribute(DescribedUpdate &stOut);
+    void Route(DescribedUpdate &stOut, size_t ulIndex);
+
+    PluginHost &m_host;
+    DescribeOptions m_stOptions;
+    Bytes m_vecScratch;
+};
+
+}  // namespace srp
+
+#endif

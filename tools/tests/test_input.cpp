@@ -1,0 +1,201 @@
+/* Hex text, format detection, BGP framing and MRT records. */
+#include <gtest/gtest.h>
+
+#include "bgp/message_stream.h"
+#include "input/readers.h"
+#include "test_support.h"
+
+namespace {
+
+using srp::Bytes;
+using srp_test::BgpMessage;
+using srp_test::Concat;
+using srp_test::RecordingSink;
+
+TEST(HexText, ToleratesSeparatorsPrefixesAndComments)
+{
+    struct Case {
+        const char *pcText;
+        const char *pcHex; /* expected bytes, or nullptr for an error */
+    } astCases[] = {
+        {"0a0B ff", "0a0bff"},
+        {"0x0a 0xff\n\t01", "0aff01"},
+        {"01 # comment 99 zz\n02", "0102"},
+        {"de:ad-be.ef", "deadbeef"},
+        {"0x", ""},
+        {"abc", nullptr},
+        {"01 zz", nullptr},
+    };
+    for (const Case &st : astCases) {
+        Bytes v;
+        std::string strError;
+        bool bOk = srp::ParseHex(st.pcText, v, strError);
+        if (st.pcHex == nullptr) {
+            EXPECT_FALSE(bOk) << st.pcText;
+            EXPECT_FALSE(strError.empty());
+        } else {
+            EXPECT_TRUE(bOk) << st.pcText << ": " << strError;
+            EXPECT_EQ(srp::ToHex(v), st.pcHex) << st.pcText;
+        }
+    }
+}
+
+TEST(HexText, OneValuePerLine)
+{
+    std::vector<Bytes> vec;
+    std::string strError;
+    ASSERT_TRUE(srp::ParseHexLines("# values\n0102\n\n  03 04 # x\n", vec, strError));
+    ASSERT_EQ(vec.size(), 2u);
+    EXPECT_EQ(srp::ToHex(vec[1]), "0304");
+    EXPECT_FALSE(srp::ParseHexLines("01\n0g\n", vec, strError));
+    EXPECT_NE(strError.find("line 2"), std::string::npos);
+}
+
+TEST(Formats, DetectedFromTheFirstBytes)
+{
+    Bytes vecMrt = {0, 0, 0, 1, 0, 16, 0, 4, 0, 0, 0, 0};
+    struct Case {
+        Bytes vecData;
+        bool bKnown;
+        srp::Format eFormat;
+    } astCases[] = {
+        {{0xD4, 0xC3, 0xB2, 0xA1, 0, 0}, true, srp::Format::Pcap},
+        {{0x0A, 0x0D, 0x0D, 0x0A, 0, 0}, true, srp::Format::Pcap},
+        {BgpMessage(4, 0, 0), true, srp::Format::Raw},
+        {Bytes{'f', 'f', ' ', '0', '1', '\n'}, true, srp::Format::Hex},
+        {vecMrt, true, srp::Format::Mrt},
+        {Bytes{0, 0, 0, 1, 0, 99, 0, 4, 0, 0, 0, 0}, false, srp::Format::Auto},
+        {Bytes{}, false, srp::Format::Auto},
+    };
+    for (size_t i = 0; i < sizeof(astCases) / sizeof(astCases[0]); i++) {
+        srp::Format eFormat = srp::Format::Auto;
+        EXPECT_EQ(srp::DetectFormat(astCases[i].vecData.data(), astCases[i].vecData.size(), eFormat),
+                  astCases[i].bKnown)
+            << "case " << i;
+        if (astCases[i].bKnown) {
+            EXPECT_EQ(eFormat, astCases[i].eFormat) << "case " << i;
+        }
+    }
+}
+
+/* Runs a stream through the splitter in pieces of ulChunk bytes and lists
+ * what came out: "m<offset>" per message, "e<offset>" per error. */
+std::string Split(const Bytes &vecStream, size_t ulChunk)
+{
+    std::string s;
+    srp::BgpStreamSplitter splitter(
+        [&](const uint8_t *, size_t n, uint64_t ullOffset) {
+            s += "m" + std::to_string(ullOffset) + "/" + std::to_string(n) + " ";
+        },
+        [&](const std::string &, uint64_t ullOffset) { s += "e" + std::to_string(ullOffset) + " "; });
+    for (size_t i = 0; i < vecStream.size(); i += ulChunk) {
+        splitter.Feed(vecStream.data() + i, std::min(ulChunk, vecStream.size() - i));
+    }
+    splitter.Finish();
+    return s;
+}
+
+TEST(BgpFraming, MessagesErrorsAndResynchronisation)
+{
+    Bytes vecUpdate = BgpMessage(2, 10, 0x11);   /* 29 bytes */
+    Bytes vecKeepalive = BgpMessage(4, 0, 0);    /* 19 bytes */
+    Bytes vecBadMarker = BgpMessage(2, 10, 0x22);
+    vecBadMarker[3] = 0x00;
+    Bytes vecLyingShort = BgpMessage(2, 10, 0x33);
+    vecLyingShort[17] = 5; /* length 5: below the header */
+    Bytes vecTruncated = BgpMessage(2, 10, 0x44);
+    vecTruncated.resize(25);
+    struct Case {
+        const char *pcName;
+        Bytes vecStream;
+        const char *pcExpected;
+    } astCases[] = {
+        {"two messages", Concat({vecUpdate, vecKeepalive}), "m0/29 m29/19 "},
+        {"bad marker, then resync", Concat({vecBadMarker, vecUpdate}), "e0 m29/29 "},
+        {"impossible length", Concat({vecLyingShort, vecKeepalive}), "e0 m29/19 "},
+        {"cut mid-message", Concat({vecUpdate, vecTruncated}), "m0/29 e29 "},
+        {"cut mid-header", Concat({vecUpdate, Bytes(10u, 0xFFu)}), "m0/29 e29 "},
+        {"garbage only", Bytes(40u, 0x55u), "e0 "},
+    };
+    for (const Case &st : astCases) {
+        /* The outcome does not depend on how the bytes arrive. */
+        for (size_t ulChunk : {size_t(1), size_t(7), size_t(4096)}) {
+            EXPECT_EQ(Split(st.vecStream, ulChunk), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
+        }
+    }
+}
+
+TEST(BgpFraming, GapDropsThePartialMessage)
+{
+    Bytes vecUpdate = BgpMessage(2, 10, 0x11);
+    std::string s;
+    srp::BgpStreamSplitter splitter([&](const uint8_t *, size_t, uint64_t o) { s += "m" + std::to_string(o) + " "; },
+                                    [&](const std::string &, uint64_t o) { s += "e" + std::to_string(o) + " "; });
+    splitter.Feed(vecUpdate.data(), 10);
+    splitter.Gap(19, true); /* the rest of the message and 0 more bytes are lost */
+    splitter.Feed(vecUpdate.data(), vecUpdate.size());
+    splitter.Finish();
+    EXPECT_EQ(s, "e0 m29 ");
+}
+
+Bytes MrtRecord(uint16_t usType, uint16_t usSubtype, const Bytes &vecBody)
+{
+    Bytes v;
+    srp::Put32(v, 1700000000u);
+    srp::Put16(v, usType);
+    srp::Put16(v, usSubtype);
+    srp::Put32(v, static_cast<uint32_t>(vecBody.size()));
+    v.insert(v.end(), vecBody.begin(), vecBody.end());
+    return v;
+}
+
+TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
+{
+    Bytes vecMsg = BgpMessage(2, 4, 0);
+    /* BGP4MP_ET MESSAGE_AS4, IPv4 peers */
+    Bytes vecEt = {0, 0, 0, 5};
+    srp::Put32(vecEt, 65001u);
+    srp::Put32(vecEt, 65002u);
+    srp::Put16(vecEt, 0u);
+    srp::Put16(vecEt, 1u);
+    vecEt.insert(vecEt.end(), 8u, 0x0Au);
+    vecEt.insert(vecEt.end(), vecMsg.begin(), vecMsg.end());
+    /* BGP4MP MESSAGE, IPv6 peers */
+    Bytes vecV6 = {0xFD, 0xE9, 0xFD, 0xEA, 0, 0, 0, 2};
+    vecV6.insert(vecV6.end(), 32u, 0x20u);
+    vecV6.insert(vecV6.end(), vecMsg.begin(), vecMsg.end());
+    /* TABLE_DUMP_V2 RIB_GENERIC of AFI 1 SAFI 73: one NLRI, two entries */
+    Bytes vecNlri = {96, 0, 0, 0, 1, 0, 0, 0, 100, 10, 0, 0, 1};
+    Bytes vecRib = {0, 0, 0, 7, 0, 1, 73};
+    vecRib.insert(vecRib.end(), vecNlri.begin(), vecNlri.end());
+    srp::Put16(vecRib, 2u);
+    for (int i = 0; i < 2; i++) {
+        srp::Put16(vecRib, 0u);
+        srp::Put32(vecRib, 0u);
+        srp::Put16(vecRib, 4u);
+        Bytes vecAttr = {0x40, 1, 1, static_cast<uint8_t>(i)};
+        vecRib.insert(vecRib.end(), vecAttr.begin(), vecAttr.end());
+    }
+    Bytes vecRibUnicast = {0, 0, 0, 8, 0, 1, 1, 8, 10, 0, 0};
+    Bytes vecFile = Concat({MrtRecord(17, 4, vecEt), MrtRecord(16, 1, vecV6), MrtRecord(13, 6, vecRib),
+                            MrtRecord(13, 6, vecRibUnicast), MrtRecord(16, 0, Bytes(20u, 0u)),
+                            MrtRecord(16, 1, Bytes(50u, 0u))});
+    Bytes vecCut = MrtRecord(16, 4, vecEt);
+    vecCut.resize(vecCut.size() - 3u);
+    vecFile.insert(vecFile.end(), vecCut.begin(), vecCut.end());
+
+    RecordingSink sink;
+    srp::ReadMrt(vecFile.data(), vecFile.size(), "f.mrt", sink);
+    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error");
+    ASSERT_EQ(sink.vecSeen.size(), 6u);
+    EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
+    EXPECT_EQ(sink.vecSeen[1].vecData, vecMsg);
+    Bytes vecRibSeen = vecNlri;
+    vecRibSeen.insert(vecRibSeen.end(), {0x40, 1, 1, 1});
+    EXPECT_EQ(sink.vecSeen[3].vecData, vecRibSeen);
+    EXPECT_EQ(sink.ulSkipped, 1u); /* the IPv4 unicast RIB */
+    /* Errors name the record's offset in the file */
+    EXPECT_EQ(sink.vecSeen[5].ullOffset, vecFile.size() - vecCut.size());
+}
+
+}  // namespace

@@ -1,0 +1,224 @@
+/* TCP reassembly, and captures read through libpcap. */
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "encode/encode.h"
+#include "input/readers.h"
+#include "input/tcp_reassembly.h"
+#include "test_support.h"
+
+namespace {
+
+using srp::Bytes;
+using srp_test::BgpMessage;
+using srp_test::Concat;
+using srp_test::RecordingSink;
+
+struct Seg {
+    uint32_t ulSeq;
+    bool bSyn;
+    std::string strData;
+};
+
+/* Delivered bytes, with "|gap N|" where a hole was skipped and "|mid|" where
+ * the stream was joined without a SYN. */
+std::string Reassemble(const std::vector<Seg> &vecSegs, size_t ulMaxPending = 1u << 20)
+{
+    std::string s;
+    srp::TcpStream stream([&](const uint8_t *p, size_t n) { s.append(reinterpret_cast<const char *>(p), n); },
+                          [&](uint64_t ullLost, bool bMid) {
+                              s += bMid ? "|mid|" : "|gap " + std::to_string(ullLost) + "|";
+                          },
+                          ulMaxPending);
+    for (const Seg &st : vecSegs) {
+        stream.Segment(st.ulSeq, st.bSyn, reinterpret_cast<const uint8_t *>(st.strData.data()), st.strData.size());
+    }
+    stream.Finish();
+    return s;
+}
+
+TEST(TcpReassembly, SegmentsInAnyOrderComeOutOnce)
+{
+    const uint32_t W = 0xFFFFFFF0u; /* sequence numbers that wrap */
+    struct Case {
+        const char *pcName;
+        std::vector<Seg> vecSegs;
+        const char *pcExpected;
+    } astCases[] = {
+        {"in order", {{100, true, ""}, {101, false, "abc"}, {104, false, "def"}}, "abcdef"},
+        {"out of order", {{100, true, ""}, {104, false, "def"}, {101, false, "abc"}}, "abcdef"},
+        {"retransmitted", {{100, true, ""}, {101, false, "abc"}, {101, false, "abc"}, {104, false, "def"}}, "abcdef"},
+        {"overlapping", {{100, true, ""}, {101, false, "abcd"}, {103, false, "cdef"}}, "abcdef"},
+        {"waiting twice", {{100, true, ""}, {104, false, "de"}, {104, false, "def"}, {101, false, "abc"}}, "abcdef"},
+        {"hole at the end", {{100, true, ""}, {101, false, "ab"}, {105, false, "ef"}}, "ab|gap 2|ef"},
+        {"no SYN seen", {{500, false, "xy"}, {502, false, "z"}}, "|mid|xyz"},
+        {"bare ACK first", {{500, false, ""}, {500, false, "xy"}}, "|mid|xy"},
+        {"wrapping", {{W, true, ""}, {W + 9u, false, "world"}, {W + 1u, false, "hello, w"}}, "hello, wworld"},
+        {"before the start", {{100, true, ""}, {90, false, "old"}, {101, false, "a"}}, "a"},
+    };
+    for (const Case &st : astCases) {
+        EXPECT_EQ(Reassemble(st.vecSegs), st.pcExpected) << st.pcName;
+    }
+}
+
+TEST(TcpReassembly, TooMuchWaitingBehindAHoleSkipsIt)
+{
+    EXPECT_EQ(Reassemble({{0, true, ""}, {10, false, "0123"}, {20, false, "abcd"}}, 6u), "|gap 9|0123|gap 6|abcd");
+}
+
+/* A capture of the tool's own session frames, reordered as a capture may
+ * show them; the messages come out whole and in order. */
+TEST(PcapCapture, ReassemblesBgpMessagesAcrossSegments)
+{
+    Bytes vecBig = BgpMessage(2, 3000, 0x5A); /* spans three segments */
+    Bytes vecSmall = BgpMessage(4, 0, 0);
+    std::vector<Bytes> vecFrames = srp::SessionFrames({vecSmall, vecBig, vecSmall});
+    ASSERT_GE(vecFrames.size(), 9u);
+    /* Data segments sit at 3, 5, 7 (each followed by its ACK): swap the
+     * first two data segments and retransmit the last one. */
+    std::swap(vecFrames[3], vecFrames[5]);
+    vecFrames.push_back(vecFrames[7]);
+
+    /* pcap and pcapng alike */
+    for (const Bytes &vecFile : {srp_test::PcapFile(vecFrames), srp_test::PcapngFile(vecFrames)}) {
+        RecordingSink sink;
+        std::string strError;
+        srp::Format eFormat = srp::Format::Auto;
+        ASSERT_TRUE(srp::DetectFormat(vecFile.data(), vecFile.size(), eFormat));
+        EXPECT_EQ(eFormat, srp::Format::Pcap);
+        ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "c.pcap", sink, strError)) << strError;
+        ASSERT_EQ(sink.Kinds(), "msg msg msg");
+        EXPECT_EQ(sink.vecSeen[1].vecData, vecBig);
+        EXPECT_EQ(sink.vecSeen[1].ullOffset, vecSmall.size());
+        EXPECT_EQ(sink.vecSeen[0].strSource, "c.pcap 192.0.2.1:179>192.0.2.2:50179");
+    }
+}
+
+TEST(PcapCapture, CutMidMessageReportsWhatIsMissing)
+{
+    Bytes vecBig = BgpMessage(2, 3000, 0x5A);
+    Bytes vecSmall = BgpMessage(4, 0, 0);
+    std::vector<Bytes> vecFrames = srp::SessionFrames({vecSmall, vecBig});
+    Bytes vecFile = srp_test::PcapFile(vecFrames);
+
+    struct Case {
+        const char *pcName;
+        size_t ulCut; /* bytes removed from the end of the file */
+        const char *pcKinds;
+    } astCases[] = {
+        {"whole", 0u, "msg msg"},
+        /* the last record (an ACK) loses bytes: libpcap reports the cut */
+        {"last record cut", 10u, "msg msg error"},
+        /* the last ACK and the final data segment are gone: the message is cut */
+        {"data segment gone", vecFrames.back().size() + 16u + vecFrames[vecFrames.size() - 2].size() + 16u,
+         "msg error"},
+    };
+    for (const Case &st : astCases) {
+        RecordingSink sink;
+        std::string strError;
+        ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size() - st.ulCut, "c.pcap", sink, strError)) << strError;
+        EXPECT_EQ(sink.Kinds(), st.pcKinds) << st.pcName;
+    }
+}
+
+TEST(PcapCapture, NotACapture)
+{
+    RecordingSink sink;
+    Bytes vec(64u, 0x42u);
+    std::string strError;
+    EXPECT_FALSE(srp::ReadPcap(vec.data(), vec.size(), "x", sink, strError));
+    EXPECT_FALSE(strError.empty());
+}
+
+}  // namespace
+
+namespace {
+
+/* TCP from port 179 with sequence number 1000 and no SYN, carrying data. */
+Bytes TcpSegment(const Bytes &vecData)
+{
+    Bytes v;
+    srp::Put16(v, 179u);
+    srp::Put16(v, 40000u);
+    srp::Put32(v, 1000u);
+    srp::Put32(v, 0u);
+    srp::Put16(v, 0x5018u);
+    srp::Put16(v, 65535u);
+    srp::Put32(v, 0u);
+    v.insert(v.end(), vecData.begin(), vecData.end());
+    return v;
+}
+
+Bytes Ipv4(const Bytes &vecTcp)
+{
+    Bytes v = {0x45, 0};
+    srp::Put16(v, static_cast<uint32_t>(20u + vecTcp.size()));
+    srp::Put32(v, 0u);
+    v.insert(v.end(), {64, 6, 0, 0, 10, 0, 0, 1, 10, 0, 0, 2});
+    v.insert(v.end(), vecTcp.begin(), vecTcp.end());
+    return v;
+}
+
+Bytes Ipv6(const Bytes &vecTcp, bool bHopByHop)
+{
+    Bytes v = {0x60, 0, 0, 0};
+    srp::Put16(v, static_cast<uint32_t>(vecTcp.size() + (bHopByHop ? 8u : 0u)));
+    v.push_back(bHopByHop ? 0u : 6u);
+    v.push_back(64u);
+    v.insert(v.end(), 15u, 0u);
+    v.push_back(1u); /* ::1 */
+    v.insert(v.end(), 15u, 0u);
+    v.push_back(2u); /* ::2 */
+    if (bHopByHop) {
+        v.insert(v.end(), {6, 0, 1, 4, 0, 0, 0, 0});
+    }
+    v.insert(v.end(), vecTcp.begin(), vecTcp.end());
+    return v;
+}
+
+Bytes Prefixed(const Bytes &vecHead, const Bytes &vecRest)
+{
+    Bytes v = vecHead;
+    v.insert(v.end(), vecRest.begin(), vecRest.end());
+    return v;
+}
+
+}  // namespace
+
+/* Link layers and IP versions a capture may use: each frame carries one
+ * KEEPALIVE from port 179, which must come out. */
+TEST(PcapCapture, LinkLayersAndIpVersions)
+{
+    Bytes vecTcp = TcpSegment(BgpMessage(4, 0, 0));
+    Bytes vecMacs(12u, 0x02u);
+    Bytes vecEth = Prefixed(vecMacs, {0x08, 0x00});
+    Bytes vecVlan = Prefixed(vecMacs, {0x81, 0x00, 0x00, 0x05, 0x08, 0x00});
+    Bytes vecEth6 = Prefixed(vecMacs, {0x86, 0xDD});
+    Bytes vecSll(14u, 0u);
+    vecSll.insert(vecSll.end(), {0x08, 0x00});
+    Bytes vecSll2 = {0x86, 0xDD};
+    vecSll2.insert(vecSll2.end(), 18u, 0u);
+    struct Case {
+        const char *pcName;
+        uint32_t ulLink;
+        Bytes vecFrame;
+        const char *pcSource;
+    } astCases[] = {
+        {"Ethernet IPv4", 1u, Prefixed(vecEth, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"VLAN-tagged", 1u, Prefixed(vecVlan, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Ethernet IPv6, hop-by-hop", 1u, Prefixed(vecEth6, Ipv6(vecTcp, true)), "x [::1]:179>[::2]:40000"},
+        {"Linux cooked", 113u, Prefixed(vecSll, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Linux cooked v2 IPv6", 276u, Prefixed(vecSll2, Ipv6(vecTcp, false)), "x [::1]:179>[::2]:40000"},
+        {"raw IP", 101u, Ipv6(vecTcp, false), "x [::1]:179>[::2]:40000"},
+        {"BSD loopback", 0u, Prefixed({2, 0, 0, 0}, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+    };
+    for (const Case &st : astCases) {
+        RecordingSink sink;
+        Bytes vecFile = srp_test::PcapFile({st.vecFrame}, st.ulLink);
+        std::string strError;
+        ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "x", sink, strError)) << st.pcName << strError;
+        ASSERT_EQ(sink.Kinds(), "msg") << st.pcName;
+        EXPECT_EQ(sink.vecSeen[0].strSource, st.pcSource) << st.pcName;
+    }
+}
