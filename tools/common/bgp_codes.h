@@ -19,6 +19,7 @@ const uint8_t kBgpOpen = 1u;
 const uint8_t kBgpUpdate = 2u;
 const uint8_t kBgpNotification = 3u;
 const uint8_t kBgpKeepalive = 4u;
+const uint8_t kBgpRouteRefresh = 5u;
 
 /* Path attribute flags and types. */
 const uint8_t kAttrFlagOptional = 0x80u;

@@ -1,0 +1,78 @@
+/* The table of current routes. */
+#include "rib/rib.h"
+
+#include <utility>
+
+namespace srp {
+
+bool RibKey::operator<(const RibKey &o) const
+{
+    return std::tie(usAfi, stKey.ulDistinguisher, stKey.ulPolicyColor, stKey.aulEndpoint[0], stKey.aulEndpoint[1],
+                    stKey.aulEndpoint[2], stKey.aulEndpoint[3]) <
+           std::tie(o.usAfi, o.stKey.ulDistinguisher, o.stKey.ulPolicyColor, o.stKey.aulEndpoint[0],
+                    o.stKey.aulEndpoint[1], o.stKey.aulEndpoint[2], o.stKey.aulEndpoint[3]);
+}
+
+void Rib::Announce(const RibSource &stSource, const RibKey &stKey, RibRoute stRoute)
+{
+    m_mapSources[stSource][stKey] = std::move(stRoute);
+}
+
+bool Rib::Withdraw(const RibSource &stSource, const RibKey &stKey)
+{
+    auto it = m_mapSources.find(stSource);
+    if (it == m_mapSources.end() || it->second.erase(stKey) == 0u) {
+        return false;
+    }
+    if (it->second.empty()) {
+        m_mapSources.erase(it);
+    }
+    return true;
+}
+
+size_t Rib::Clear(const RibSource &stSource)
+{
+    auto it = m_mapSources.find(stSource);
+    if (it == m_mapSources.end()) {
+        return 0u;
+    }
+    size_t ulCount = it->second.size();
+    m_mapSources.erase(it);
+    return ulCount;
+}
+
+size_t Rib::Size() const
+{
+    size_t ulCount = 0u;
+    for (const auto &stEntry : m_mapSources) {
+        ulCount += stEntry.second.size();
+    }
+    return ulCount;
+}
+
+size_t Rib::Size(const RibSource &stSource) const
+{
+    auto it = m_mapSources.find(stSource);
+    return it == m_mapSources.end() ? 0u : it->second.size();
+}
+
+const RibRoute *Rib::Find(const RibSource &stSource, const RibKey &stKey) const
+{
+    auto it = m_mapSources.find(stSource);
+    if (it == m_mapSources.end()) {
+        return nullptr;
+    }
+    auto itRoute = it->second.find(stKey);
+    return itRoute == it->second.end() ? nullptr : &itRoute->second;
+}
+
+void Rib::ForEach(const std::function<void(const RibSource &, const RibKey &, const RibRoute &)> &fn) const
+{
+    for (const auto &stSource : m_mapSources) {
+        for (const auto &stRoute : stSource.second) {
+            fn(stSource.first, stRoute.first, stRoute.second);
+        }
+    }
+}
+
+}  // namespace srp

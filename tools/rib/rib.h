@@ -1,0 +1,85 @@
+/*
+ * The table of current SR Policy routes, as a receiver holds it: per source
+ * (who sent the routes) and family, the route key (distinguisher, color,
+ * endpoint) to the normalised attribute, the next hop and the time the route
+ * arrived. Announcements replace, withdrawals remove. Sources are compared
+ * field by field, so a BMP station can tell the routers, peers and pre- or
+ * post-policy views apart in one table.
+ */
+#ifndef SRPOLICY_TOOL_RIB_RIB_H
+#define SRPOLICY_TOOL_RIB_RIB_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <tuple>
+
+#include "bol_srpolicy.h"
+#include "common/bytes.h"
+
+namespace srp {
+
+/* Which view of a peer's routes a table holds (BMP tells pre- from
+ * post-policy; a BGP session or a file has only one). */
+enum class RibView : uint8_t { Received = 0, PrePolicy = 1, PostPolicy = 2 };
+
+struct RibSource {
+    std::string strRouter; /* monitoring router (BMP), empty otherwise */
+    std::string strPeer;   /* peer address, or the input a file replay read */
+    uint32_t ulPeerAs = 0;
+    RibView eView = RibView::Received;
+
+    bool operator<(const RibSource &o) const
+    {
+        return std::tie(strRouter, strPeer, ulPeerAs, eView) < std::tie(o.strRouter, o.strPeer, o.ulPeerAs, o.eView);
+    }
+    bool operator==(const RibSource &o) const
+    {
+        return std::tie(strRouter, strPeer, ulPeerAs, eView) == std::tie(o.strRouter, o.strPeer, o.ulPeerAs, o.eView);
+    }
+};
+
+/* A route key in a form that orders: family, distinguisher, color, then the
+ * endpoint words. The plug-in's key travels along for describing the route. */
+struct RibKey {
+    uint16_t usAfi = 0;
+    BOL_SRPOLICY_NLRI_S stKey{};
+
+    bool operator<(const RibKey &o) const;
+    bool operator==(const RibKey &o) const { return !(*this < o) && !(o < *this); }
+};
+
+struct RibRoute {
+    Bytes vecAttr;          /* normalised Tunnel Encapsulation attribute value */
+    bool bHasAttr = false;  /* an UPDATE without the attribute still installs the key */
+    std::string strNextHop;
+    double dReceived = 0.0; /* seconds since the epoch */
+};
+
+class Rib {
+public:
+    using Table = std::map<RibKey, RibRoute>;
+
+    /* An announcement: replaces what the source had under the key. */
+    void Announce(const RibSource &stSource, const RibKey &stKey, RibRoute stRoute);
+    /* A withdrawal; false when the source did not hold the key. */
+    bool Withdraw(const RibSource &stSource, const RibKey &stKey);
+    /* Everything a source held goes (its session ended, its peer went down). */
+    size_t Clear(const RibSource &stSource);
+
+    size_t Size() const;
+    size_t Size(const RibSource &stSource) const;
+    const RibRoute *Find(const RibSource &stSource, const RibKey &stKey) const;
+
+    /* Every route in order: source, family, distinguisher, color, endpoint. */
+    void ForEach(const std::function<void(const RibSource &, const RibKey &, const RibRoute &)> &fn) const;
+
+private:
+    std::map<RibSource, Table> m_mapSources;
+};
+
+}  // namespace srp
+
+#endif

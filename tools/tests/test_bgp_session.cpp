@@ -1,0 +1,266 @@
+/* The session state machine fed with what a peer sends: the NOTIFICATION it
+ * answers with, the state it reaches, timers and End-of-RIB. */
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "bgp/session.h"
+
+namespace srp {
+namespace {
+
+struct Recorder : SessionEvents {
+    void Established() override { iEstablished++; }
+    void Update(const uint8_t *p, size_t n) override { vecUpdates.emplace_back(p, p + n); }
+    void RouteRefresh(const Family &st) override { vecRefresh.push_back(st); }
+    int iEstablished = 0;
+    std::vector<Bytes> vecUpdates;
+    std::vector<Family> vecRefresh;
+};
+
+/* One capability: code, length, value. */
+Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
+{
+    Bytes v{ucCode, static_cast<uint8_t>(vecValue.size())};
+    v.insert(v.end(), vecValue.begin(), vecValue.end());
+    return v;
+}
+const Bytes kMp1 = Cap(1, {0, 1, 0, 73});
+const Bytes kMp2 = Cap(1, {0, 2, 0, 73});
+const Bytes kMpUnicast = Cap(1, {0, 1, 0, 1});
+Bytes As4(uint32_t ul)
+{
+    Bytes v;
+    Put32(v, ul);
+    return Cap(65, v);
+}
+
+struct Open {
+    uint8_t ucVersion = 4;
+    uint16_t usAs = 65001;
+    uint16_t usHold = 90;
+    uint32_t ulId = 0x7f000002u;
+    std::vector<Bytes> vecCaps{kMp1};
+    uint8_t ucParam = 2;
+};
+
+Bytes PeerOpen(const Open &st)
+{
+    Bytes vecCaps;
+    for (const Bytes &v : st.vecCaps) {
+        vecCaps.insert(vecCaps.end(), v.begin(), v.end());
+    }
+    Bytes v{st.ucVersion};
+    Put16(v, st.usAs);
+    Put16(v, st.usHold);
+    Put32(v, st.ulId);
+    Put8(v, static_cast<uint32_t>(vecCaps.size() + 2u));
+    Put8(v, st.ucParam);
+    Put8(v, static_cast<uint32_t>(vecCaps.size()));
+    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
+    return BuildMessage(kBgpOpen, v);
+}
+
+Bytes Keepalive() { return BuildMessage(kBgpKeepalive, {}); }
+Bytes Cat(std::vector<Bytes> vec)
+{
+    Bytes v;
+    for (const Bytes &x : vec) {
+        v.insert(v.end(), x.begin(), x.end());
+    }
+    return v;
+}
+
+SessionConfig Config(uint32_t ulPeerAs = 0)
+{
+    SessionConfig st;
+    st.ulLocalAs = 65000;
+    st.ulRouterId = 0x7f000001u;
+    st.usHoldTime = 90;
+    st.ulPeerAs = ulPeerAs;
+    return st;
+}
+
+/* The last NOTIFICATION the session wrote: code, subcode and data. */
+bool LastNotification(const Bytes &vecOut, uint8_t &ucCode, uint8_t &ucSub, Bytes &vecData)
+{
+    bool bFound = false;
+    for (size_t i = 0; i + kBgpHeaderLen <= vecOut.size();) {
+        size_t n = Be16(&vecOut[i + 16]);
+        if (vecOut[i + 18] == kBgpNotification) {
+            ucCode = vecOut[i + 19];
+            ucSub = vecOut[i + 20];
+            vecData.assign(vecOut.begin() + static_cast<std::ptrdiff_t>(i + 21),
+                           vecOut.begin() + static_cast<std::ptrdiff_t>(i + n));
+            bFound = true;
+        }
+        i += n;
+    }
+    return bFound;
+}
+
+Bytes Header(uint16_t usLen, uint8_t ucType)
+{
+    Bytes v(16u, 0xffu);
+    Put16(v, usLen);
+    Put8(v, ucType);
+    return v;
+}
+
+TEST(Session, PeerInputToNotification)
+{
+    Bytes vecBadMarker = Keepalive();
+    vecBadMarker[3] = 0;
+    const Bytes vecUpdate = BuildMessage(kBgpUpdate, {0, 0, 0, 0});
+    struct Row {
+        const char *pcName;
+        uint32_t ulPeerAs; /* configured */
+        Bytes vecIn;
+        SessionState eState;
+        uint8_t ucCode; /* 0: no NOTIFICATION */
+        uint8_t ucSub;
+        Bytes vecData;
+    };
+    const Row aRows[] = {
+        {"good open", 65001, PeerOpen({}), SessionState::OpenConfirm, 0, 0, {}},
+        {"good open and keepalive", 0, Cat({PeerOpen({}), Keepalive()}), SessionState::Established, 0, 0, {}},
+        {"bad marker", 0, vecBadMarker, SessionState::Closed, 1, 1, {}},
+        {"length below header", 0, Header(18, kBgpKeepalive), SessionState::Closed, 1, 2, {0, 18}},
+        {"keepalive with a body", 0, Cat({Header(20, kBgpKeepalive), {0}}), SessionState::Closed, 1, 2, {0, 20}},
+        {"open too short", 0, Header(28, kBgpOpen), SessionState::Closed, 1, 2, {0, 28}},
+        {"standard length exceeded", 0, Header(4097, kBgpUpdate), SessionState::Closed, 1, 2, {0x10, 0x01}},
+        {"unknown type", 0, Header(19, 9), SessionState::Closed, 1, 3, {9}},
+        {"version 3", 0, PeerOpen({3}), SessionState::Closed, 2, 1, {0, 4}},
+        {"peer AS not the configured one", 65002, PeerOpen({}), SessionState::Closed, 2, 2, {}},
+        {"4-octet AS beats AS_TRANS", 4200000000u, PeerOpen({4, kAsTrans, 90, 1, {kMp1, As4(4200000000u)}}),
+         SessionState::OpenConfirm, 0, 0, {}},
+        {"4-octet AS mismatch", 65001, PeerOpen({4, 65001, 90, 1, {kMp1, As4(65009)}}), SessionState::Closed, 2, 2, {}},
+        {"BGP identifier 0", 0, PeerOpen({4, 65001, 90, 0}), SessionState::Closed, 2, 3, {}},
+        {"unknown optional parameter", 0, PeerOpen({4, 65001, 90, 1, {kMp1}, 9}), SessionState::Closed, 2, 4, {}},
+        {"hold time 2", 0, PeerOpen({4, 65001, 2}), SessionState::Closed, 2, 6, {}},
+        {"hold time 0 is fine", 0, PeerOpen({4, 65001, 0}), SessionState::OpenConfirm, 0, 0, {}},
+        {"no SR Policy family", 0, PeerOpen({4, 65001, 90, 1, {kMpUnicast}}), SessionState::Closed, 2, 7,
+         Cat({kMp1, kMp2})},
+        {"update before open", 0, vecUpdate, SessionState::Closed, 5, 1, {}},
+        {"update in OpenConfirm", 0, Cat({PeerOpen({}), vecUpdate}), SessionState::Closed, 5, 2, {}},
+        {"open in Established", 0, Cat({PeerOpen({}), Keepalive(), PeerOpen({})}), SessionState::Closed, 5, 3, {}},
+        {"peer notification", 0, Cat({PeerOpen({}), BuildNotification(6, 2, {})}), SessionState::Closed, 0, 0, {}},
+    };
+    for (const Row &row : aRows) {
+        SCOPED_TRACE(row.pcName);
+        /* Whole, and one byte at a time: framing must not care. */
+        for (size_t ulStep : {row.vecIn.size(), size_t{1}}) {
+            Recorder rec;
+            BgpSession s(Config(row.ulPeerAs), rec);
+            s.Start(0.0);
+            for (size_t i = 0; i < row.vecIn.size(); i += ulStep) {
+                s.Receive(row.vecIn.data() + i, std::min(ulStep, row.vecIn.size() - i), 1.0);
+            }
+            EXPECT_EQ(s.State(), row.eState);
+            uint8_t ucCode = 0;
+            uint8_t ucSub = 0;
+            Bytes vecData;
+            ASSERT_EQ(LastNotification(s.Output(), ucCode, ucSub, vecData), row.ucCode != 0u);
+            if (row.ucCode != 0u) {
+                EXPECT_EQ(ucCode, row.ucCode);
+                EXPECT_EQ(ucSub, row.ucSub);
+                EXPECT_EQ(vecData, row.vecData);
+            }
+            /* Established was reached on the way, or not at all. */
+            bool bPassed = row.eState == SessionState::Established ||
+                           (row.ucCode == kErrFsm && row.ucSub == kSubFsmEstablished);
+            EXPECT_EQ(rec.iEstablished, bPassed ? 1 : 0);
+        }
+    }
+}
+
+TEST(Session, OpenOffersFamiliesAndAs)
+{
+    struct Row {
+        uint32_t ulAs;
+        uint16_t usMyAs; /* the 2-byte field */
+    };
+    for (const Row &row : {Row{65000, 65000}, Row{4200000000u, kAsTrans}}) {
+        SessionConfig st = Config();
+        st.ulLocalAs = row.ulAs;
+        Bytes v = BuildOpen(st);
+        /* A peer session reads our OPEN as we read theirs. */
+        SessionConfig stPeer = Config(row.ulAs);
+        Recorder rec;
+        BgpSession peer(stPeer, rec);
+        peer.Start(0.0);
+        peer.Receive(v.data(), v.size(), 0.0);
+        EXPECT_EQ(Be16(&v[20]), row.usMyAs);
+        EXPECT_EQ(peer.State(), SessionState::OpenConfirm);
+        EXPECT_EQ(peer.PeerAs(), row.ulAs);
+        EXPECT_TRUE(peer.ExtendedMessages());
+        EXPECT_TRUE(peer.PeerRouteRefresh());
+        EXPECT_EQ(peer.Families(), (std::vector<Family>{{1, 73}, {2, 73}}));
+    }
+}
+
+TEST(Session, TimersAndEstablishedTraffic)
+{
+    Recorder rec;
+    BgpSession s(Config(), rec);
+    s.Start(0.0);
+    Bytes vecIn = Cat({PeerOpen({4, 65001, 9}), Keepalive()});
+    s.Receive(vecIn.data(), vecIn.size(), 0.0);
+    ASSERT_EQ(s.State(), SessionState::Established);
+    EXPECT_EQ(s.HoldTime(), 9u);
+    s.Output().clear();
+    /* A keepalive every third of the hold time. */
+    EXPECT_DOUBLE_EQ(s.NextDeadline(), 3.0);
+    s.Tick(3.0);
+    EXPECT_EQ(s.Output(), Keepalive());
+    /* Updates and route refresh reach the owner; a keepalive restarts hold. */
+    Bytes vecUpdate = BuildEndOfRib({1, 73});
+    Bytes vecRefresh = BuildMessage(kBgpRouteRefresh, {0, 2, 0, 73});
+    vecIn = Cat({vecUpdate, vecRefresh, Keepalive()});
+    s.Receive(vecIn.data(), vecIn.size(), 8.0);
+    ASSERT_EQ(rec.vecUpdates.size(), 1u);
+    EXPECT_EQ(rec.vecUpdates[0], vecUpdate);
+    EXPECT_EQ(rec.vecRefresh, (std::vector<Family>{{2, 73}}));
+    s.Tick(16.9);
+    EXPECT_EQ(s.State(), SessionState::Established);
+    s.Tick(17.0);
+    EXPECT_EQ(s.State(), SessionState::Closed);
+    uint8_t ucCode = 0;
+    uint8_t ucSub = 0;
+    Bytes vecData;
+    ASSERT_TRUE(LastNotification(s.Output(), ucCode, ucSub, vecData));
+    EXPECT_EQ(ucCode, kErrHoldTimer);
+    /* Nothing is read after the close. */
+    s.Receive(vecUpdate.data(), vecUpdate.size(), 18.0);
+    EXPECT_EQ(rec.vecUpdates.size(), 1u);
+}
+
+TEST(Session, EndOfRib)
+{
+    struct Row {
+        Bytes vecMsg;
+        bool bEor;
+        Family stFamily;
+    };
+    const Row aRows[] = {
+        {BuildEndOfRib({1, 73}), true, {1, 73}},
+        {BuildEndOfRib({2, 73}), true, {2, 73}},
+        {BuildEndOfRib({1, 1}), true, {1, 1}},
+        /* Extended-length MP_UNREACH_NLRI of three bytes. */
+        {BuildMessage(kBgpUpdate, {0, 0, 0, 7, 0x90, 15, 0, 3, 0, 1, 73}), true, {1, 73}},
+        /* A withdrawal is not the end. */
+        {BuildMessage(kBgpUpdate, {0, 0, 0, 7, 0x80, 15, 4, 0, 1, 73, 0}), false, {0, 0}},
+        {BuildMessage(kBgpUpdate, {0, 0, 0, 4, 0x40, 1, 1, 0}), false, {0, 0}},
+    };
+    for (const Row &row : aRows) {
+        SCOPED_TRACE(ToHex(row.vecMsg));
+        Family st{0, 0};
+        EXPECT_EQ(IsEndOfRib(row.vecMsg.data(), row.vecMsg.size(), st), row.bEor);
+        if (row.bEor) {
+            EXPECT_EQ(st, row.stFamily);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace srp
