@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 
+#include "bmp/station.h"
 #include "decode.h"
 #include "encode/encode.h"
 
@@ -43,6 +44,16 @@ int main(int argc, char **argv)
     pEncode->add_option("--out", strOut, "output form")->check(CLI::IsMember({"hex", "raw"}))->capture_default_str();
     pEncode->add_option("--out-pcap", stEncode.strPcap, "write a pcap capture of the session to this file");
 
+    srp::bmp::StationOptions stBmp;
+    CLI::App *pBmp = app.add_subcommand("bmp", "a BMP station: SR Policy routes the routers monitor");
+    pBmp->add_option("--bind", stBmp.strBind, "ADDR[:PORT] to accept BMP sessions on (port 11019 unless given)")
+        ->capture_default_str();
+    pBmp->add_option("--allow", stBmp.vecAllow, "accept routers only from this prefix (repeatable)");
+    pBmp->add_flag("--json", stBmp.bJson, "one JSON object per route and event");
+    pBmp->add_flag("--verbose", stBmp.bVerbose, "show Statistics Reports");
+    pBmp->add_option("--rib-out", stBmp.strRibOut, "write the table as JSON lines here on SIGUSR1 and on exit");
+    pBmp->add_option("--port-file", stBmp.strPortFile, "write the bound port here (for --bind ADDR:0)");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
@@ -50,6 +61,9 @@ int main(int argc, char **argv)
         return iRc == 0 ? 0 : 2;
     }
 
+    if (pBmp->parsed()) {
+        return srp::bmp::RunStation(stBmp);
+    }
     if (pDecode->parsed()) {
         srp::FormatFromName(strIn, stDecode.eFormat);
         stDecode.eMode = bAttr ? srp::DecodeMode::Attributes

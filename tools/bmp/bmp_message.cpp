@@ -4,15 +4,14 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/bgp_codes.h"
+
 namespace srp {
 namespace bmp {
 
 namespace {
 
 const size_t kBgpHeader = 19u;
-const uint8_t kBgpOpen = 1u;
-const uint8_t kBgpUpdate = 2u;
-const uint8_t kBgpNotification = 3u;
 const uint8_t kCapMultiprotocol = 1u;
 const uint8_t kCapAs4 = 65u;
 const uint8_t kParamCapabilities = 2u;

@@ -138,8 +138,14 @@ private:
         if (stCtx.bHasTime) {
             j["time"] = EventTimeText(stCtx.llTimeUs);
         }
+        if (!stCtx.strRouter.empty()) {
+            j["router"] = stCtx.strRouter;
+        }
         if (!stCtx.strPeer.empty()) {
             j["peer"] = stCtx.strPeer;
+        }
+        if (!stCtx.strView.empty()) {
+            j["view"] = stCtx.strView;
         }
         return j;
     }

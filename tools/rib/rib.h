@@ -23,7 +23,7 @@ namespace srp {
 
 /* Which view of a peer's routes a table holds (BMP tells pre- from
  * post-policy; a BGP session or a file has only one). */
-enum class RibView : uint8_t { Received = 0, PrePolicy = 1, PostPolicy = 2 };
+enum class RibView : uint8_t { Received = 0, PrePolicy = 1, PostPolicy = 2, LocRib = 3 };
 
 struct RibSource {
     std::string strRouter; /* monitoring router (BMP), empty otherwise */
