@@ -60,6 +60,8 @@ public:
     void Dump(OutBuffer &out, bool bJson);
 
     const MonitorCounts &Count() const { return m_stCount; }
+    /* A stream broke outside a message (framing, a cut message at the end). */
+    void CountBrokenStream() { m_stCount.ullFailed++; }
     /* The context of the last message (for error lines). */
     const EventContext &Context() const { return m_stCtx; }
 

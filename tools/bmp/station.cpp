@@ -228,7 +228,8 @@ private:
         }
         if (r == 0) {
             if (st.framer.Pending() != 0u) {
-                Fail(st, "cut BMP message: the session ended " + std::to_string(st.framer.Pending()) +
+                m_monitor.CountBrokenStream();
+                Fail(st, st.framer.Offset(), "cut BMP message: the session ended " + std::to_string(st.framer.Pending()) +
                              " bytes into it");
             }
             return false;
@@ -243,18 +244,21 @@ private:
             if (eResult == Framer::Result::NeedMore) {
                 return true;
             }
+            if (eResult == Framer::Result::Error) {
+                m_monitor.CountBrokenStream();
+            }
             if (eResult == Framer::Result::Error ||
                 !m_monitor.Handle(st.strRouter, "bmp", p, n, ullOffset, strError)) {
-                Fail(st, strError);
+                Fail(st, ullOffset, strError);
                 return false;
             }
         }
     }
 
-    void Fail(const Session &st, const std::string &strWhat)
+    void Fail(const Session &st, uint64_t ullOffset, const std::string &strWhat)
     {
         m_out.Flush();
-        std::cerr << "srpolicy: error: router " << st.strRouter << ": bmp offset " << st.framer.Offset() << ": "
+        std::cerr << "srpolicy: error: router " << st.strRouter << ": bmp offset " << ullOffset << ": "
                   << strWhat << "; session closed\n";
     }
 

@@ -1,0 +1,380 @@
+#!/usr/bin/env python3
+"""Live runs of `srpolicy bmp` on loopback.
+
+  bmp_live.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
+  bmp_live.py TOOL CONFIGS gobgpd      a BGP speaker -> gobgpd -> BMP -> the station
+
+Every port is picked at run time (port 0); every run is bounded by an alarm
+and stops what it started."""
+import json
+import os
+import re
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+LIMIT_SECONDS = 90
+PEER_TIME = 1700000000
+
+
+def bmp(msg_type, body):
+    return struct.pack("!BIB", 3, 6 + len(body), msg_type) + body
+
+
+def peer_header(addr, asn, flags=0, peer_type=0):
+    return struct.pack("!BBQ12s4sIIII", peer_type, flags, 0, b"\0" * 12, socket.inet_aton(addr), asn,
+                       0x0A0000FF, PEER_TIME, 250)
+
+
+def tlv(tlv_type, value):
+    return struct.pack("!HH", tlv_type, len(value)) + value
+
+
+def bgp(msg_type, body):
+    return b"\xff" * 16 + struct.pack("!HB", 19 + len(body), msg_type) + body
+
+
+def bgp_open(asn, router_id, families):
+    caps = b"".join(struct.pack("!BBHBB", 1, 4, afi, 0, safi) for afi, safi in families)
+    caps += struct.pack("!BBI", 65, 4, asn)
+    params = struct.pack("!BB", 2, len(caps)) + caps
+    return bgp(1, struct.pack("!BHH4sB", 4, asn if asn < 65536 else 23456, 90, socket.inet_aton(router_id),
+                              len(params)) + params)
+
+
+def initiation(name):
+    return bmp(4, tlv(2, name.encode()) + tlv(1, b"scripted router"))
+
+
+def peer_up(addr, asn):
+    fixed = b"\0" * 12 + socket.inet_aton("127.0.0.1") + struct.pack("!HH", 179, 50000)
+    families = [(1, 73), (2, 73)]
+    return bmp(3, peer_header(addr, asn) + fixed + bgp_open(65000, "127.0.0.1", families) +
+               bgp_open(asn, addr, families))
+
+
+def route_monitoring(addr, asn, update):
+    return bmp(0, peer_header(addr, asn) + update)
+
+
+def encode(tool, config, withdraw=False):
+    args = [tool, "encode", config] + (["--withdraw"] if withdraw else [])
+    out = subprocess.run(args, check=True, capture_output=True, text=True, timeout=20).stdout
+    return [bytes.fromhex(line) for line in out.split()]
+
+
+class Station:
+    """`srpolicy bmp` on a port of its own, its output in files."""
+
+    def __init__(self, tool, workdir, extra=()):
+        self.workdir = workdir
+        self.port_file = os.path.join(workdir, "port")
+        self.rib_file = os.path.join(workdir, "rib.jsonl")
+        self.out = open(os.path.join(workdir, "stdout"), "w+")
+        self.err = open(os.path.join(workdir, "stderr"), "w+")
+        self.proc = subprocess.Popen([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", self.port_file,
+                                      "--rib-out", self.rib_file, "--json", "--verbose", *extra],
+                                     stdout=self.out, stderr=self.err)
+        wait_for(lambda: os.path.exists(self.port_file), "the station's port")
+        with open(self.port_file) as f:
+            self.port = int(f.read())
+
+    def stderr(self):
+        with open(self.err.name) as f:
+            return f.read()
+
+    def events(self):
+        with open(self.out.name) as f:
+            return [json.loads(line) for line in f if line.strip()]
+
+    def wait_stderr(self, pattern, what):
+        wait_for(lambda: re.search(pattern, self.stderr()), what + " (stderr: " + pattern + ")")
+
+    def table(self):
+        """The table after SIGUSR1: --rib-out rewritten."""
+        before = os.stat(self.rib_file).st_mtime_ns if os.path.exists(self.rib_file) else 0
+        self.proc.send_signal(signal.SIGUSR1)
+        wait_for(lambda: os.path.exists(self.rib_file) and os.stat(self.rib_file).st_mtime_ns != before,
+                 "the table dump")
+        with open(self.rib_file) as f:
+            return [json.loads(line) for line in f if line.strip()]
+
+    def stop(self):
+        if self.proc.poll() is None:
+            self.proc.send_signal(signal.SIGTERM)
+        try:
+            return self.proc.wait(timeout=10)
+        except subprocess.TimeoutExpired:
+            self.proc.kill()
+            return self.proc.wait()
+
+
+def wait_for(cond, what, seconds=20):
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        if cond():
+            return
+        time.sleep(0.05)
+    raise AssertionError("timed out waiting for " + what)
+
+
+def check(cond, what):
+    if not cond:
+        raise AssertionError(what)
+    print("ok:", what)
+
+
+def connect(port, source="127.0.0.1"):
+    s = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect(("127.0.0.1", port))
+    return s
+
+
+def route_key(entry):
+    n = entry["nlri"]
+    return (entry["afi"], n["distinguisher"], n["color"], n["endpoint"])
+
+
+def labels(entry):
+    attr = entry.get("attribute") or {}
+    return (attr.get("preference"),
+            [[s["label"] for s in sl["segments"] if "label" in s] for sl in attr.get("segment_lists", [])])
+
+
+def config_routes(config):
+    with open(config) as f:
+        routes = json.load(f)["routes"]
+    return {(1 if ":" not in r["endpoint"] else 2, r.get("distinguisher", 0), r["color"], r["endpoint"]):
+            (r.get("preference"), [[s["label"] for s in sl["segments"]] for sl in r.get("segment_lists", [])])
+            for r in routes}
+
+
+def run_malformed(tool, configs, workdir):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    station = Station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
+    try:
+        good = connect(station.port)
+        good.sendall(initiation("good") + peer_up("10.0.0.9", 65009) +
+                     b"".join(route_monitoring("10.0.0.9", 65009, u) for u in updates))
+        good_name = "127.0.0.1:%d" % good.getsockname()[1]
+        wait_for(lambda: sum(1 for e in station.events() if e.get("router") == good_name and "nlri" in e) == 3,
+                 "the good router's three routes")
+
+        update = updates[1]
+        rm = route_monitoring("10.0.0.8", 65008, update)
+        cases = [
+            ("wrong version", b"\x01" + rm[1:], r"BMP version 1, expected 3"),
+            ("a length that lies", rm[:1] + struct.pack("!I", len(rm) + 10) + rm[5:] + initiation("next"),
+             r"Route Monitoring: \d+ bytes after the UPDATE"),
+            ("Route Monitoring without a per-peer header", bmp(0, b""),
+             r"Route Monitoring message of 6 bytes has no room for its per-peer header \(42 bytes\)"),
+            ("an impossible length", rm[:1] + struct.pack("!I", 0xFFFFFFF0) + rm[5:],
+             r"impossible BMP message length 4294967280"),
+            ("a cut message", rm[:len(rm) // 2], r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
+        ]
+        for what, data, pattern in cases:
+            bad = connect(station.port)
+            name = "127.0.0.1:%d" % bad.getsockname()[1]
+            bad.sendall(initiation("bad") + peer_up("10.0.0.8", 65008) + rm)
+            wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
+                     what + ": the broken router's route before the fault")
+            bad.sendall(data)
+            if what == "a cut message":
+                bad.shutdown(socket.SHUT_WR)
+            station.wait_stderr(r"error: router %s: [^\n]*%s; session closed" % (re.escape(name), pattern), what)
+            station.wait_stderr(r"router %s disconnected, 1 routes removed" % re.escape(name), what + ": closed")
+            check(True, what + ": reported, that session closed, its route removed")
+            bad.close()
+
+        outsider = connect(station.port, source="127.0.0.2")
+        station.wait_stderr(r"refused router 127\.0\.0\.2:\d+: not in an allowed prefix", "the refused router")
+        check(outsider.recv(1) == b"", "a router outside --allow is refused")
+        outsider.close()
+
+        # The good router is still served: a withdrawal and a statistics report go through.
+        good.sendall(route_monitoring("10.0.0.9", 65009, withdraw[0]) +
+                     bmp(1, peer_header("10.0.0.9", 65009) + struct.pack("!I", 1) + tlv(7, struct.pack("!Q", 2))))
+        wait_for(lambda: any(e.get("router") == good_name and e.get("withdrawn") for e in station.events()),
+                 "the good router's withdrawal")
+        wait_for(lambda: any(e.get("event") == "Statistics Report" for e in station.events()), "the statistics")
+        table = station.table()
+        expected = config_routes(os.path.join(configs, "bmp_routes.json"))
+        del expected[(1, 1, 100, "10.0.0.2")]
+        got = {route_key(e): labels(e) for e in table}
+        check(got == expected, "the good router's table holds its routes less the withdrawn one: %s" % got)
+        check(all(e["router"] == good_name and e["peer"] == "10.0.0.9 AS 65009" and e["view"] == "pre-policy"
+                  for e in table), "every stored route names its router, peer and view")
+        check(all(e.get("time") == "2023-11-14T22:13:20.000250Z" for e in table),
+              "the stored routes carry the per-peer time stamp")
+
+        good.sendall(bmp(2, peer_header("10.0.0.9", 65009) + b"\x04"))
+        wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("routes_removed") == 2 for e in station.events()),
+                 "the peer down clearing two routes")
+        check(station.table() == [], "peer down empties that peer's table")
+        good.close()
+    finally:
+        rc = station.stop()
+    err = station.stderr()
+    check(rc == 0, "the station stops on SIGTERM with status 0")
+    check(re.search(r"summary: sessions 6, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
+                    r"skipped \d+, failed 5\n", err) is not None, "the summary counts sessions and failures: " + err)
+
+
+def free_port():
+    s = socket.socket()
+    s.bind(("127.0.0.1", 0))
+    port = s.getsockname()[1]
+    s.close()
+    return port
+
+
+class Speaker:
+    """A scripted BGP speaker for the SR Policy families, from 127.0.0.2."""
+
+    def __init__(self, port, asn=65001):
+        self.sock = connect(port, source="127.0.0.2")
+        self.sock.sendall(bgp_open(asn, "127.0.0.2", [(1, 73), (2, 73)]))
+        self.buf = b""
+        kinds = []
+        while 4 not in kinds:
+            kinds.append(self.read()[18])
+            if kinds[-1] == 1:
+                self.sock.sendall(bgp(4, b""))
+            if kinds[-1] == 3:
+                raise AssertionError("gobgpd refused the session")
+
+    def read(self):
+        while len(self.buf) < 19 or len(self.buf) < struct.unpack("!H", self.buf[16:18])[0]:
+            data = self.sock.recv(65536)
+            if not data:
+                raise AssertionError("gobgpd closed the session")
+            self.buf += data
+        n = struct.unpack("!H", self.buf[16:18])[0]
+        msg, self.buf = self.buf[:n], self.buf[n:]
+        return msg
+
+    def send(self, messages):
+        self.sock.sendall(b"".join(messages))
+
+    def close(self):
+        self.sock.sendall(bgp(3, b"\x06\x02"))  # Cease, administrative shutdown
+        self.sock.close()
+
+
+GOBGPD_CONFIG = """
+[global.config]
+  as = 65000
+  router-id = "127.0.0.1"
+  port = {bgp_port}
+  local-address-list = ["127.0.0.1"]
+
+[[neighbors]]
+  [neighbors.config]
+    neighbor-address = "127.0.0.2"
+    peer-as = 65001
+  [neighbors.transport.config]
+    passive-mode = true
+  [[neighbors.afi-safis]]
+    [neighbors.afi-safis.config]
+      afi-safi-name = "ipv4-srpolicy"
+  [[neighbors.afi-safis]]
+    [neighbors.afi-safis.config]
+      afi-safi-name = "ipv6-srpolicy"
+
+[[bmp-servers]]
+  [bmp-servers.config]
+    address = "127.0.0.1"
+    port = {bmp_port}
+    route-monitoring-policy = "pre-policy"
+"""
+
+
+def run_gobgpd(tool, configs, workdir, gobgpd):
+    config = os.path.join(configs, "bmp_routes.json")
+    updates = encode(tool, config)
+    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    station = Station(tool, workdir)
+    conf = os.path.join(workdir, "gobgpd.toml")
+    with open(conf, "w") as f:
+        f.write(GOBGPD_CONFIG.format(bgp_port=free_port(), bmp_port=station.port))
+    with open(conf) as f:
+        bgp_port = int(re.search(r"port = (\d+)", f.read()).group(1))
+    log = open(os.path.join(workdir, "gobgpd.log"), "w")
+    daemon = subprocess.Popen([gobgpd, "-f", conf, "-t", "toml", "--api-hosts", "127.0.0.1:%d" % free_port(),
+                               "--log-level", "info"], stdout=log, stderr=subprocess.STDOUT)
+    try:
+        station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
+        wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
+        speaker = None
+        end = time.monotonic() + 30
+        while speaker is None:  # gobgpd listens a moment after it starts
+            try:
+                speaker = Speaker(bgp_port)
+            except (ConnectionRefusedError, AssertionError):
+                if time.monotonic() > end:
+                    raise
+                time.sleep(0.2)
+        wait_for(lambda: any(e.get("event") == "Peer Up" and e.get("peer", "").startswith("127.0.0.2 ")
+                             for e in station.events()), "the Peer Up of 127.0.0.2")
+        peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
+        check(peer_up["as4"] and {"afi": 1, "safi": 73} in peer_up["families"],
+              "Peer Up: 4-octet AS and the SR Policy family negotiated")
+        speaker.send(updates)
+        expected = config_routes(config)
+        wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
+                 "every announced route at the station", 30)
+        table = station.table()
+        got = {route_key(e): labels(e) for e in table}
+        check(got == expected, "the station's table equals what was announced: %s" % got)
+        check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in table),
+              "the routes are kept under the monitored peer, pre-policy")
+
+        speaker.send(withdraw)
+        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == (1, 1, 100, "10.0.0.2")
+                             for e in station.events()), "the withdrawal at the station")
+        check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
+
+        speaker.close()
+        wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("peer", "").startswith("127.0.0.2 ")
+                             for e in station.events()), "the Peer Down of 127.0.0.2")
+        check(station.table() == [], "the peer going down cleared its routes")
+    finally:
+        daemon.send_signal(signal.SIGTERM)
+        try:
+            daemon.wait(timeout=10)
+        except subprocess.TimeoutExpired:
+            daemon.kill()
+        rc = station.stop()
+    check(rc == 0, "the station stops with status 0")
+    check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
+
+
+def main():
+    tool, configs, scenario = sys.argv[1:4]
+    signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
+    signal.alarm(LIMIT_SECONDS)
+    with tempfile.TemporaryDirectory(prefix="srpolicy-bmp-") as workdir:
+        try:
+            if scenario == "malformed":
+                run_malformed(tool, configs, workdir)
+            else:
+                run_gobgpd(tool, configs, workdir, sys.argv[4])
+        except AssertionError:
+            for name in ("stderr", "stdout", "gobgpd.log"):
+                path = os.path.join(workdir, name)
+                if os.path.exists(path):
+                    with open(path) as f:
+                        print("---- " + name + "\n" + f.read()[-6000:])
+            raise
+    print("passed")
+
+
+if __name__ == "__main__":
+    main()
