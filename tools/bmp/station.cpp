@@ -415,9 +415,14 @@ int RunStation(const StationOptions &stOptions)
     struct sigaction stAction {};
     stAction.sa_handler = OnSignal;
     sigemptyset(&stAction.sa_mask);
+    sigset_t stSet;
+    sigemptyset(&stSet);
     for (int iSig : {SIGINT, SIGTERM, SIGUSR1}) {
         sigaction(iSig, &stAction, nullptr);
+        sigaddset(&stSet, iSig);
     }
+    /* A parent may have blocked them (test drivers do). */
+    sigprocmask(SIG_UNBLOCK, &stSet, nullptr);
     signal(SIGPIPE, SIG_IGN);
     std::cerr << "srpolicy: bmp: listening on " << (strAddr.find(':') != std::string::npos ? "[" + strAddr + "]" : strAddr)
               << ":" << usBound << "\n";
