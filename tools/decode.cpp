@@ -4,12 +4,11 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
 #include "bgp/message_stream.h"
+#include "input/source.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
 #include "plugin/describer.h"
@@ -39,6 +38,7 @@ public:
         : m_host(host),
           m_describer(host, DescribeOptions{!stOptions.bJson, true}),
           m_out(out),
+          m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
     {
     }
@@ -46,6 +46,7 @@ public:
     void Message(const uint8_t *p, size_t n, const Origin &stOrigin) override
     {
         Start(stOrigin);
+        m_ullFound++;
         if (n < kBgpHeaderLen || p[18] != kBgpUpdate) {
             return; /* OPEN, KEEPALIVE, NOTIFICATION, ROUTE-REFRESH */
         }
@@ -61,6 +62,7 @@ public:
     {
         (void)ucSafi;
         Start(stOrigin);
+        m_ullFound++;
         Bytes vecNlri(pNlri, pNlri + ulNlri);
         Bytes vecAttrs(pAttrs, pAttrs + ulAttrs);
         m_stWalk.Clear();
@@ -72,7 +74,7 @@ public:
     {
         Start(stOrigin);
         m_stCount.ullFailed++;
-        Say(Problem{strWhat, 0u, 0u, -1});
+        Say(Problem(strWhat));
     }
 
     void Skipped() override { m_stCount.ullSkipped++; }
@@ -109,7 +111,14 @@ public:
         Finish();
     }
 
-    void StartInput() { m_ullLastPercent = 101u; }
+    void StartInput()
+    {
+        m_ullLastPercent = 101u;
+        m_ullFound = 0;
+    }
+
+    /* BGP messages and RIB entries the current input held. */
+    uint64_t FoundInInput() const { return m_ullFound; }
 
     void EndInput()
     {
@@ -147,17 +156,25 @@ private:
         for (const Problem &st : m_stUpdate.vecProblems) {
             Say(st);
         }
+        if (m_bVerbose) {
+            for (const std::string &strNote : m_stUpdate.vecNotes) {
+                Say(Problem("plug-in report " + strNote), "note");
+            }
+        }
         EndInput();
         m_pPrinter->Update(m_stCtx, m_stUpdate);
     }
 
-    void Say(const Problem &stProblem)
+    void Say(const Problem &stProblem, const char *pcKind = "error")
     {
         EndInput();
         if (m_out.Interactive()) { /* keep the error next to the routes on a terminal */
             m_out.Flush();
         }
         std::string strLine = ProblemLine(m_stCtx, stProblem);
+        if (pcKind[0] != 'e') {
+            strLine.replace(strLine.find("error"), 5u, pcKind);
+        }
         strLine.push_back('\n');
         std::fwrite(strLine.data(), 1u, strLine.size(), stderr);
     }
@@ -165,6 +182,7 @@ private:
     PluginHost &m_host;
     Describer m_describer;
     OutBuffer &m_out;
+    bool m_bVerbose;
     std::unique_ptr<Printer> m_pPrinter;
     EventContext m_stCtx;
     Bytes m_vecMsg;
@@ -174,57 +192,136 @@ private:
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
+    uint64_t m_ullFound = 0;
 };
 
-bool ReadAll(const std::string &strPath, Bytes &vecOut)
-{
-    if (strPath == "-") {
-        vecOut.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-        return !std::cin.bad();
-    }
-    std::ifstream is(strPath, std::ios::binary);
-    if (!is) {
-        return false;
-    }
-    vecOut.assign(std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>());
-    return !is.bad();
-}
+/* How much of an input is looked at to tell its format. */
+const size_t kDetectLen = 65536u;
 
-/* Bare values, one hex value per line. */
-bool ReadValues(Decoder &dec, DecodeMode eMode, const Bytes &vecData, const std::string &strSource,
-                std::string &strError)
+/* Bare values, one hex value per line, streamed line by line. */
+bool ReadValues(Decoder &dec, DecodeMode eMode, InputFile &in, const std::string &strSource, std::string &strError)
 {
-    std::vector<Bytes> vecValues;
-    if (!ParseHexLines(std::string(vecData.begin(), vecData.end()), vecValues, strError)) {
-        return false;
-    }
-    for (size_t i = 0; i < vecValues.size(); i++) {
-        Origin stOrigin{strSource + " value " + std::to_string(i + 1u), 0u};
-        if (eMode == DecodeMode::Attributes) {
-            dec.Attribute(vecValues[i], stOrigin);
-        } else {
-            dec.Nlri(vecValues[i], stOrigin);
+    HexText hex;
+    std::string strLine;
+    Bytes vecValue;
+    uint64_t ullValue = 0;
+    uint8_t auc[65536];
+    bool bEnd = false;
+    while (!bEnd) {
+        size_t n = in.Read(auc, sizeof(auc));
+        bEnd = n == 0u;
+        for (size_t i = 0; i < n || (bEnd && !strLine.empty()); i++) {
+            if (i < n && auc[i] != '\n') {
+                strLine.push_back(static_cast<char>(auc[i]));
+                continue;
+            }
+            vecValue.clear();
+            if (!hex.Line(strLine.data(), strLine.size(), vecValue, strError) || !hex.Finish(strError)) {
+                return false;
+            }
+            strLine.clear();
+            if (vecValue.empty()) {
+                continue;
+            }
+            Origin stOrigin{strSource + " value " + std::to_string(++ullValue), 0u};
+            if (eMode == DecodeMode::Attributes) {
+                dec.Attribute(vecValue, stOrigin);
+            } else {
+                dec.Nlri(vecValue, stOrigin);
+            }
         }
+    }
+    if (!in.Error().empty()) {
+        strError = "cannot read " + strSource + ": " + in.Error();
+        return false;
     }
     return true;
 }
 
-bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, const Bytes &vecData, const std::string &strSource,
-               std::string &strError)
+/* What the first hex line of an input looks like when it is not a BGP
+ * message: a bare attribute value or bare NLRI. */
+std::string HexHint(const Bytes &vecPeek)
+{
+    std::string strText(vecPeek.begin(), vecPeek.end());
+    HexText hex;
+    Bytes vecFirst;
+    std::string strError;
+    ForEachLine(strText, [&](const char *p, size_t n) { return hex.Line(p, n, vecFirst, strError) && vecFirst.empty(); });
+    const std::string strMarker = "BGP messages start with 16 bytes of ff";
+    if (vecFirst.size() >= 4u && Be16(vecFirst.data()) == 15u) {
+        return strMarker + "; the first line looks like a Tunnel Encapsulation attribute value (tunnel type 15): "
+                           "try --attr";
+    }
+    if ((vecFirst.size() == 13u && vecFirst[0] == 96u) || (vecFirst.size() == 25u && vecFirst[0] == 192u)) {
+        return strMarker + "; the first line looks like an SR Policy NLRI: try --nlri";
+    }
+    return strMarker;
+}
+
+/* Why a capture held no BGP message, from what its reader saw. */
+std::string CaptureHint(const ReadStats &st, const ReadOptions &stRead)
+{
+    if (!st.bLinkKnown) {
+        return "its link type " + std::to_string(st.iLinkType) +
+               " is not one srpolicy reads (Ethernet, Linux cooked, raw IPv4/IPv6, loopback)";
+    }
+    if (st.ullTcpPackets == 0u) {
+        return "none of its " + std::to_string(st.ullPackets) + " packets is TCP over IPv4 or IPv6";
+    }
+    std::string strPorts;
+    for (uint16_t us : stRead.vecPorts) {
+        strPorts += (strPorts.empty() ? "" : ", ") + std::to_string(us);
+    }
+    if (st.mapOtherPorts.empty()) {
+        return "its TCP data on port " + strPorts + " is not BGP";
+    }
+    std::vector<std::pair<uint64_t, uint16_t>> vecBusy;
+    for (const auto &it : st.mapOtherPorts) {
+        vecBusy.emplace_back(it.second, it.first);
+    }
+    std::sort(vecBusy.rbegin(), vecBusy.rend());
+    std::string strOther;
+    for (size_t i = 0; i < vecBusy.size() && i < 3u; i++) {
+        strOther += (i == 0u ? "" : ", ") + std::to_string(vecBusy[i].second) + " (" +
+                    std::to_string(vecBusy[i].first) + " packets)";
+    }
+    return "no TCP on port " + strPorts + "; TCP seen on ports " + strOther + ": give --port N to follow BGP there";
+}
+
+/* One input through its reader. False (with strError) when it cannot be
+ * read at all; strHint explains an input in which no message turns up. */
+bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, InputFile &in, const std::string &strSource,
+               std::string &strHint, std::string &strError)
 {
     if (stOptions.eMode != DecodeMode::Messages) {
-        return ReadValues(dec, stOptions.eMode, vecData, strSource, strError);
+        return ReadValues(dec, stOptions.eMode, in, strSource, strError);
     }
+    const Bytes &vecPeek = in.Peek(kDetectLen);
     Format eFormat = stOptions.eFormat;
-    if (eFormat == Format::Auto && !DetectFormat(vecData.data(), vecData.size(), eFormat)) {
-        strError = vecData.empty() ? "empty input" : "unknown input format (use --in)";
+    if (eFormat == Format::Auto && !DetectFormat(vecPeek.data(), vecPeek.size(), eFormat)) {
+        strError = vecPeek.empty() ? "empty input" : "unknown input format (use --in)";
         return false;
     }
+    ReadOptions stRead;
+    if (!stOptions.vecPorts.empty()) {
+        stRead.vecPorts = stOptions.vecPorts;
+    }
+    ReadStats stStats;
+    bool bOk;
     switch (eFormat) {
-        case Format::Hex: return ReadHexMessages(vecData, strSource, dec, strError);
-        case Format::Pcap: return ReadPcap(vecData.data(), vecData.size(), strSource, dec, strError);
-        case Format::Mrt: ReadMrt(vecData.data(), vecData.size(), strSource, dec); return true;
-        default: ReadRawMessages(vecData.data(), vecData.size(), strSource, dec); return true;
+        case Format::Hex:
+            strHint = HexHint(vecPeek);
+            return ReadHexMessages(in, strSource, dec, strError);
+        case Format::Pcap:
+            bOk = ReadPcap(in, strSource, stRead, dec, stStats, strError);
+            strHint = CaptureHint(stStats, stRead);
+            return bOk;
+        case Format::Mrt:
+            strHint = "its MRT records hold no BGP message and no SR Policy RIB entry";
+            return ReadMrt(in, strSource, dec, strError);
+        default:
+            strHint = "BGP messages start with 16 bytes of ff";
+            return ReadRawMessages(in, strSource, dec, strError);
     }
 }
 
@@ -244,21 +341,31 @@ int RunDecode(const DecodeOptions &stOptions)
         vecInputs.push_back("-");
     }
     bool bUnreadable = false;
+    bool bNothingFound = false;
     for (const std::string &strPath : vecInputs) {
-        Bytes vecData;
         std::string strSource = strPath == "-" ? "stdin" : strPath;
         std::string strError;
-        if (!ReadAll(strPath, vecData)) {
-            std::cerr << "srpolicy: cannot read " << strSource << "\n";
+        std::string strHint;
+        InputFile in;
+        if (!in.Open(strPath, strError)) {
+            std::cerr << "srpolicy: " << strError << "\n";
             bUnreadable = true;
             continue;
         }
         dec.StartInput();
-        if (!ReadInput(dec, stOptions, vecData, strSource, strError)) {
+        if (!ReadInput(dec, stOptions, in, strSource, strHint, strError)) {
+            dec.EndInput();
+            out.Flush();
             std::cerr << "srpolicy: " << strSource << ": " << strError << "\n";
             bUnreadable = true;
+            continue;
         }
         dec.EndInput();
+        if (stOptions.eMode == DecodeMode::Messages && dec.FoundInInput() == 0u) {
+            out.Flush();
+            std::cerr << "srpolicy: " << strSource << ": no BGP message found: " << strHint << "\n";
+            bNothingFound = true;
+        }
     }
     out.Flush();
     const Counters &st = dec.Count();
@@ -268,7 +375,7 @@ int RunDecode(const DecodeOptions &stOptions)
     if (bUnreadable) {
         return 2;
     }
-    return st.ullFailed == 0u ? 0 : 1;
+    return st.ullFailed == 0u && !bNothingFound ? 0 : 1;
 }
 
 }  // namespace srp

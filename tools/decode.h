@@ -3,6 +3,7 @@
 #ifndef SRPOLICY_TOOL_DECODE_H
 #define SRPOLICY_TOOL_DECODE_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@ struct DecodeOptions {
     Format eFormat = Format::Auto;
     DecodeMode eMode = DecodeMode::Messages;
     bool bJson = false;
+    bool bVerbose = false; /* also the plug-in's reports of calls that succeeded */
+    std::vector<uint16_t> vecPorts;     /* TCP ports of BGP in captures; empty: 179 */
     std::vector<std::string> vecInputs; /* files, "-" for stdin; empty = stdin */
 };
 

@@ -5,7 +5,10 @@
  */
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <iostream>
 
 #include "bmp/station.h"
 #include "decode.h"
@@ -30,7 +33,13 @@ int main(int argc, char **argv)
     pDecode->add_option("--in", strIn, "input format")
         ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt"}))
         ->capture_default_str();
+    pDecode->add_option("--port", stDecode.vecPorts, "TCP port of BGP in captures (repeatable; default 179)")
+        ->check(CLI::Range(1, 65535))
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     pDecode->add_flag("--json", stDecode.bJson, "one JSON object per route");
+    pDecode->add_flag("--verbose,-v", stDecode.bVerbose, "also show the plug-in's reports of calls that succeeded");
     pDecode->add_flag("--sample", bSample, "decode the bundled sample");
     CLI::Option *pAttr = pDecode->add_flag("--attr", bAttr, "inputs hold Tunnel Encapsulation attribute values in hex, one per line");
     CLI::Option *pNlri = pDecode->add_flag("--nlri", bNlri, "inputs hold SR Policy NLRI in hex, one value per line");
@@ -71,6 +80,12 @@ int main(int argc, char **argv)
         if (bSample) {
             const char *pcSample = getenv("SRPOLICY_SAMPLE");
             stDecode.vecInputs.push_back(pcSample != nullptr ? pcSample : SRPOLICY_SAMPLE);
+        }
+        if (stDecode.vecInputs.empty() && isatty(STDIN_FILENO) == 1) {
+            /* Nothing given and nobody piping: say how to use it instead of waiting for typed input. */
+            std::cerr << pDecode->help() << "\nNo input: give FILE arguments, pipe data to standard input, or try "
+                                           "--sample.\n";
+            return 2;
         }
         return srp::RunDecode(stDecode);
     }

@@ -17,7 +17,11 @@ struct Span {
 
 void Fail(WalkedUpdate &stOut, const std::string &strWhat, size_t ulPos, uint32_t ulCode = 0u)
 {
-    stOut.vecFailures.push_back(WalkFailure{strWhat, ulCode, ulPos});
+    WalkFailure stFailure{strWhat, ulCode, ulPos, {}};
+    if (ulCode != 0u) {
+        stFailure.vecReports = PluginHost::TakeReports();
+    }
+    stOut.vecFailures.push_back(std::move(stFailure));
 }
 
 /* The more-flag loop over the NLRI of one MP attribute. */

@@ -22,6 +22,7 @@ struct WalkFailure {
     std::string strWhat; /* what failed */
     uint32_t ulCode = 0; /* plug-in result, 0 for a framing problem */
     size_t ulPos = 0;    /* byte position inside the message */
+    std::vector<std::string> vecReports; /* the plug-in's assertion reports of the failed call */
 };
 
 struct WalkedRoute {

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 
 namespace srp {
@@ -40,19 +41,27 @@ std::string ToHex(const uint8_t *p, size_t n)
     return s;
 }
 
-bool ParseHex(const std::string &strText, Bytes &vecOut, std::string &strError)
+std::string CharText(char c)
 {
-    int iHigh = -1;
+    unsigned char uc = static_cast<unsigned char>(c);
+    if (uc >= 0x20u && uc < 0x7Fu) {
+        return std::string("'") + c + "'";
+    }
+    char ac[16];
+    std::snprintf(ac, sizeof(ac), "byte 0x%02x", uc);
+    return ac;
+}
+
+bool HexText::Line(const char *p, size_t n, Bytes &vecOut, std::string &strError)
+{
+    m_ulLine++;
     size_t i = 0;
-    while (i < strText.size()) {
-        char c = strText[i];
+    while (i < n) {
+        char c = p[i];
         if (c == '#') {
-            while (i < strText.size() && strText[i] != '\n') {
-                i++;
-            }
-            continue;
+            break;
         }
-        if (c == '0' && i + 1 < strText.size() && (strText[i + 1] == 'x' || strText[i + 1] == 'X') && iHigh < 0) {
+        if (c == '0' && i + 1u < n && (p[i + 1u] == 'x' || p[i + 1u] == 'X') && m_iHigh < 0) {
             i += 2u;
             continue;
         }
@@ -62,60 +71,86 @@ bool ParseHex(const std::string &strText, Bytes &vecOut, std::string &strError)
         }
         int d = HexDigit(c);
         if (d < 0) {
-            strError = "not a hex digit at character " + std::to_string(i);
+            strError = "line " + std::to_string(m_ulLine) + ", column " + std::to_string(i + 1u) + ": " +
+                       CharText(c) + " is not a hex digit";
             return false;
         }
-        if (iHigh < 0) {
-            iHigh = d;
+        if (m_iHigh < 0) {
+            m_iHigh = d;
+            m_ulHighLine = m_ulLine;
+            m_ulHighColumn = i + 1u;
         } else {
-            vecOut.push_back(static_cast<uint8_t>((iHigh << 4) | d));
-            iHigh = -1;
+            vecOut.push_back(static_cast<uint8_t>((m_iHigh << 4) | d));
+            m_iHigh = -1;
         }
         i++;
     }
-    if (iHigh >= 0) {
-        strError = "odd number of hex digits";
+    return true;
+}
+
+bool HexText::Finish(std::string &strError) const
+{
+    if (m_iHigh >= 0) {
+        strError = "odd number of hex digits: the digit at line " + std::to_string(m_ulHighLine) + ", column " +
+                   std::to_string(m_ulHighColumn) + " has no partner";
         return false;
     }
     return true;
 }
 
+bool ParseHex(const std::string &strText, Bytes &vecOut, std::string &strError)
+{
+    HexText hex;
+    return ForEachLine(strText, [&](const char *p, size_t n) { return hex.Line(p, n, vecOut, strError); }) &&
+           hex.Finish(strError);
+}
+
 bool ParseHexLines(const std::string &strText, std::vector<Bytes> &vecOut, std::string &strError)
 {
-    size_t ulStart = 0;
-    size_t ulLine = 1;
-    while (ulStart <= strText.size()) {
-        size_t ulEnd = strText.find('\n', ulStart);
-        if (ulEnd == std::string::npos) {
-            ulEnd = strText.size();
-        }
+    HexText hex;
+    return ForEachLine(strText, [&](const char *p, size_t n) {
         Bytes vec;
-        std::string strLineError;
-        if (!ParseHex(strText.substr(ulStart, ulEnd - ulStart), vec, strLineError)) {
-            strError = "line " + std::to_string(ulLine) + ": " + strLineError;
+        if (!hex.Line(p, n, vec, strError) || !hex.Finish(strError)) {
             return false;
         }
         if (!vec.empty()) {
             vecOut.push_back(std::move(vec));
         }
-        ulStart = ulEnd + 1u;
-        ulLine++;
-    }
-    return true;
+        return true;
+    });
 }
 
 bool LooksLikeHex(const uint8_t *p, size_t n)
 {
-    std::string s(reinterpret_cast<const char *>(p), n);
-    for (char c : s) {
-        unsigned char uc = static_cast<unsigned char>(c);
-        if (uc == 0u || uc >= 0x80u) {
+    /* Text whose content (comments, separators and "0x" left out) is hex
+     * digits with at most one stray character in twenty: a typo is then
+     * reported by the hex reader with its line and column. */
+    size_t ulDigits = 0;
+    size_t ulOther = 0;
+    bool bComment = false;
+    for (size_t i = 0; i < n; i++) {
+        char c = static_cast<char>(p[i]);
+        if (p[i] == 0u || p[i] >= 0x80u || (p[i] < 0x20u && !std::isspace(p[i]))) {
             return false;
         }
+        if (bComment || c == '#') {
+            bComment = c != '\n';
+            continue;
+        }
+        if (c == '0' && i + 1u < n && (p[i + 1u] == 'x' || p[i + 1u] == 'X')) {
+            i++;
+            continue;
+        }
+        if (IsSeparator(c)) {
+            continue;
+        }
+        if (HexDigit(c) >= 0) {
+            ulDigits++;
+        } else {
+            ulOther++;
+        }
     }
-    Bytes vec;
-    std::string strError;
-    return ParseHex(s, vec, strError) && !vec.empty();
+    return ulDigits > 0u && ulOther * 20u <= ulDigits;
 }
 
 std::string Ipv4Text(uint32_t ulAddr)

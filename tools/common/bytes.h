@@ -105,6 +105,43 @@ inline void SetBe16(uint8_t *p, uint32_t x)
 std::string ToHex(const uint8_t *p, size_t n);
 inline std::string ToHex(const Bytes &v) { return ToHex(v.data(), v.size()); }
 
+/* Hex text read line by line: whitespace, "0x" prefixes, ':' '-' '.' ','
+ * separators and '#' comments (to the end of the line) are ignored; a byte's
+ * two digits may stand on two lines. Errors name the line and column. */
+class HexText {
+public:
+    /* One line (without its line end); its bytes are appended to vecOut. */
+    bool Line(const char *p, size_t n, Bytes &vecOut, std::string &strError);
+    /* The end of the text: false when a digit was left without its partner. */
+    bool Finish(std::string &strError) const;
+    size_t Lines() const { return m_ulLine; }
+
+private:
+    size_t m_ulLine = 0;
+    int m_iHigh = -1; /* a first digit waiting for its partner */
+    size_t m_ulHighLine = 0;
+    size_t m_ulHighColumn = 0;
+};
+
+/* Calls fn(p, n) for each line of the text, line end left out, until fn
+ * returns false; returns false then. */
+template <class Fn>
+bool ForEachLine(const std::string &strText, Fn fn)
+{
+    size_t ulStart = 0;
+    while (ulStart <= strText.size()) {
+        size_t ulEnd = strText.find('\n', ulStart);
+        if (ulEnd == std::string::npos) {
+            ulEnd = strText.size();
+        }
+        if (!fn(strText.data() + ulStart, ulEnd - ulStart)) {
+            return false;
+        }
+        ulStart = ulEnd + 1u;
+    }
+    return true;
+}
+
 /* Hex text to bytes: whitespace, "0x" prefixes, ':' '-' '.' separators and
  * '#' comments (to the end of the line) are ignored. On failure returns false
  * and names the first offending character in strError. */
@@ -114,8 +151,9 @@ bool ParseHex(const std::string &strText, Bytes &vecOut, std::string &strError);
  * dropped); used for bare attribute values and NLRI. */
 bool ParseHexLines(const std::string &strText, std::vector<Bytes> &vecOut, std::string &strError);
 
-/* True when the text holds only hex digits, separators and comments, with at
- * least one digit: the test that tells hex input from binary. */
+/* True when the data is text of hex digits, separators and comments, with at
+ * least one digit and few stray characters: the test that tells hex input
+ * from binary and from other text. */
 bool LooksLikeHex(const uint8_t *p, size_t n);
 
 /* IPv4 text of a host-order address, and IPv6 text of 16 network-order bytes. */

@@ -10,6 +10,7 @@
 
 #include "bgp/message_stream.h"
 #include "common/bgp_codes.h"
+#include "input/source.h"
 
 namespace srp {
 
@@ -289,14 +290,13 @@ bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool
 
 int RunEncode(const EncodeOptions &stOptions)
 {
-    std::ifstream is(stOptions.strConfig, std::ios::binary);
-    if (!is) {
-        std::cerr << "srpolicy: cannot read " << stOptions.strConfig << "\n";
+    std::string strText;
+    std::string strError;
+    if (!ReadTextFile(stOptions.strConfig, strText, strError)) {
+        std::cerr << "srpolicy: " << strError << "\n";
         return 2;
     }
-    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
     std::vector<CfgRoute> vecRoutes;
-    std::string strError;
     if (!LoadConfig(strText, vecRoutes, strError)) {
         std::cerr << "srpolicy: " << stOptions.strConfig << ": " << strError << "\n";
         return 2;

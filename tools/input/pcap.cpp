@@ -17,8 +17,6 @@ namespace srp {
 
 namespace {
 
-const uint16_t kBgpPort = 179u;
-
 /* Link types read (values from the pcap link-type registry). */
 const int kLinkNull = 0;
 const int kLinkEthernet = 1;
@@ -129,7 +127,7 @@ bool LinkToIp(int iLink, Reader &rd, int &iVersion)
     return true;
 }
 
-/* IP and TCP headers: fills the segment when it is TCP to or from port 179. */
+/* IP and TCP headers: fills the segment when it is TCP. */
 bool IpToTcp(int iVersion, Reader &rd, Segment &stSeg)
 {
     size_t ulIpPayload = 0;
@@ -184,9 +182,6 @@ bool IpToTcp(int iVersion, Reader &rd, Segment &stSeg)
     }
     stSeg.stKey.usSrcPort = Be16(pTcp);
     stSeg.stKey.usDstPort = Be16(pTcp + 2);
-    if (stSeg.stKey.usSrcPort != kBgpPort && stSeg.stKey.usDstPort != kBgpPort) {
-        return false;
-    }
     size_t ulTcpHdr = static_cast<size_t>(pTcp[12] >> 4) * 4u;
     if (ulTcpHdr < 20u || ulTcpHdr > ulIpPayload || !rd.Skip(ulTcpHdr)) {
         return false;
@@ -202,16 +197,40 @@ bool IpToTcp(int iVersion, Reader &rd, Segment &stSeg)
     return true;
 }
 
+bool IsKnownLink(int iLink)
+{
+    static const int aiKnown[] = {kLinkNull, kLinkEthernet, kLinkRaw, kLinkRawAlt1, kLinkRawAlt2,
+                                  kLinkLoop, kLinkSll,      kLinkIpv4, kLinkIpv6,   kLinkSll2};
+    for (int i : aiKnown) {
+        if (i == iLink) {
+            return true;
+        }
+    }
+    return false;
+}
+
 class PcapReader {
 public:
-    PcapReader(const std::string &strSource, InputSink &sink) : m_strSource(strSource), m_sink(sink) {}
+    PcapReader(const std::string &strSource, const ReadOptions &stOptions, InputSink &sink, ReadStats &stStats)
+        : m_strSource(strSource), m_stOptions(stOptions), m_sink(sink), m_stStats(stStats)
+    {
+    }
 
     void Packet(int iLink, const uint8_t *p, size_t ulCap)
     {
         Reader rd(p, ulCap);
         int iVersion = 0;
         Segment stSeg;
+        m_stStats.ullPackets++;
         if (!LinkToIp(iLink, rd, iVersion) || !IpToTcp(iVersion, rd, stSeg)) {
+            return;
+        }
+        m_stStats.ullTcpPackets++;
+        if (!IsBgpPort(stSeg.stKey.usSrcPort) && !IsBgpPort(stSeg.stKey.usDstPort)) {
+            uint16_t usLow = stSeg.stKey.usSrcPort < stSeg.stKey.usDstPort ? stSeg.stKey.usSrcPort : stSeg.stKey.usDstPort;
+            if (m_stStats.mapOtherPorts.size() < 64u || m_stStats.mapOtherPorts.count(usLow) != 0u) {
+                m_stStats.mapOtherPorts[usLow]++;
+            }
             return;
         }
         Flow &stFlow = FlowOf(stSeg.stKey);
@@ -227,6 +246,16 @@ public:
     }
 
 private:
+    bool IsBgpPort(uint16_t usPort) const
+    {
+        for (uint16_t us : m_stOptions.vecPorts) {
+            if (us == usPort) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     Flow &FlowOf(const FlowKey &stKey)
     {
         auto it = m_mapFlows.find(stKey);
@@ -257,18 +286,21 @@ private:
     }
 
     std::string m_strSource;
+    const ReadOptions &m_stOptions;
     InputSink &m_sink;
+    ReadStats &m_stStats;
     std::map<FlowKey, Flow> m_mapFlows;
 };
 
 }  // namespace
 
-bool ReadPcap(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink, std::string &strError)
+bool ReadPcap(InputFile &in, const std::string &strSource, const ReadOptions &stOptions, InputSink &sink,
+              ReadStats &stStats, std::string &strError)
 {
-    /* libpcap reads from a FILE; give it the bytes already in memory. */
-    FILE *pFile = fmemopen(const_cast<uint8_t *>(p), n, "rb");
+    /* libpcap reads from a FILE; it gets one over the streamed input. */
+    FILE *pFile = in.OpenStream();
     if (pFile == nullptr) {
-        strError = "cannot open the capture in memory";
+        strError = "cannot open a stream over " + strSource;
         return false;
     }
     char acErr[PCAP_ERRBUF_SIZE] = {0};
@@ -279,7 +311,9 @@ bool ReadPcap(const uint8_t *p, size_t n, const std::string &strSource, InputSin
         return false;
     }
     int iLink = pcap_datalink(pPcap);
-    PcapReader reader(strSource, sink);
+    stStats.iLinkType = iLink;
+    stStats.bLinkKnown = IsKnownLink(iLink);
+    PcapReader reader(strSource, stOptions, sink, stStats);
     uint64_t ullPacket = 0;
     for (;;) {
         struct pcap_pkthdr *pstHdr = nullptr;
@@ -291,16 +325,28 @@ bool ReadPcap(const uint8_t *p, size_t n, const std::string &strSource, InputSin
         if (iRc != 1) {
             sink.FramingError(std::string("capture cut short after packet ") + std::to_string(ullPacket) + ": " +
                                   pcap_geterr(pPcap),
-                              Origin{strSource, static_cast<uint64_t>(ftell(pcap_file(pPcap)))});
+                              Origin{strSource, in.Consumed()});
             break;
         }
         ullPacket++;
         reader.Packet(iLink, pData, pstHdr->caplen);
-        sink.Progress(static_cast<uint64_t>(ftell(pcap_file(pPcap))), n);
+        sink.Progress(in.Consumed(), in.Size());
     }
     reader.Finish();
     pcap_close(pPcap);
+    if (!in.Error().empty()) {
+        strError = "cannot read " + strSource + ": " + in.Error();
+        return false;
+    }
     return true;
+}
+
+bool ReadPcap(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink, std::string &strError)
+{
+    InputFile in;
+    in.OpenMemory(p, n);
+    ReadStats stStats;
+    return ReadPcap(in, strSource, ReadOptions(), sink, stStats, strError);
 }
 
 }  // namespace srp

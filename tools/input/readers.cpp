@@ -1,6 +1,8 @@
 /* Format detection and the hex, raw-stream and MRT readers. */
 #include "input/readers.h"
 
+#include <cstring>
+
 #include "bgp/message_stream.h"
 #include "common/bgp_codes.h"
 
@@ -27,19 +29,47 @@ bool IsMrtType(uint16_t usType)
     }
 }
 
-/* Splits a stream held in memory and reports each message to the sink. */
-void SplitStream(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink)
+/* Block size of streamed reads. */
+const size_t kBlock = 1u << 20;
+
+/* The message splitter of one input, reporting to the sink. */
+BgpStreamSplitter StreamSplitter(InputFile &in, const std::string &strSource, InputSink &sink)
 {
-    BgpStreamSplitter splitter(
-        [&](const uint8_t *pMsg, size_t ulLen, uint64_t ullOffset) {
+    return BgpStreamSplitter(
+        [&in, &strSource, &sink](const uint8_t *pMsg, size_t ulLen, uint64_t ullOffset) {
             sink.Message(pMsg, ulLen, Origin{strSource, ullOffset});
-            sink.Progress(ullOffset + ulLen, n);
+            sink.Progress(in.Consumed(), in.Size());
         },
-        [&](const std::string &strWhat, uint64_t ullOffset) {
+        [&strSource, &sink](const std::string &strWhat, uint64_t ullOffset) {
             sink.FramingError(strWhat, Origin{strSource, ullOffset});
         });
-    splitter.Feed(p, n);
-    splitter.Finish();
+}
+
+bool ReadError(const InputFile &in, const std::string &strSource, std::string &strError)
+{
+    if (in.Error().empty()) {
+        return true;
+    }
+    strError = "cannot read " + strSource + ": " + in.Error();
+    return false;
+}
+
+/* Exactly n bytes into vecOut (replacing it), grown as they arrive so that a
+ * lying length costs no more memory than the input holds. */
+size_t ReadExact(InputFile &in, size_t n, Bytes &vecOut)
+{
+    vecOut.clear();
+    while (vecOut.size() < n) {
+        size_t ulHave = vecOut.size();
+        size_t ulStep = n - ulHave < kBlock ? n - ulHave : kBlock;
+        vecOut.resize(ulHave + ulStep);
+        size_t ulGot = in.Read(vecOut.data() + ulHave, ulStep);
+        vecOut.resize(ulHave + ulGot);
+        if (ulGot == 0u) {
+            break;
+        }
+    }
+    return vecOut.size();
 }
 
 /* BGP4MP and BGP4MP_ET message records: peer header, then one BGP message. */
@@ -164,41 +194,89 @@ bool DetectFormat(const uint8_t *p, size_t n, Format &eFormat)
     return false;
 }
 
-bool ReadHexMessages(const Bytes &vecData, const std::string &strSource, InputSink &sink, std::string &strError)
+bool ReadHexMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError)
 {
+    BgpStreamSplitter splitter = StreamSplitter(in, strSource, sink);
+    HexText hex;
+    Bytes vecBlock(kBlock);
+    std::string strLine;
     Bytes vecBytes;
-    if (!ParseHex(std::string(vecData.begin(), vecData.end()), vecBytes, strError)) {
+    bool bEnd = false;
+    while (!bEnd) {
+        size_t n = in.Read(vecBlock.data(), vecBlock.size());
+        bEnd = n == 0u;
+        const char *p = reinterpret_cast<const char *>(vecBlock.data());
+        const char *pEnd = p + n;
+        /* Whole lines of the block; a line cut by the block's end waits. */
+        while (p < pEnd || (bEnd && !strLine.empty())) {
+            const char *pNl = static_cast<const char *>(std::memchr(p, '\n', static_cast<size_t>(pEnd - p)));
+            if (pNl == nullptr && !bEnd) {
+                strLine.append(p, pEnd);
+                break;
+            }
+            const char *pStop = pNl != nullptr ? pNl : pEnd;
+            const char *pLine = p;
+            size_t ulLine = static_cast<size_t>(pStop - p);
+            if (!strLine.empty()) {
+                strLine.append(p, pStop);
+                pLine = strLine.data();
+                ulLine = strLine.size();
+            }
+            vecBytes.clear();
+            if (!hex.Line(pLine, ulLine, vecBytes, strError)) {
+                return false; /* the message in progress is not reported as cut */
+            }
+            strLine.clear();
+            splitter.Feed(vecBytes.data(), vecBytes.size());
+            p = pNl != nullptr ? pNl + 1 : pEnd;
+        }
+    }
+    if (!ReadError(in, strSource, strError)) {
         return false;
     }
-    SplitStream(vecBytes.data(), vecBytes.size(), strSource, sink);
+    if (!hex.Finish(strError)) {
+        return false;
+    }
+    splitter.Finish();
     return true;
 }
 
-void ReadRawMessages(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink)
+bool ReadRawMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError)
 {
-    SplitStream(p, n, strSource, sink);
+    BgpStreamSplitter splitter = StreamSplitter(in, strSource, sink);
+    Bytes vecBlock(kBlock);
+    size_t n;
+    while ((n = in.Read(vecBlock.data(), vecBlock.size())) > 0u) {
+        splitter.Feed(vecBlock.data(), n);
+    }
+    splitter.Finish();
+    return ReadError(in, strSource, strError);
 }
 
-void ReadMrt(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink)
+bool ReadMrt(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError)
 {
-    Reader rdFile(p, n);
-    while (rdFile.Left() > 0u) {
-        Origin stOrigin{strSource, rdFile.Pos()};
-        uint16_t usType = 0;
-        uint16_t usSubtype = 0;
-        uint32_t ulLen = 0;
-        const uint8_t *pBody = nullptr;
-        if (!rdFile.Skip(4u) || !rdFile.U16(usType) || !rdFile.U16(usSubtype) || !rdFile.U32(ulLen)) {
+    Bytes vecHeader;
+    Bytes vecBody;
+    for (;;) {
+        Origin stOrigin{strSource, in.Consumed()};
+        size_t ulGot = ReadExact(in, kMrtHeaderLen, vecHeader);
+        if (ulGot == 0u) {
+            break;
+        }
+        if (ulGot < kMrtHeaderLen) {
             sink.FramingError("truncated MRT record header", stOrigin);
-            return;
+            break;
         }
-        if (!rdFile.Take(ulLen, pBody)) {
+        uint16_t usType = Be16(vecHeader.data() + 4);
+        uint16_t usSubtype = Be16(vecHeader.data() + 6);
+        uint32_t ulLen = Be32(vecHeader.data() + 8);
+        if (ReadExact(in, ulLen, vecBody) < ulLen) {
             sink.FramingError("MRT record of " + std::to_string(ulLen) + " bytes cut short at " +
-                                  std::to_string(rdFile.Left()),
+                                  std::to_string(vecBody.size()),
                               stOrigin);
-            return;
+            break;
         }
-        Reader rd(pBody, ulLen);
+        Reader rd(vecBody.data(), vecBody.size());
         if (usType == kMrtBgp4mpEt && !rd.Skip(4u)) { /* microsecond timestamp */
             sink.FramingError("MRT BGP4MP_ET record without its microseconds", stOrigin);
         } else if (usType == kMrtBgp4mp || usType == kMrtBgp4mpEt) {
@@ -210,8 +288,32 @@ void ReadMrt(const uint8_t *p, size_t n, const std::string &strSource, InputSink
         } else {
             sink.Skipped();
         }
-        sink.Progress(rdFile.Pos(), n);
+        sink.Progress(in.Consumed(), in.Size());
     }
+    return ReadError(in, strSource, strError);
+}
+
+bool ReadHexMessages(const Bytes &vecData, const std::string &strSource, InputSink &sink, std::string &strError)
+{
+    InputFile in;
+    in.OpenMemory(vecData.data(), vecData.size());
+    return ReadHexMessages(in, strSource, sink, strError);
+}
+
+void ReadRawMessages(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink)
+{
+    InputFile in;
+    in.OpenMemory(p, n);
+    std::string strError;
+    ReadRawMessages(in, strSource, sink, strError);
+}
+
+void ReadMrt(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink)
+{
+    InputFile in;
+    in.OpenMemory(p, n);
+    std::string strError;
+    ReadMrt(in, strSource, sink, strError);
 }
 
 }  // namespace srp

@@ -10,7 +10,11 @@
 #include <cstdint>
 #include <string>
 
+#include <map>
+#include <vector>
+
 #include "common/bytes.h"
+#include "input/source.h"
 
 namespace srp {
 
@@ -51,9 +55,32 @@ const char *FormatName(Format eFormat);
  * an MRT record header. Returns false when none fits. */
 bool DetectFormat(const uint8_t *p, size_t n, Format &eFormat);
 
-/* Readers. strSource names the input in reports. Each returns false when the
- * input as a whole cannot be read (a capture libpcap refuses, hex with a
- * stray character); problems inside the data go to the sink. */
+/* What readers are told: the TCP ports a capture's BGP sessions use. */
+struct ReadOptions {
+    std::vector<uint16_t> vecPorts{179u};
+};
+
+/* What a reader saw besides messages, to explain an input in which no BGP
+ * message was found. */
+struct ReadStats {
+    uint64_t ullPackets = 0;      /* capture packets */
+    uint64_t ullTcpPackets = 0;   /* of them TCP over IPv4/IPv6 */
+    int iLinkType = -1;           /* capture link type; -1 not a capture */
+    bool bLinkKnown = true;       /* the link type is one the reader decodes */
+    std::map<uint16_t, uint64_t> mapOtherPorts; /* TCP packets by lower port, not a BGP port */
+};
+
+/* Readers, streaming from the input. strSource names the input in reports.
+ * Each returns false when the input as a whole cannot be read (a capture
+ * libpcap refuses, hex with a stray character, a read error); problems
+ * inside the data go to the sink. */
+bool ReadHexMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
+bool ReadRawMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
+bool ReadMrt(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
+bool ReadPcap(InputFile &in, const std::string &strSource, const ReadOptions &stOptions, InputSink &sink,
+              ReadStats &stStats, std::string &strError);
+
+/* The same over bytes in memory. */
 bool ReadHexMessages(const Bytes &vecData, const std::string &strSource, InputSink &sink, std::string &strError);
 void ReadRawMessages(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink);
 void ReadMrt(const uint8_t *p, size_t n, const std::string &strSource, InputSink &sink);

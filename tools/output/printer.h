@@ -30,8 +30,8 @@ enum class PrintForm { Text, Json };
 std::unique_ptr<Printer> MakePrinter(PrintForm eForm, OutBuffer &out);
 
 /* The error line of a problem: "srpolicy: error: SOURCE: message N at offset
- * O (+POS): WHAT: RESULT_NAME (0xCODE)", with the peer and time when the
- * context has them. No line end. */
+ * O (+POS): WHAT: RESULT_NAME (0xCODE) [plug-in report: MODULE:LINE VALUE]",
+ * with the peer and time when the context has them. No line end. */
 std::string ProblemLine(const EventContext &stCtx, const Problem &stProblem);
 
 }  // namespace srp

@@ -122,6 +122,12 @@ std::string ProblemLine(const EventContext &stCtx, const Problem &stProblem)
         std::snprintf(ac, sizeof(ac), "0x%x", stProblem.ulCode);
         s += ": " + ResultName(stProblem.ulCode) + " (" + ac + ")";
     }
+    for (size_t i = 0; i < stProblem.vecReports.size(); i++) {
+        s += (i == 0u ? " [plug-in report: " : "; ") + stProblem.vecReports[i];
+    }
+    if (!stProblem.vecReports.empty()) {
+        s += "]";
+    }
     return s;
 }
 

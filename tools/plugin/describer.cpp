@@ -60,6 +60,7 @@ void DescribedUpdate::Clear()
     stAttr.vecWarnings.clear();
     bBareAttribute = false;
     vecProblems.clear();
+    vecNotes.clear();
     ulSkipped = 0;
 }
 
@@ -78,13 +79,19 @@ uint64_t DescribedUpdate::Failures() const
     return ullCount;
 }
 
+void Describer::Fail(DescribedUpdate &stOut, const std::string &strWhat, uint32_t ulCode, int iRoute)
+{
+    stOut.vecProblems.emplace_back(strWhat, ulCode, 0u, iRoute);
+    stOut.vecProblems.back().vecReports = PluginHost::TakeReports();
+}
+
 void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
 {
     DescribedRoute &stRoute = stOut.vecRoutes[ulIndex];
     int iRoute = static_cast<int>(ulIndex);
     uint32_t ulRc = m_host.KeyText(stRoute.stKey, stRoute.strKeyText);
     if (ulRc != BOL_OK) {
-        stOut.vecProblems.push_back(Problem{"route key text", ulRc, 0u, iRoute});
+        Fail(stOut, "route key text", ulRc, iRoute);
         stRoute.strKeyText = "SR Policy NLRI: distinguisher " + std::to_string(stRoute.stKey.ulDistinguisher) +
                              ", color " + std::to_string(stRoute.stKey.ulPolicyColor) + ", endpoint " +
                              EndpointOf(stRoute.stKey);
@@ -92,7 +99,7 @@ void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
     ulRc = m_host.CheckEndpoint(stRoute.stKey, stRoute.bValid);
     stRoute.bChecked = ulRc == BOL_OK;
     if (ulRc != BOL_OK) {
-        stOut.vecProblems.push_back(Problem{"route check", ulRc, 0u, iRoute});
+        Fail(stOut, "route check", ulRc, iRoute);
     }
 }
 
@@ -113,7 +120,7 @@ void Describer::Attribute(DescribedUpdate &stOut)
         std::string strText;
         uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);
         if (ulRc != BOL_OK) {
-            stOut.vecProblems.push_back(Problem{"attribute text", ulRc, 0u, -1});
+            Fail(stOut, "attribute text", ulRc, -1);
         }
         SplitLines(strText, stAttr.vecTextLines);
     }
@@ -121,9 +128,9 @@ void Describer::Attribute(DescribedUpdate &stOut)
         uint32_t ulRc = m_host.CondRtAttrMessage(stKey, stAttr.vecNormalised, m_vecScratch);
         std::string strError;
         if (ulRc != BOL_OK) {
-            stOut.vecProblems.push_back(Problem{"attribute message", ulRc, 0u, -1});
+            Fail(stOut, "attribute message", ulRc, -1);
         } else if (!ParseCondRtAttr(m_vecScratch, stAttr.stFields, strError)) {
-            stOut.vecProblems.push_back(Problem{strError, 0u, 0u, -1});
+            stOut.vecProblems.push_back(Problem(strError));
         } else {
             stAttr.bHasFields = true;
         }
@@ -135,7 +142,8 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
     stOut.Clear();
     stOut.ulSkipped = stWalk.ulSkipped;
     for (WalkFailure &st : stWalk.vecFailures) {
-        stOut.vecProblems.push_back(Problem{std::move(st.strWhat), st.ulCode, st.ulPos, -1});
+        stOut.vecProblems.emplace_back(std::move(st.strWhat), st.ulCode, st.ulPos);
+        stOut.vecProblems.back().vecReports = std::move(st.vecReports);
     }
     stOut.strNextHop = stWalk.strNextHop;
     stOut.stAttr.ulError = stWalk.ulAttrError;
@@ -158,6 +166,7 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
         stOut.stAttr.vecNormalised.swap(stWalk.vecAttr);
         Attribute(stOut);
     }
+    stOut.vecNotes = PluginHost::TakeReports();
 }
 
 void Describer::DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut)
@@ -168,11 +177,12 @@ void Describer::DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &s
     uint32_t ulRc = m_host.ParseTunnelEncap(vecValue, stOut.stAttr.vecNormalised);
     if (ulRc != BOL_OK) {
         stOut.stAttr.vecNormalised.clear();
-        stOut.vecProblems.push_back(Problem{"Tunnel Encapsulation attribute", ulRc, 0u, -1});
+        Fail(stOut, "Tunnel Encapsulation attribute", ulRc, -1);
         return;
     }
     stOut.stAttr.bPresent = true;
     Attribute(stOut);
+    stOut.vecNotes = PluginHost::TakeReports();
 }
 
 }  // namespace srp

@@ -21,10 +21,16 @@ namespace srp {
 
 /* Something that failed while an UPDATE was walked or described. */
 struct Problem {
+    Problem() = default;
+    Problem(std::string strWhatIn, uint32_t ulCodeIn = 0u, size_t ulPosIn = 0u, int iRouteIn = -1)
+        : strWhat(std::move(strWhatIn)), ulCode(ulCodeIn), ulPos(ulPosIn), iRoute(iRouteIn)
+    {
+    }
     std::string strWhat;
     uint32_t ulCode = 0; /* plug-in result; 0 for a problem the tool found */
     size_t ulPos = 0;    /* byte position inside the message; 0 when not known */
     int iRoute = -1;     /* index of the route it concerns; -1 for the message */
+    std::vector<std::string> vecReports; /* the plug-in's assertion reports that came with it */
 };
 
 /* The attribute an UPDATE carries, shared by every route it announces. */
@@ -54,6 +60,7 @@ struct DescribedUpdate {
     DescribedAttribute stAttr;    /* applies to announced routes only */
     bool bBareAttribute = false;  /* an attribute value without routes */
     std::vector<Problem> vecProblems;
+    std::vector<std::string> vecNotes; /* plug-in reports of calls that succeeded */
     uint32_t ulSkipped = 0;       /* attributes and families passed over */
 
     /* Empties every part, keeping the buffers for the next UPDATE. */
@@ -83,6 +90,8 @@ public:
 
 private:
     void Attribute(DescribedUpdate &stOut);
+    /* A failed plug-in call, with the reports it made. */
+    static void Fail(DescribedUpdate &stOut, const std::string &strWhat, uint32_t ulCode, int iRoute);
     void Route(DescribedUpdate &stOut, size_t ulIndex);
 
     PluginHost &m_host;

@@ -29,6 +29,16 @@ const uint32_t kMsgRoom = 65536u;
 /* A non-null context for the packet parser, which only checks it. */
 uint32_t g_ulHostCtx = 0;
 
+/* Assertion reports of the plug-in calls on this thread, taken by the
+ * describer to the problem they explain. */
+thread_local std::vector<std::string> t_vecReports;
+
+void CollectReport(void *pvCtx, const char *pcModule, uint32_t ulLine, const char *pcText)
+{
+    (void)pvCtx;
+    t_vecReports.push_back(std::string(pcModule) + ":" + std::to_string(ulLine) + " " + pcText);
+}
+
 }  // namespace
 
 std::string ResultName(uint32_t ulCode)
@@ -69,7 +79,15 @@ std::string ResultName(uint32_t ulCode)
 PluginHost::PluginHost()
 {
     memset(&m_stTbl, 0, sizeof(m_stTbl));
+    BOL_PlatformSetReportHook(CollectReport, nullptr);
     m_pstInst = BOL_SRPOLICY_Construct(&m_stTbl, kMemModule);
+}
+
+std::vector<std::string> PluginHost::TakeReports()
+{
+    std::vector<std::string> vec;
+    vec.swap(t_vecReports);
+    return vec;
 }
 
 PluginHost::~PluginHost()

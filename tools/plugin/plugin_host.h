@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "bol_srpolicy.h"
 #include "common/bytes.h"
@@ -53,6 +54,10 @@ public:
     /* Wire bytes of a route for an outgoing UPDATE: NLRI (14, 15) or the
      * attribute value (23), appended to vecOut. */
     uint32_t FormatPacket(uint32_t ulType, const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, Bytes &vecOut);
+
+    /* The plug-in's assertion reports ("module:line value") made on this
+     * thread since the last call, oldest first; the list is emptied. */
+    static std::vector<std::string> TakeReports();
 
     /* Blocks the memory module still holds (0 once every output was released). */
     uint32_t LiveBlocks() const;

@@ -5,11 +5,13 @@
 #   ARGS          arguments of the first run
 #   PIPE_ARGS     arguments of a second run reading the first run's output
 #   STDIN         file given as standard input of the first run
+#   MKFIFO        a named pipe made (if missing) before the run
 #   EXPECT_RC     expected exit status of the last run (default 0)
 #   STDOUT_FILE   file the standard output must equal
 #   STDOUT_REGEX  expressions the standard output must match
 #   STDOUT_NOT    expressions the standard output must not match
 #   STDERR_REGEX  expressions the standard error must match
+#   STDERR_NOT    expressions the standard error must not match
 cmake_minimum_required(VERSION 3.25)
 
 function(split_list VAR)
@@ -22,10 +24,14 @@ split_list(PIPE_ARGS)
 split_list(STDOUT_REGEX)
 split_list(STDOUT_NOT)
 split_list(STDERR_REGEX)
+split_list(STDERR_NOT)
 if(NOT DEFINED EXPECT_RC)
   set(EXPECT_RC 0)
 endif()
 
+if(MKFIFO AND NOT EXISTS ${MKFIFO})
+  execute_process(COMMAND mkfifo ${MKFIFO})
+endif()
 set(_input "")
 if(STDIN)
   set(_input INPUT_FILE ${STDIN})
@@ -67,6 +73,11 @@ endforeach()
 foreach(_re IN LISTS STDERR_REGEX)
   if(NOT _err MATCHES "${_re}")
     string(APPEND _fail "standard error does not match: ${_re}\n")
+  endif()
+endforeach()
+foreach(_re IN LISTS STDERR_NOT)
+  if(_err MATCHES "${_re}")
+    string(APPEND _fail "standard error matches: ${_re}\n")
   endif()
 endforeach()
 if(_fail)

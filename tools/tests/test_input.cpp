@@ -1,8 +1,11 @@
 /* Hex text, format detection, BGP framing and MRT records. */
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "bgp/message_stream.h"
 #include "input/readers.h"
+#include "input/source.h"
 #include "test_support.h"
 
 namespace {
@@ -40,6 +43,34 @@ TEST(HexText, ToleratesSeparatorsPrefixesAndComments)
     }
 }
 
+TEST(HexText, ErrorsNameLineAndColumn)
+{
+    struct Case {
+        const char *pcText;
+        const char *pcError; /* expected error, or nullptr: "0102" comes out */
+    } astCases[] = {
+        {"01\n02", nullptr},
+        {"0\n1 0 2", nullptr}, /* a byte's digits on two lines */
+        {"01 # zz\n  0x02", nullptr},
+        {"01\n\n  0g", "line 3, column 4: 'g' is not a hex digit"},
+        {"01\t\x01", "line 1, column 4: byte 0x01 is not a hex digit"},
+        {"01\n020", "odd number of hex digits: the digit at line 2, column 3 has no partner"},
+        {"01 0\n# 2", "odd number of hex digits: the digit at line 1, column 4 has no partner"},
+    };
+    for (const Case &st : astCases) {
+        Bytes v;
+        std::string strError;
+        bool bOk = srp::ParseHex(st.pcText, v, strError);
+        if (st.pcError == nullptr) {
+            EXPECT_TRUE(bOk) << st.pcText << ": " << strError;
+            EXPECT_EQ(srp::ToHex(v), "0102") << st.pcText;
+        } else {
+            EXPECT_FALSE(bOk) << st.pcText;
+            EXPECT_EQ(strError, st.pcError) << st.pcText;
+        }
+    }
+}
+
 TEST(HexText, OneValuePerLine)
 {
     std::vector<Bytes> vec;
@@ -63,6 +94,13 @@ TEST(Formats, DetectedFromTheFirstBytes)
         {{0x0A, 0x0D, 0x0D, 0x0A, 0, 0}, true, srp::Format::Pcap},
         {BgpMessage(4, 0, 0), true, srp::Format::Raw},
         {Bytes{'f', 'f', ' ', '0', '1', '\n'}, true, srp::Format::Hex},
+        /* a typo or an odd digit count is still hex, for the reader to point at */
+        {Bytes{'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'z', '0'},
+         true, srp::Format::Hex},
+        {Bytes{'0', 'x', 'a', 'b', 'c'}, true, srp::Format::Hex},
+        /* prose is not */
+        {Bytes{'#', ' ', 'T', '\n', 'T', 'h', 'e', ' ', 'f', 'a', 'c', 'e'}, false, srp::Format::Auto},
+        {Bytes{'a', 'b', 0x00, 'c'}, false, srp::Format::Auto},
         {vecMrt, true, srp::Format::Mrt},
         {Bytes{0, 0, 0, 1, 0, 99, 0, 4, 0, 0, 0, 0}, false, srp::Format::Auto},
         {Bytes{}, false, srp::Format::Auto},
@@ -196,6 +234,33 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
     EXPECT_EQ(sink.ulSkipped, 1u); /* the IPv4 unicast RIB */
     /* Errors name the record's offset in the file */
     EXPECT_EQ(sink.vecSeen[5].ullOffset, vecFile.size() - vecCut.size());
+}
+
+/* Peeked bytes are handed out again, whatever the sizes of peek and read. */
+TEST(InputFile, PeekThenReadGivesEveryByteOnce)
+{
+    Bytes vecData(3000u);
+    for (size_t i = 0; i < vecData.size(); i++) {
+        vecData[i] = static_cast<uint8_t>(i * 7u);
+    }
+    struct Case {
+        size_t ulPeek1, ulPeek2, ulRead;
+    } astCases[] = {{0, 0, 1000}, {10, 0, 7}, {10, 100, 64}, {5000, 0, 999}, {100, 10, 4096}};
+    for (const Case &st : astCases) {
+        srp::InputFile in;
+        in.OpenMemory(vecData.data(), vecData.size());
+        EXPECT_EQ(in.Peek(st.ulPeek1).size(), std::min(st.ulPeek1, vecData.size()));
+        Bytes vecOut(st.ulRead);
+        size_t n = in.Read(vecOut.data(), 3u); /* a read between two peeks */
+        vecOut.resize(n);
+        in.Peek(st.ulPeek2);
+        Bytes vecBlock(st.ulRead);
+        while ((n = in.Read(vecBlock.data(), vecBlock.size())) > 0u) {
+            vecOut.insert(vecOut.end(), vecBlock.begin(), vecBlock.begin() + static_cast<std::ptrdiff_t>(n));
+        }
+        EXPECT_EQ(vecOut, vecData) << "peek " << st.ulPeek1 << "/" << st.ulPeek2 << ", read " << st.ulRead;
+        EXPECT_EQ(in.Consumed(), vecData.size());
+    }
 }
 
 }  // namespace
