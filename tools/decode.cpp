@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "bgp/message_stream.h"
+#include "bmp/monitor.h"
 #include "input/source.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
@@ -39,8 +40,22 @@ public:
           m_describer(host, DescribeOptions{!stOptions.bJson, true}),
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
-          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out))
+          m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
+          m_monitor(host, m_rib, out, bmp::MonitorOptions{stOptions.bJson, stOptions.bVerbose, false})
     {
+    }
+
+    /* A BMP message: the monitor shows it, and decodes the UPDATEs it
+     * carries; a malformed one is reported and the stream goes on. */
+    void BmpMessage(const uint8_t *p, size_t n, const Origin &stOrigin) override
+    {
+        Start(stOrigin);
+        m_ullFound++;
+        std::string strError;
+        if (!m_monitor.Handle(stOrigin.strSource, stOrigin.strSource, p, n, stOrigin.ullOffset, m_stCtx.ullMessage,
+                              strError)) {
+            Say(Problem(strError));
+        }
     }
 
     void Message(const uint8_t *p, size_t n, const Origin &stOrigin) override
@@ -128,7 +143,18 @@ public:
         }
     }
 
-    const Counters &Count() const { return m_stCount; }
+    /* The counts, those of BMP streams included. */
+    Counters Count() const
+    {
+        Counters st = m_stCount;
+        const bmp::MonitorCounts &stBmp = m_monitor.Count();
+        st.ullUpdates += stBmp.ullUpdates;
+        st.ullRoutes += stBmp.ullRoutes;
+        st.ullWithdrawals += stBmp.ullWithdrawals;
+        st.ullSkipped += stBmp.ullSkipped;
+        st.ullFailed += stBmp.ullFailed;
+        return st;
+    }
 
 private:
     void Start(const Origin &stOrigin)
@@ -193,6 +219,8 @@ private:
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
     uint64_t m_ullFound = 0;
+    Rib m_rib; /* the tables of BMP streams */
+    bmp::Monitor m_monitor;
 };
 
 /* How much of an input is looked at to tell its format. */
@@ -316,6 +344,9 @@ bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, InputFile &in, cons
             bOk = ReadPcap(in, strSource, stRead, dec, stStats, strError);
             strHint = CaptureHint(stStats, stRead);
             return bOk;
+        case Format::Bmp:
+            strHint = "no whole BMP message in it";
+            return ReadBmp(in, strSource, dec, strError);
         case Format::Mrt:
             strHint = "its MRT records hold no BGP message and no SR Policy RIB entry";
             return ReadMrt(in, strSource, dec, strError);
@@ -368,7 +399,7 @@ int RunDecode(const DecodeOptions &stOptions)
         }
     }
     out.Flush();
-    const Counters &st = dec.Count();
+    Counters st = dec.Count();
     std::cerr << "summary: messages " << st.ullMessages << ", updates " << st.ullUpdates << ", routes "
               << st.ullRoutes << ", withdrawals " << st.ullWithdrawals << ", skipped " << st.ullSkipped
               << ", failed " << st.ullFailed << "\n";

@@ -31,9 +31,9 @@ int main(int argc, char **argv)
     CLI::App *pDecode = app.add_subcommand("decode", "decode BGP messages and print their SR Policy routes");
     pDecode->add_option("FILE", stDecode.vecInputs, "inputs ('-' or none: standard input)");
     pDecode->add_option("--in", strIn, "input format")
-        ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt"}))
+        ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt", "bmp"}))
         ->capture_default_str();
-    pDecode->add_option("--port", stDecode.vecPorts, "TCP port of BGP in captures (repeatable; default 179)")
+    pDecode->add_option("--port", stDecode.vecPorts, "TCP port of BGP or BMP in captures (repeatable; default 179, and 11019 for BMP)")
         ->check(CLI::Range(1, 65535))
         ->expected(1)
         ->allow_extra_args(false)

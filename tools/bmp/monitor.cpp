@@ -78,10 +78,10 @@ Monitor::Monitor(PluginHost &host, Rib &rib, OutBuffer &out, const MonitorOption
 }
 
 void Monitor::Start(const std::string &strRouter, const std::string &strSource, uint64_t ullOffset,
-                    const Message &stMsg)
+                    uint64_t ullIndex, const Message &stMsg)
 {
     m_stCtx = EventContext{};
-    m_stCtx.ullMessage = m_stCount.ullMessages;
+    m_stCtx.ullMessage = ullIndex;
     m_stCtx.strSource = strSource;
     m_stCtx.ullOffset = ullOffset;
     m_stCtx.strRouter = strRouter;
@@ -99,16 +99,16 @@ void Monitor::Start(const std::string &strRouter, const std::string &strSource, 
 }
 
 bool Monitor::Handle(const std::string &strRouter, const std::string &strSource, const uint8_t *p, size_t n,
-                      uint64_t ullOffset, std::string &strError)
+                      uint64_t ullOffset, uint64_t ullIndex, std::string &strError)
 {
     m_stCount.ullMessages++;
     Message stMsg;
     if (!ParseMessage(p, n, stMsg, strError)) {
-        Start(strRouter, strSource, ullOffset, stMsg);
+        Start(strRouter, strSource, ullOffset, ullIndex, stMsg);
         m_stCount.ullFailed++;
         return false;
     }
-    Start(strRouter, strSource, ullOffset, stMsg);
+    Start(strRouter, strSource, ullOffset, ullIndex, stMsg);
     const PeerHeader &stPeer = stMsg.stPeer;
     switch (stMsg.ucType) {
         case kRouteMonitoring: RouteMonitoring(stMsg, stMsg.vecBgp[0], true); break;

@@ -47,10 +47,10 @@ public:
     Monitor(PluginHost &host, Rib &rib, OutBuffer &out, const MonitorOptions &stOptions);
 
     /* One whole BMP message of the router's stream, met at ullOffset of the
-     * source. False when it is malformed (strError says why): the caller
+     * source, the ullIndex-th message of the run. False when it is malformed (strError says why): the caller
      * ends that stream. */
     bool Handle(const std::string &strRouter, const std::string &strSource, const uint8_t *p, size_t n,
-                 uint64_t ullOffset, std::string &strError);
+                 uint64_t ullOffset, uint64_t ullIndex, std::string &strError);
     /* The router's stream ended: its tables are no longer kept up to date
      * and go. Returns the number of routes removed. */
     size_t RouterGone(const std::string &strRouter);
@@ -66,7 +66,8 @@ public:
     const EventContext &Context() const { return m_stCtx; }
 
 private:
-    void Start(const std::string &strRouter, const std::string &strSource, uint64_t ullOffset, const Message &stMsg);
+    void Start(const std::string &strRouter, const std::string &strSource, uint64_t ullOffset, uint64_t ullIndex,
+               const Message &stMsg);
     void RouteMonitoring(const Message &stMsg, Bytes &vecUpdate, bool bStore);
     void Store(const RibSource &stSource, int64_t llTimeUs);
     void Event(const Message &stMsg, const std::string &strText, const std::string &strJsonFields);

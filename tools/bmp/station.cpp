@@ -248,7 +248,7 @@ private:
                 m_monitor.CountBrokenStream();
             }
             if (eResult == Framer::Result::Error ||
-                !m_monitor.Handle(st.strRouter, "bmp", p, n, ullOffset, strError)) {
+                !m_monitor.Handle(st.strRouter, "bmp", p, n, ullOffset, m_monitor.Count().ullMessages + 1u, strError)) {
                 Fail(st, ullOffset, strError);
                 return false;
             }

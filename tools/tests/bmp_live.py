@@ -3,6 +3,7 @@
 
   bmp_live.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
   bmp_live.py TOOL CONFIGS gobgpd      a BGP speaker -> gobgpd -> BMP -> the station
+  bmp_live.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
 
 Every port is picked at run time (port 0); every run is bounded by an alarm
 and stops what it started."""
@@ -356,6 +357,78 @@ def run_gobgpd(tool, configs, workdir, gobgpd):
     check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
 
 
+def pcap_file(stream, sport, dport, chunk=500):
+    """A classic pcap of one TCP direction carrying the stream in segments
+    of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
+    two segments swapped to show the reassembly at work."""
+    out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 1)
+    seq = 1000
+    frames = []
+    syn = struct.pack("!HHIIBBHHH", sport, dport, seq - 1, 0, 0x50, 0x02, 65535, 0, 0)
+    pieces = [b""] + [stream[i:i + chunk] for i in range(0, len(stream), chunk)]
+    for i, data in enumerate(pieces):
+        tcp = syn if i == 0 else struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 0x50, 0x18, 65535, 0, 0) + data
+        seq += len(data)
+        ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), i, 0, 64, 6, 0, socket.inet_aton("192.0.2.1"),
+                         socket.inet_aton("192.0.2.2"))
+        frames.append(b"\x02" * 6 + b"\x04" * 6 + b"\x08\x00" + ip + tcp)
+    frames[-1], frames[-2] = frames[-2], frames[-1]
+    for i, frame in enumerate(frames):
+        out += struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame
+    return out
+
+
+def decode(tool, path, *args):
+    run = subprocess.run([tool, "decode", "--json", *args, path], capture_output=True, text=True, timeout=30)
+    return run.returncode, [json.loads(line) for line in run.stdout.splitlines() if line.strip()], run.stderr
+
+
+def run_decode(tool, configs, workdir):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    stream = (initiation("r1") + peer_up("10.0.0.9", 65009) +
+              b"".join(route_monitoring("10.0.0.9", 65009, u) for u in updates) +
+              route_monitoring("10.0.0.9", 65009, withdraw[0]) +
+              bmp(1, peer_header("10.0.0.9", 65009) + struct.pack("!I", 1) + tlv(0, struct.pack("!I", 3))) +
+              bmp(6, peer_header("10.0.0.9", 65009) + tlv(0, updates[0]) + tlv(1, struct.pack("!H", 1))) +
+              bmp(2, peer_header("10.0.0.9", 65009) + b"\x04") +
+              bmp(5, tlv(1, struct.pack("!H", 0))))
+    expected = set(config_routes(os.path.join(configs, "bmp_routes.json")))
+    files = {"stream.bmp": stream, "bmp.pcap": pcap_file(stream, 40000, 11019),
+             "bmp_port.pcap": pcap_file(stream, 40000, 5000)}
+    for name, data in files.items():
+        with open(os.path.join(workdir, name), "wb") as f:
+            f.write(data)
+    for name, args in (("stream.bmp", ()), ("bmp.pcap", ()), ("bmp_port.pcap", ("--port", "5000"))):
+        rc, lines, err = decode(tool, os.path.join(workdir, name), *args)
+        events = [e.get("event") for e in lines if "event" in e]
+        routes = [e for e in lines if "nlri" in e]
+        check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
+              name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
+        check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
+              [route_key(e) for e in routes if e["withdrawn"]] == [(1, 1, 100, "10.0.0.2")] and
+              [e["view"] for e in routes].count("mirrored") == 1,
+              name + ": the routes of Route Monitoring and Route Mirroring")
+        check(all(e["peer"] == "10.0.0.9 AS 65009" and e["time"] == "2023-11-14T22:13:20.000250Z" for e in routes),
+              name + ": every route names its peer and time stamp")
+        check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
+    rc, lines, err = decode(tool, os.path.join(workdir, "bmp_port.pcap"))
+    check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
+    cut = os.path.join(workdir, "cut.bmp")
+    with open(cut, "wb") as f:
+        f.write(stream[:-3])
+    rc, lines, err = decode(tool, cut)
+    check(rc == 1 and re.search(r"cut BMP message: the stream ended 9 bytes into it", err),
+          "a cut stream file: reported, status 1: " + err.strip())
+    broken = os.path.join(workdir, "broken.bmp")
+    with open(broken, "wb") as f:
+        f.write(initiation("r1") + bmp(0, b"") + initiation("r2"))
+    rc, lines, err = decode(tool, broken)
+    check(rc == 1 and "no room for its per-peer header" in err and
+          [e.get("sysName") for e in lines] == ["r1", "r2"],
+          "a malformed message in a file is reported and the stream goes on: " + err.strip())
+
+
 def main():
     tool, configs, scenario = sys.argv[1:4]
     signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
@@ -364,6 +437,8 @@ def main():
         try:
             if scenario == "malformed":
                 run_malformed(tool, configs, workdir)
+            elif scenario == "decode":
+                run_decode(tool, configs, workdir)
             else:
                 run_gobgpd(tool, configs, workdir, sys.argv[4])
         except AssertionError:
