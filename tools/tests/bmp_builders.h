@@ -151,6 +151,13 @@ inline Bytes BgpOpenExtended(uint32_t ulAs, uint16_t usAfi, uint8_t ucSafi)
     return Bgp(1u, v);
 }
 
+/* An OPEN of AS 65010 with one capability: Graceful Restart (64), 4 bytes,
+ * which is neither a family nor the 4-octet AS. */
+inline Bytes BgpOpenGracefulRestart()
+{
+    return Bgp(1u, Bytes{4u, 0xFD, 0xF2, 0, 90, 10, 0, 0, 9, 8, 2, 6, 64, 4, 0, 0, 0, 0});
+}
+
 /* An OPEN whose only capability claims 5 bytes in a 4-byte parameter. */
 inline Bytes BgpOpenBadCapability()
 {
