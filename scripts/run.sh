@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/deps.sh build-essential cmake ninja-build libpcap-dev nlohmann-json3-dev libcli11-dev
+scripts/deps.sh build-essential cmake ninja-build libpcap-dev nlohmann-json3-dev rapidjson-dev libcli11-dev
 
 cmake -S . -B build/run -G Ninja -DCMAKE_BUILD_TYPE=Release -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF >/dev/null
 cmake --build build/run --target srpolicy >/dev/null

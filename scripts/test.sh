@@ -21,7 +21,10 @@ scripts/deps.sh build-essential cmake ninja-build g++-multilib clang googletest 
   valgrind qemu-user clang-tidy cppcheck libclang-rt-14-dev \
   binutils-arm-linux-gnueabihf libc6-dev-armhf-cross libgcc-12-dev-armhf-cross libstdc++-12-dev-armhf-cross \
   binutils-powerpc-linux-gnu libc6-dev-powerpc-cross libgcc-12-dev-powerpc-cross libstdc++-12-dev-powerpc-cross \
-  libpcap-dev nlohmann-json3-dev libcli11-dev python3 gobgpd
+  libpcap-dev nlohmann-json3-dev rapidjson-dev libcli11-dev python3 gobgpd
+# GoBGP's packet parser (Go sources in Debian's package, built offline) reads
+# the encoder's UPDATEs in the interoperability tests.
+scripts/deps.sh golang-go golang-github-osrg-gobgp-dev
 # Optional: tshark dissects the captures the srpolicy tool writes. Installed
 # only when that works without questions; the check is skipped otherwise.
 if ! command -v tshark >/dev/null 2>&1; then

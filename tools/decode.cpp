@@ -12,8 +12,10 @@
 #include "input/source.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
+#include "output/rib_printer.h"
 #include "plugin/describer.h"
 #include "plugin/plugin_host.h"
+#include "rib/rib.h"
 
 namespace srp {
 
@@ -41,6 +43,7 @@ public:
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
+          m_bRib(stOptions.bRib),
           m_monitor(host, m_rib, out, bmp::MonitorOptions{stOptions.bJson, stOptions.bVerbose, false})
     {
     }
@@ -155,6 +158,8 @@ public:
         st.ullFailed += stBmp.ullFailed;
         return st;
     }
+    /* The table the inputs left (--rib). */
+    void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter); }
 
 private:
     void Start(const Origin &stOrigin)
@@ -172,6 +177,11 @@ private:
         for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
             m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
         }
+        if (m_bRib) {
+            RibSource stSource;
+            stSource.strPeer = m_stCtx.strSource;
+            ApplyUpdate(m_rib, stSource, m_stUpdate, 0.0);
+        }
         Print();
     }
 
@@ -188,7 +198,9 @@ private:
             }
         }
         EndInput();
-        m_pPrinter->Update(m_stCtx, m_stUpdate);
+        if (!m_bRib) {
+            m_pPrinter->Update(m_stCtx, m_stUpdate);
+        }
     }
 
     void Say(const Problem &stProblem, const char *pcKind = "error")
@@ -215,12 +227,13 @@ private:
     WalkedUpdate m_stWalk;
     DescribedUpdate m_stUpdate;
     Counters m_stCount;
+    bool m_bRib;
+    Rib m_rib;
     bool m_bProgress = isatty(STDERR_FILENO) == 1;
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
     uint64_t m_ullFound = 0;
-    Rib m_rib; /* the tables of BMP streams */
-    bmp::Monitor m_monitor;
+    bmp::Monitor m_monitor; /* BMP streams, into the same table */
 };
 
 /* How much of an input is looked at to tell its format. */
@@ -397,6 +410,9 @@ int RunDecode(const DecodeOptions &stOptions)
             std::cerr << "srpolicy: " << strSource << ": no BGP message found: " << strHint << "\n";
             bNothingFound = true;
         }
+    }
+    if (stOptions.bRib) {
+        dec.PrintTable();
     }
     out.Flush();
     Counters st = dec.Count();

@@ -17,6 +17,7 @@ struct DecodeOptions {
     Format eFormat = Format::Auto;
     DecodeMode eMode = DecodeMode::Messages;
     bool bJson = false;
+    bool bRib = false; /* print the table left at the end instead of every route */
     bool bVerbose = false; /* also the plug-in's reports of calls that succeeded */
     std::vector<uint16_t> vecPorts;     /* TCP ports of BGP in captures; empty: 179 */
     std::vector<std::string> vecInputs; /* files, "-" for stdin; empty = stdin */

@@ -114,11 +114,16 @@ void MpUnreach(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 void TunnelEncap(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 {
     Bytes vecValue(stSpan.p, stSpan.p + stSpan.n);
+    NoteWireValue(stSpan.p, stSpan.n, stOut.stAttrNotes);
     uint32_t ulRc = host.ParseTunnelEncap(vecValue, stOut.vecAttr);
     if (ulRc != BOL_OK) {
         stOut.ulAttrError = ulRc;
         stOut.vecAttr.clear();
-        Fail(stOut, "Tunnel Encapsulation attribute", stSpan.ulBase, ulRc);
+        std::string strWhat = "Tunnel Encapsulation attribute";
+        for (const std::string &strWarning : stOut.stAttrNotes.vecWarnings) {
+            strWhat += " (" + strWarning + ")";
+        }
+        Fail(stOut, strWhat, stSpan.ulBase, ulRc);
         return;
     }
     stOut.bHasAttr = true;

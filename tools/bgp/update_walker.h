@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "common/bgp_codes.h"
+#include "bgp/tunnel_encap.h"
 #include "common/bytes.h"
 #include "plugin/plugin_host.h"
 
@@ -36,6 +37,7 @@ struct WalkedUpdate {
     bool bHasAttr = false; /* a Tunnel Encapsulation attribute was decoded */
     uint32_t ulAttrError = 0; /* the attribute parser's refusal */
     Bytes vecAttr;         /* its normalised form */
+    WireNotes stAttrNotes; /* what the received attribute value holds beyond its normalised form */
     std::string strNextHop;
     uint32_t ulSkipped = 0;
     std::vector<WalkFailure> vecFailures;
@@ -47,6 +49,7 @@ struct WalkedUpdate {
         bHasAttr = false;
         ulAttrError = 0;
         vecAttr.clear();
+        stAttrNotes.Clear();
         strNextHop.clear();
         ulSkipped = 0;
         vecFailures.clear();

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "common/bgp_codes.h"
+#include "output/rib_printer.h"
 
 namespace srp {
 namespace bmp {
@@ -40,16 +41,6 @@ RibView ViewOf(const PeerHeader &stPeer)
 }
 
 }  // namespace
-
-const char *ViewName(RibView eView)
-{
-    switch (eView) {
-        case RibView::PrePolicy: return "pre-policy";
-        case RibView::PostPolicy: return "post-policy";
-        case RibView::LocRib: return "loc-rib";
-        default: return "received";
-    }
-}
 
 RibSource SourceOf(const std::string &strRouter, const PeerHeader &stPeer)
 {
@@ -265,27 +256,10 @@ void Monitor::RouteMonitoring(const bmp::Message &stMsg, Bytes &vecUpdate, bool 
         std::fwrite(strLine.data(), 1u, strLine.size(), stderr);
     }
     if (bStore) {
-        Store(SourceOf(m_stCtx.strRouter, stMsg.stPeer), m_stCtx.llTimeUs);
+        ApplyUpdate(m_rib, SourceOf(m_stCtx.strRouter, stMsg.stPeer), m_stUpdate,
+                    static_cast<double>(m_stCtx.llTimeUs) / 1e6);
     }
     m_pPrinter->Update(m_stCtx, m_stUpdate);
-}
-
-void Monitor::Store(const RibSource &stSource, int64_t llTimeUs)
-{
-    for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
-        RibKey stKey{st.usAfi, st.stKey};
-        /* A refused attribute withdraws the routes it came with (treat-as-withdraw). */
-        if (st.bWithdrawn || m_stUpdate.stAttr.ulError != 0u) {
-            m_rib.Withdraw(stSource, stKey);
-            continue;
-        }
-        RibRoute stRoute;
-        stRoute.bHasAttr = m_stUpdate.stAttr.bPresent;
-        stRoute.vecAttr = m_stUpdate.stAttr.vecNormalised;
-        stRoute.strNextHop = m_stUpdate.strNextHop;
-        stRoute.dReceived = static_cast<double>(llTimeUs) / 1e6;
-        m_rib.Announce(stSource, stKey, std::move(stRoute));
-    }
 }
 
 size_t Monitor::RouterGone(const std::string &strRouter)
@@ -307,34 +281,10 @@ size_t Monitor::RouterGone(const std::string &strRouter)
 void Monitor::Dump(OutBuffer &out, bool bJson)
 {
     std::unique_ptr<Printer> pPrinter = MakePrinter(bJson ? PrintForm::Json : PrintForm::Text, out);
-    Describer describer(m_host, DescribeOptions{!bJson, true});
     if (!bJson) {
         out << "table: " << static_cast<uint64_t>(m_rib.Size()) << " routes\n";
     }
-    uint64_t ullIndex = 0;
-    WalkedUpdate stWalk;
-    DescribedUpdate stUpdate;
-    m_rib.ForEach([&](const RibSource &stSource, const RibKey &stKey, const RibRoute &stRoute) {
-        stWalk.Clear();
-        WalkedRoute stWalked;
-        stWalked.stKey = stKey.stKey;
-        stWalked.usAfi = stKey.usAfi;
-        stWalk.vecRoutes.push_back(stWalked);
-        stWalk.bHasAttr = stRoute.bHasAttr;
-        stWalk.vecAttr = stRoute.vecAttr;
-        stWalk.strNextHop = stRoute.strNextHop;
-        describer.Describe(stWalk, stUpdate);
-        EventContext stCtx;
-        stCtx.ullMessage = ++ullIndex;
-        stCtx.strSource = "table";
-        stCtx.bHasOffset = false;
-        stCtx.bHasTime = true;
-        stCtx.llTimeUs = static_cast<int64_t>(stRoute.dReceived * 1e6 + 0.5);
-        stCtx.strRouter = stSource.strRouter;
-        stCtx.strPeer = stSource.strPeer + " AS " + std::to_string(stSource.ulPeerAs);
-        stCtx.strView = ViewName(stSource.eView);
-        pPrinter->Update(stCtx, stUpdate);
-    });
+    PrintRib(m_rib, m_host, *pPrinter);
     out.Flush();
 }
 

@@ -69,7 +69,6 @@ private:
     void Start(const std::string &strRouter, const std::string &strSource, uint64_t ullOffset, uint64_t ullIndex,
                const Message &stMsg);
     void RouteMonitoring(const Message &stMsg, Bytes &vecUpdate, bool bStore);
-    void Store(const RibSource &stSource, int64_t llTimeUs);
     void Event(const Message &stMsg, const std::string &strText, const std::string &strJsonFields);
 
     PluginHost &m_host;
@@ -87,7 +86,6 @@ private:
 
 /* The table source of a monitored peer seen by a router. */
 RibSource SourceOf(const std::string &strRouter, const PeerHeader &stPeer);
-const char *ViewName(RibView eView);
 
 }  // namespace bmp
 }  // namespace srp

@@ -93,7 +93,9 @@ Sid SidOf(const json &j, const std::string &strPath)
     return a;
 }
 
-SidStructure StructureOf(const json &j, const std::string &strPath)
+/* bPast128: lengths adding up past 128 bits are taken as configured (the
+ * encoder warns about them) instead of refused. */
+SidStructure StructureOf(const json &j, const std::string &strPath, bool bPast128 = false)
 {
     OnlyKeys(j, strPath, {"lb", "ln", "func", "arg"});
     SidStructure st;
@@ -103,7 +105,7 @@ SidStructure StructureOf(const json &j, const std::string &strPath)
         st.aucLen[i] = static_cast<uint8_t>(OptNumber(j, apcKeys[i], strPath, 128u).value_or(0u));
         uSum += st.aucLen[i];
     }
-    if (uSum > 128u) {
+    if (uSum > 128u && !bPast128) {
         Bad(strPath, "lengths add up to more than 128");
     }
     return st;
@@ -142,7 +144,7 @@ CfgSrv6BindingSid Srv6BindingSidOf(const json &j, const std::string &strPath)
         st.ucFlags |= 0x20u;
         st.usBehavior = static_cast<uint16_t>(OptNumber(j, "endpoint_behavior", strPath, 0xFFFFu).value_or(0u));
         if (j.contains("structure")) {
-            st.stStructure = StructureOf(j.at("structure"), strPath + ".structure");
+            st.stStructure = StructureOf(j.at("structure"), strPath + ".structure", true);
         }
     }
     return st;

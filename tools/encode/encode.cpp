@@ -2,6 +2,9 @@
  * and packet-format entry points. */
 #include "encode/encode.h"
 
+#include <unistd.h>
+
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -10,7 +13,9 @@
 
 #include "bgp/message_stream.h"
 #include "common/bgp_codes.h"
+#include "encode/interop.h"
 #include "input/source.h"
+#include "output/out_buffer.h"
 
 namespace srp {
 
@@ -168,6 +173,7 @@ struct Prepared {
     Bytes vecNextHop;
     Bytes vecBefore; /* ORIGIN and AS_PATH */
     Bytes vecAfter;  /* the Tunnel Encapsulation attribute */
+    Bytes vecValue;  /* its value */
 };
 
 Bytes BuildMessage(const Prepared &stFirst, const Bytes &vecNlris, bool bWithdraw)
@@ -229,7 +235,7 @@ bool Prepare(PluginHost &host, const CfgRoute &stRoute, size_t ulIndex, bool bWi
     if (bWithdraw) {
         return true;
     }
-    Bytes vecValue;
+    Bytes &vecValue = stOut.vecValue;
     ulRc = host.FormatPacket(kAttrTnlEncap, stKey, vecAttr, vecValue);
     if (ulRc != BOL_OK) {
         strError = strWhere + "Tunnel Encapsulation attribute: " + ResultName(ulRc);
@@ -251,41 +257,64 @@ bool Prepare(PluginHost &host, const CfgRoute &stRoute, size_t ulIndex, bool bWi
 
 }  // namespace
 
-bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool bWithdraw, std::vector<Bytes> &vecMsgs,
-                  std::string &strError)
+/* Size of the UPDATE of a group whose NLRI take ulNlris bytes, without
+ * building it: header, the two length fields, the shared attributes and the
+ * MP attribute (its length field widens past 255 bytes). */
+size_t MessageSize(const Prepared &stFirst, size_t ulNlris, bool bWithdraw)
 {
-    std::vector<Prepared> vecPrepared(vecRoutes.size());
+    size_t ulMp = 3u + ulNlris + (bWithdraw ? 0u : 2u + stFirst.vecNextHop.size());
+    size_t ulMpAttr = (ulMp > 255u ? 4u : 3u) + ulMp;
+    size_t ulShared = bWithdraw ? 0u : stFirst.vecBefore.size() + stFirst.vecAfter.size();
+    return kBgpHeaderLen + 4u + ulShared + ulMpAttr;
+}
+
+bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool bWithdraw, const MessageFn &fnMessage,
+                  const WarningFn &fnWarning, std::string &strError)
+{
+    /* Consecutive routes with the same family, next hop and attributes share
+     * one UPDATE while it stays within the message size; the size is
+     * counted, not rebuilt, so the work grows with the routes only. */
+    Prepared stGroup;
+    Bytes vecNlris;
+    bool bOpen = false;
     for (size_t i = 0; i < vecRoutes.size(); i++) {
-        if (!Prepare(host, vecRoutes[i], i, bWithdraw, vecPrepared[i], strError)) {
+        Prepared stRoute;
+        if (!Prepare(host, vecRoutes[i], i, bWithdraw, stRoute, strError)) {
             return false;
         }
-    }
-    /* Consecutive routes with the same family, next hop and attributes share
-     * one UPDATE while it stays within the message size. */
-    size_t i = 0;
-    while (i < vecPrepared.size()) {
-        const Prepared &stFirst = vecPrepared[i];
-        Bytes vecNlris = stFirst.vecNlri;
-        if (BuildMessage(stFirst, vecNlris, bWithdraw).size() > kMaxMessage) {
+        if (!bWithdraw && fnWarning) {
+            for (const std::string &strWarning : InteropWarnings(stRoute.vecValue.data(), stRoute.vecValue.size())) {
+                fnWarning(i, strWarning);
+            }
+        }
+        if (bOpen && stRoute.usAfi == stGroup.usAfi && stRoute.vecNextHop == stGroup.vecNextHop &&
+            stRoute.vecBefore == stGroup.vecBefore && stRoute.vecAfter == stGroup.vecAfter &&
+            MessageSize(stGroup, vecNlris.size() + stRoute.vecNlri.size(), bWithdraw) <= kMaxMessage) {
+            PutBytes(vecNlris, stRoute.vecNlri.data(), stRoute.vecNlri.size());
+            continue;
+        }
+        if (bOpen) {
+            fnMessage(BuildMessage(stGroup, vecNlris, bWithdraw));
+        }
+        if (MessageSize(stRoute, stRoute.vecNlri.size(), bWithdraw) > kMaxMessage) {
             strError = "routes[" + std::to_string(i) + "]: the UPDATE would exceed 4096 bytes";
             return false;
         }
-        size_t k = i + 1u;
-        while (k < vecPrepared.size() && vecPrepared[k].usAfi == stFirst.usAfi &&
-               vecPrepared[k].vecNextHop == stFirst.vecNextHop && vecPrepared[k].vecBefore == stFirst.vecBefore &&
-               vecPrepared[k].vecAfter == stFirst.vecAfter) {
-            Bytes vecMore = vecNlris;
-            PutBytes(vecMore, vecPrepared[k].vecNlri.data(), vecPrepared[k].vecNlri.size());
-            if (BuildMessage(stFirst, vecMore, bWithdraw).size() > kMaxMessage) {
-                break;
-            }
-            vecNlris = std::move(vecMore);
-            k++;
-        }
-        vecMsgs.push_back(BuildMessage(stFirst, vecNlris, bWithdraw));
-        i = k;
+        stGroup = std::move(stRoute);
+        vecNlris = stGroup.vecNlri;
+        bOpen = true;
+    }
+    if (bOpen) {
+        fnMessage(BuildMessage(stGroup, vecNlris, bWithdraw));
     }
     return true;
+}
+
+bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool bWithdraw, std::vector<Bytes> &vecMsgs,
+                  std::string &strError)
+{
+    return BuildUpdates(
+        host, vecRoutes, bWithdraw, [&vecMsgs](const Bytes &v) { vecMsgs.push_back(v); }, WarningFn(), strError);
 }
 
 int RunEncode(const EncodeOptions &stOptions)
@@ -306,27 +335,52 @@ int RunEncode(const EncodeOptions &stOptions)
         std::cerr << "srpolicy: the plug-in could not be constructed\n";
         return 2;
     }
-    std::vector<Bytes> vecMsgs;
-    if (!BuildUpdates(host, vecRoutes, stOptions.bWithdraw, vecMsgs, strError)) {
+    SessionCapture capture;
+    if (!stOptions.strPcap.empty() && !capture.Open(stOptions.strPcap, strError)) {
+        std::cerr << "srpolicy: " << strError << "\n";
+        return 2;
+    }
+    OutBuffer out(STDOUT_FILENO);
+    MessageFn fnMessage = [&](const Bytes &vecMsg) {
+        if (!stOptions.strPcap.empty()) {
+            capture.Message(vecMsg);
+        } else if (stOptions.eOutput == EncodeOutput::Raw) {
+            out.Write(reinterpret_cast<const char *>(vecMsg.data()), vecMsg.size());
+        } else {
+            out << ToHex(vecMsg) << '\n';
+        }
+    };
+    /* Interoperability warnings: every one for the first routes, then a count. */
+    const size_t kShownRoutes = 20u;
+    size_t ulWarnedRoutes = 0;
+    size_t ulLastRoute = SIZE_MAX;
+    WarningFn fnWarning = [&](size_t ulRoute, const std::string &strWarning) {
+        if (ulRoute != ulLastRoute) {
+            ulWarnedRoutes++;
+            ulLastRoute = ulRoute;
+        }
+        if (ulWarnedRoutes <= kShownRoutes) {
+            std::cerr << "srpolicy: warning: routes[" << ulRoute << "]: " << strWarning << "\n";
+        }
+    };
+    bool bBuilt = BuildUpdates(host, vecRoutes, stOptions.bWithdraw, fnMessage, fnWarning, strError);
+    if (ulWarnedRoutes > kShownRoutes) {
+        std::cerr << "srpolicy: warning: " << ulWarnedRoutes - kShownRoutes
+                  << " more routes with interoperability warnings (see the Interoperability section of "
+                     "tools/README.md)\n";
+    }
+    if (!bBuilt) {
         std::cerr << "srpolicy: " << stOptions.strConfig << ": " << strError << "\n";
         return 1;
     }
     if (!stOptions.strPcap.empty()) {
-        if (!WritePcap(stOptions.strPcap, vecMsgs, strError)) {
+        if (!capture.Close(strError)) {
             std::cerr << "srpolicy: " << strError << "\n";
             return 2;
         }
         return 0;
     }
-    for (const Bytes &vecMsg : vecMsgs) {
-        if (stOptions.eOutput == EncodeOutput::Raw) {
-            std::cout.write(reinterpret_cast<const char *>(vecMsg.data()), static_cast<std::streamsize>(vecMsg.size()));
-        } else {
-            std::cout << ToHex(vecMsg) << "\n";
-        }
-    }
-    std::cout.flush();
-    return std::cout.good() ? 0 : 2;
+    return out.Flush() ? 0 : 2;
 }
 
 }  // namespace srp

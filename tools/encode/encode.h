@@ -9,9 +9,13 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <pcap/pcap.h>
 
 #include "common/bytes.h"
 #include "plugin/plugin_host.h"
@@ -83,9 +87,55 @@ struct CfgRoute {
 bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError);
 
 /* One UPDATE per run of routes that share their attributes (at most 4096
- * bytes each); with bWithdraw, MP_UNREACH_NLRI only. */
+ * bytes each); with bWithdraw, MP_UNREACH_NLRI only. Messages are handed on
+ * as they are complete; fnWarning (may be empty) hears, per route index, the
+ * code points RFC 9830 receivers read differently. */
+using MessageFn = std::function<void(const Bytes &vecMsg)>;
+using WarningFn = std::function<void(size_t ulRoute, const std::string &strWarning)>;
+bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool bWithdraw, const MessageFn &fnMessage,
+                  const WarningFn &fnWarning, std::string &strError);
+/* The same, collected. */
 bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool bWithdraw, std::vector<Bytes> &vecMsgs,
                   std::string &strError);
+
+/* The frames of one BGP session (Ethernet, IPv4, TCP port 179) carrying a
+ * stream of messages: the handshake first, then data in segments of at most
+ * 1460 bytes, each acknowledged. */
+class SessionFramer {
+public:
+    using FrameFn = std::function<void(const Bytes &vecFrame)>;
+    explicit SessionFramer(FrameFn fnFrame);
+    void Message(const Bytes &vecMsg);
+    /* The last, shorter segment. */
+    void Finish();
+
+private:
+    void Segment(const uint8_t *p, size_t n);
+
+    FrameFn m_fnFrame;
+    Bytes m_vecPending;
+    uint16_t m_usId = 1u;
+    uint32_t m_ulSpeakerSeq = 0;
+};
+
+/* That session written to a capture file ("-": stdout) as messages come. */
+class SessionCapture {
+public:
+    SessionCapture() = default;
+    ~SessionCapture();
+    SessionCapture(const SessionCapture &) = delete;
+    SessionCapture &operator=(const SessionCapture &) = delete;
+    bool Open(const std::string &strPath, std::string &strError);
+    void Message(const Bytes &vecMsg);
+    bool Close(std::string &strError);
+
+private:
+    std::string m_strPath;
+    pcap_t *m_pPcap = nullptr;
+    pcap_dumper_t *m_pDump = nullptr;
+    std::unique_ptr<SessionFramer> m_pFramer;
+    uint64_t m_ullFrames = 0;
+};
 
 /* A capture of one BGP session (Ethernet, IPv4, TCP port 179) carrying the
  * messages; "-" writes to stdout. */

@@ -85,60 +85,118 @@ Bytes Frame(const Endpoint &stFrom, const Endpoint &stTo, uint32_t ulSeq, uint32
 
 }  // namespace
 
-std::vector<Bytes> SessionFrames(const std::vector<Bytes> &vecMsgs)
+SessionFramer::SessionFramer(FrameFn fnFrame) : m_fnFrame(std::move(fnFrame)), m_ulSpeakerSeq(kSpeakerIsn + 1u)
 {
     const Endpoint stSpeaker{kSpeakerAddr, 179u, 1u};
     const Endpoint stPeer{kPeerAddr, kPeerPort, 2u};
-    Bytes vecStream;
-    for (const Bytes &v : vecMsgs) {
-        PutBytes(vecStream, v.data(), v.size());
+    m_fnFrame(Frame(stPeer, stSpeaker, kPeerIsn, 0u, kTcpSyn, nullptr, 0u, m_usId++));
+    m_fnFrame(Frame(stSpeaker, stPeer, kSpeakerIsn, kPeerIsn + 1u, kTcpSyn | kTcpAck, nullptr, 0u, m_usId++));
+    m_fnFrame(Frame(stPeer, stSpeaker, kPeerIsn + 1u, m_ulSpeakerSeq, kTcpAck, nullptr, 0u, m_usId++));
+}
+
+void SessionFramer::Message(const Bytes &vecMsg)
+{
+    PutBytes(m_vecPending, vecMsg.data(), vecMsg.size());
+    size_t ulOff = 0;
+    while (m_vecPending.size() - ulOff >= kMss) {
+        Segment(m_vecPending.data() + ulOff, kMss);
+        ulOff += kMss;
     }
-    std::vector<Bytes> vecFrames;
-    uint16_t usId = 1u;
-    uint32_t ulSpeakerSeq = kSpeakerIsn + 1u;
+    m_vecPending.erase(m_vecPending.begin(), m_vecPending.begin() + static_cast<std::ptrdiff_t>(ulOff));
+}
+
+void SessionFramer::Finish()
+{
+    if (!m_vecPending.empty()) {
+        Segment(m_vecPending.data(), m_vecPending.size());
+        m_vecPending.clear();
+    }
+}
+
+/* One data segment of the speaker and the peer's acknowledgement. */
+void SessionFramer::Segment(const uint8_t *p, size_t n)
+{
+    const Endpoint stSpeaker{kSpeakerAddr, 179u, 1u};
+    const Endpoint stPeer{kPeerAddr, kPeerPort, 2u};
     const uint32_t ulPeerSeq = kPeerIsn + 1u;
-    vecFrames.push_back(Frame(stPeer, stSpeaker, kPeerIsn, 0u, kTcpSyn, nullptr, 0u, usId++));
-    vecFrames.push_back(Frame(stSpeaker, stPeer, kSpeakerIsn, ulPeerSeq, kTcpSyn | kTcpAck, nullptr, 0u, usId++));
-    vecFrames.push_back(Frame(stPeer, stSpeaker, ulPeerSeq, ulSpeakerSeq, kTcpAck, nullptr, 0u, usId++));
-    for (size_t ulOff = 0; ulOff < vecStream.size(); ulOff += kMss) {
-        size_t n = std::min(kMss, vecStream.size() - ulOff);
-        vecFrames.push_back(
-            Frame(stSpeaker, stPeer, ulSpeakerSeq, ulPeerSeq, kTcpPsh | kTcpAck, vecStream.data() + ulOff, n, usId++));
-        ulSpeakerSeq += static_cast<uint32_t>(n);
-        vecFrames.push_back(Frame(stPeer, stSpeaker, ulPeerSeq, ulSpeakerSeq, kTcpAck, nullptr, 0u, usId++));
+    m_fnFrame(Frame(stSpeaker, stPeer, m_ulSpeakerSeq, ulPeerSeq, kTcpPsh | kTcpAck, p, n, m_usId++));
+    m_ulSpeakerSeq += static_cast<uint32_t>(n);
+    m_fnFrame(Frame(stPeer, stSpeaker, ulPeerSeq, m_ulSpeakerSeq, kTcpAck, nullptr, 0u, m_usId++));
+}
+
+std::vector<Bytes> SessionFrames(const std::vector<Bytes> &vecMsgs)
+{
+    std::vector<Bytes> vecFrames;
+    SessionFramer framer([&vecFrames](const Bytes &v) { vecFrames.push_back(v); });
+    for (const Bytes &v : vecMsgs) {
+        framer.Message(v);
     }
+    framer.Finish();
     return vecFrames;
+}
+
+SessionCapture::~SessionCapture()
+{
+    std::string strError;
+    Close(strError);
+}
+
+bool SessionCapture::Open(const std::string &strPath, std::string &strError)
+{
+    m_strPath = strPath;
+    m_pPcap = pcap_open_dead(DLT_EN10MB, 65535);
+    if (m_pPcap == nullptr) {
+        strError = "cannot start a capture";
+        return false;
+    }
+    m_pDump = pcap_dump_open(m_pPcap, strPath.c_str());
+    if (m_pDump == nullptr) {
+        strError = "cannot write " + strPath + ": " + pcap_geterr(m_pPcap);
+        pcap_close(m_pPcap);
+        m_pPcap = nullptr;
+        return false;
+    }
+    m_pFramer = std::make_unique<SessionFramer>([this](const Bytes &vecFrame) {
+        struct pcap_pkthdr stHdr = {};
+        stHdr.ts.tv_sec = kBaseTime + static_cast<long>(m_ullFrames / 1000u);
+        stHdr.ts.tv_usec = static_cast<long>((m_ullFrames % 1000u) * 1000u);
+        stHdr.caplen = static_cast<bpf_u_int32>(vecFrame.size());
+        stHdr.len = stHdr.caplen;
+        pcap_dump(reinterpret_cast<u_char *>(m_pDump), &stHdr, vecFrame.data());
+        m_ullFrames++;
+    });
+    return true;
+}
+
+void SessionCapture::Message(const Bytes &vecMsg) { m_pFramer->Message(vecMsg); }
+
+bool SessionCapture::Close(std::string &strError)
+{
+    if (m_pDump == nullptr) {
+        return true;
+    }
+    m_pFramer->Finish();
+    bool bOk = pcap_dump_flush(m_pDump) == 0;
+    pcap_dump_close(m_pDump);
+    pcap_close(m_pPcap);
+    m_pDump = nullptr;
+    m_pPcap = nullptr;
+    if (!bOk) {
+        strError = "cannot write " + m_strPath;
+    }
+    return bOk;
 }
 
 bool WritePcap(const std::string &strPath, const std::vector<Bytes> &vecMsgs, std::string &strError)
 {
-    pcap_t *pPcap = pcap_open_dead(DLT_EN10MB, 65535);
-    if (pPcap == nullptr) {
-        strError = "cannot start a capture";
+    SessionCapture capture;
+    if (!capture.Open(strPath, strError)) {
         return false;
     }
-    pcap_dumper_t *pDump = pcap_dump_open(pPcap, strPath.c_str());
-    if (pDump == nullptr) {
-        strError = "cannot write " + strPath + ": " + pcap_geterr(pPcap);
-        pcap_close(pPcap);
-        return false;
+    for (const Bytes &v : vecMsgs) {
+        capture.Message(v);
     }
-    std::vector<Bytes> vecFrames = SessionFrames(vecMsgs);
-    for (size_t i = 0; i < vecFrames.size(); i++) {
-        struct pcap_pkthdr stHdr = {};
-        stHdr.ts.tv_sec = kBaseTime + static_cast<long>(i / 1000u);
-        stHdr.ts.tv_usec = static_cast<long>((i % 1000u) * 1000u);
-        stHdr.caplen = static_cast<bpf_u_int32>(vecFrames[i].size());
-        stHdr.len = stHdr.caplen;
-        pcap_dump(reinterpret_cast<u_char *>(pDump), &stHdr, vecFrames[i].data());
-    }
-    bool bOk = pcap_dump_flush(pDump) == 0;
-    pcap_dump_close(pDump);
-    pcap_close(pPcap);
-    if (!bOk) {
-        strError = "cannot write " + strPath;
-    }
-    return bOk;
+    return capture.Close(strError);
 }
 
 }  // namespace srp

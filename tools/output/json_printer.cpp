@@ -1,6 +1,9 @@
-/* JSON form of a decoded route: one object per line (schema in tools/README.md). */
-#include <nlohmann/json.hpp>
+/* JSON form of described UPDATEs: one object per route and line (schema in
+ * tools/README.md), written by a streaming writer straight into the output
+ * buffer, with no document built in between. */
+#include <rapidjson/writer.h>
 
+#include "output/escape.h"
 #include "output/printer.h"
 #include "plugin/plugin_host.h"
 
@@ -8,120 +11,338 @@ namespace srp {
 
 namespace {
 
-/* Fields keep the order they are written in. */
-using json = nlohmann::ordered_json;
+/* The writer's output stream: characters into the buffered output. */
+class BufferStream {
+public:
+    using Ch = char;
+    explicit BufferStream(OutBuffer &out) : m_out(out) {}
+    void Put(char c) { m_out.Put(c); }
+    void Flush() {}
 
-json Structure(const uint8_t *puc)
+private:
+    OutBuffer &m_out;
+};
+
+using Writer = rapidjson::Writer<BufferStream>;
+
+void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
+
+/* A number that the attribute may or may not carry. */
+void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &oValue)
 {
-    return json{{"lb", puc[0]}, {"ln", puc[1]}, {"func", puc[2]}, {"arg", puc[3]}};
+    if (oValue) {
+        Key(w, pcKey);
+        w.Uint(*oValue);
+    }
 }
 
-json Segment(const SegmentField &stSeg)
+void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
-    json j{{"type", stSeg.ucType}, {"flags", stSeg.ucFlags}, {"hex", ToHex(stSeg.vecValue)}};
-    if (stSeg.oLabel) {
-        j["label"] = *stSeg.oLabel;
-    }
-    if (!stSeg.strSid.empty()) {
-        j["sid"] = stSeg.strSid;
-        if (stSeg.vecValue.size() == 26u) {
-            j["structure"] = Structure(stSeg.vecValue.data() + 22);
-        }
-    }
-    if (!stSeg.vecBindingSids.empty()) {
-        j["binding_sids"] = stSeg.vecBindingSids;
-    }
-    return j;
+    std::string s = ToHex(p, n);
+    Str(w, s);
 }
 
-json Fields(const AttrFields &st)
+void Structure(Writer &w, const uint8_t *puc)
 {
-    json j = json::object();
-    if (st.oPreference) {
-        j["preference"] = *st.oPreference;
+    w.StartObject();
+    Key(w, "lb");
+    w.Uint(puc[0]);
+    Key(w, "ln");
+    w.Uint(puc[1]);
+    Key(w, "func");
+    w.Uint(puc[2]);
+    Key(w, "arg");
+    w.Uint(puc[3]);
+    w.EndObject();
+}
+
+void Segment(Writer &w, const SegmentField &st)
+{
+    w.StartObject();
+    Key(w, "type");
+    w.Uint(st.ucType);
+    Key(w, "flags");
+    w.Uint(st.ucFlags);
+    Key(w, "hex");
+    HexValue(w, st.vecValue.data(), st.vecValue.size());
+    OptionalUint(w, "label", st.oLabel);
+    if (!st.strSid.empty()) {
+        Key(w, "sid");
+        Str(w, st.strSid);
+        if (st.vecValue.size() == 26u) { /* SID, endpoint behavior, reserved, structure */
+            Key(w, "endpoint_behavior");
+            w.Uint(Be16(st.vecValue.data() + 18));
+            Key(w, "structure");
+            Structure(w, st.vecValue.data() + 22);
+        }
     }
-    if (st.oBindingSid) {
-        const BindingSid &b = *st.oBindingSid;
-        json jb{{"s_flag", (b.ucFlags & 0x80u) != 0u}, {"i_flag", (b.ucFlags & 0x40u) != 0u}};
-        if (b.ucType == 1u) {
-            jb["label"] = b.ulLabel;
-        } else if (b.ucType == 2u) {
-            jb["sid"] = b.strSid;
+    if (!st.vecBindingSids.empty()) {
+        Key(w, "binding_sids");
+        w.StartArray();
+        for (const std::string &s : st.vecBindingSids) {
+            Str(w, s);
         }
-        j["binding_sid"] = jb;
+        w.EndArray();
     }
-    json jSrv6 = json::array();
-    for (const Srv6BindingSid &s : st.vecSrv6BindingSids) {
-        json js{{"sid", s.strSid}, {"flags", s.ucFlags}};
-        if ((s.ucFlags & 0x20u) != 0u) {
-            js["endpoint_behavior"] = s.usBehavior;
-            js["structure"] = Structure(s.aucStructure);
-        }
-        jSrv6.push_back(js);
+    w.EndObject();
+}
+
+void BindingSidObject(Writer &w, const BindingSid &b)
+{
+    w.StartObject();
+    Key(w, "s_flag");
+    w.Bool((b.ucFlags & 0x80u) != 0u);
+    Key(w, "i_flag");
+    w.Bool((b.ucFlags & 0x40u) != 0u);
+    if (b.ucType == 1u) {
+        Key(w, "label");
+        w.Uint(b.ulLabel);
+    } else if (b.ucType == 2u) {
+        Key(w, "sid");
+        Str(w, b.strSid);
     }
-    j["srv6_binding_sids"] = jSrv6;
-    json jLists = json::array();
-    for (const SegmentListField &l : st.vecSegmentLists) {
-        json jl{{"hex", ToHex(l.vecRaw)}};
-        if (l.oWeight) {
-            jl["weight"] = *l.oWeight;
-        }
-        if (l.oPathMtu) {
-            jl["path_mtu"] = *l.oPathMtu;
-        }
-        json jSegs = json::array();
+    w.EndObject();
+}
+
+void SegmentLists(Writer &w, const std::vector<SegmentListField> &vecLists)
+{
+    w.StartArray();
+    for (const SegmentListField &l : vecLists) {
+        w.StartObject();
+        Key(w, "hex");
+        HexValue(w, l.vecRaw.data(), l.vecRaw.size());
+        OptionalUint(w, "weight", l.oWeight);
+        OptionalUint(w, "path_mtu", l.oPathMtu);
+        Key(w, "segments");
+        w.StartArray();
         for (const SegmentField &s : l.vecSegments) {
-            jSegs.push_back(Segment(s));
+            Segment(w, s);
         }
-        jl["segments"] = jSegs;
-        jLists.push_back(jl);
+        w.EndArray();
+        w.EndObject();
     }
-    j["segment_lists"] = jLists;
-    if (st.oCandidatePathName) {
-        j["candidate_path_name"] = *st.oCandidatePathName;
+    w.EndArray();
+}
+
+/* Sub-TLVs 14 and 15 with their fields when their length is the one RFC
+ * 9830 gives (3 and 2), every kept sub-TLV with its type, length and hex. */
+void KeptSubTlvs(Writer &w, const std::vector<KeptSubTlv> &vecKept)
+{
+    bool bUnknown = false;
+    for (const KeptSubTlv &st : vecKept) {
+        const Bytes &v = st.vecValue;
+        if (st.ucType == kSubTlvEnlp) {
+            Key(w, "explicit_null_label_policy");
+            w.StartObject();
+            if (v.size() == 3u) {
+                Key(w, "flags");
+                w.Uint(v[0]);
+                Key(w, "enlp");
+                w.Uint(v[2]);
+            }
+            Key(w, "hex");
+            HexValue(w, v.data(), v.size());
+            w.EndObject();
+        } else if (st.ucType == kSubTlvPriority) {
+            Key(w, "priority");
+            w.StartObject();
+            if (v.size() == 2u) {
+                Key(w, "priority");
+                w.Uint(v[0]);
+            }
+            Key(w, "hex");
+            HexValue(w, v.data(), v.size());
+            w.EndObject();
+        } else {
+            bUnknown = true;
+        }
     }
-    if (st.oPolicyName) {
-        j["policy_name"] = *st.oPolicyName;
+    if (!bUnknown) {
+        return;
     }
-    if (st.oTemplateId) {
-        j["template_id"] = *st.oTemplateId;
+    Key(w, "unknown_sub_tlvs");
+    w.StartArray();
+    for (const KeptSubTlv &st : vecKept) {
+        if (st.ucType != kSubTlvEnlp && st.ucType != kSubTlvPriority) {
+            w.StartObject();
+            Key(w, "type");
+            w.Uint(st.ucType);
+            Key(w, "length");
+            w.Uint(static_cast<unsigned>(st.vecValue.size()));
+            Key(w, "hex");
+            HexValue(w, st.vecValue.data(), st.vecValue.size());
+            w.EndObject();
+        }
     }
-    if (st.oSliceId) {
-        j["slice_id"] = *st.oSliceId;
+    w.EndArray();
+}
+
+void Names(Writer &w, const std::vector<NameView> &vecNames)
+{
+    for (const NameView &st : vecNames) {
+        bool bPolicy = st.ucType == kSubTlvPolicyName;
+        Key(w, bPolicy ? "policy_name" : "candidate_path_name");
+        std::string strLiteral = JsonStringLiteral(st.vecName.data(), st.vecName.size());
+        w.RawValue(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
+        if (st.Cut()) {
+            Key(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
+            w.StartObject();
+            Key(w, "kept");
+            w.Uint(static_cast<unsigned>(st.vecName.size()));
+            Key(w, "wire_length");
+            w.Uint(st.ulWireLen);
+            w.EndObject();
+        }
     }
-    return j;
+}
+
+void Attribute(Writer &w, const DescribedAttribute &stAttr)
+{
+    w.StartObject();
+    if (stAttr.bHasFields) {
+        const AttrFields &st = stAttr.stFields;
+        OptionalUint(w, "preference", st.oPreference);
+        if (st.oBindingSid) {
+            Key(w, "binding_sid");
+            BindingSidObject(w, *st.oBindingSid);
+        }
+        Key(w, "srv6_binding_sids");
+        w.StartArray();
+        for (const Srv6BindingSid &s : st.vecSrv6BindingSids) {
+            w.StartObject();
+            Key(w, "sid");
+            Str(w, s.strSid);
+            Key(w, "flags");
+            w.Uint(s.ucFlags);
+            if ((s.ucFlags & 0x20u) != 0u) {
+                Key(w, "endpoint_behavior");
+                w.Uint(s.usBehavior);
+                Key(w, "structure");
+                Structure(w, s.aucStructure);
+            }
+            w.EndObject();
+        }
+        w.EndArray();
+        Key(w, "segment_lists");
+        SegmentLists(w, st.vecSegmentLists);
+        Names(w, stAttr.vecNames);
+        OptionalUint(w, "template_id", st.oTemplateId);
+        OptionalUint(w, "slice_id", st.oSliceId);
+        KeptSubTlvs(w, stAttr.vecKept);
+    }
+    Key(w, "hex");
+    Str(w, stAttr.strHex);
+    w.EndObject();
+}
+
+void Context(Writer &w, const EventContext &stCtx)
+{
+    Key(w, "message");
+    w.Uint64(stCtx.ullMessage);
+    Key(w, "source");
+    Str(w, stCtx.strSource);
+    if (stCtx.bHasOffset) {
+        Key(w, "offset");
+        w.Uint64(stCtx.ullOffset);
+    }
+    if (stCtx.bHasTime) {
+        Key(w, "time");
+        Str(w, EventTimeText(stCtx.llTimeUs));
+    }
+    if (!stCtx.strRouter.empty()) {
+        Key(w, "router");
+        Str(w, stCtx.strRouter);
+    }
+    if (!stCtx.strPeer.empty()) {
+        Key(w, "peer");
+        Str(w, stCtx.strPeer);
+    }
+    if (!stCtx.strView.empty()) {
+        Key(w, "view");
+        Str(w, stCtx.strView);
+    }
+}
+
+void Warnings(Writer &w, const std::vector<std::string> &vecWarnings)
+{
+    if (vecWarnings.empty()) {
+        return;
+    }
+    Key(w, "warnings");
+    w.StartArray();
+    for (const std::string &s : vecWarnings) {
+        Str(w, s);
+    }
+    w.EndArray();
 }
 
 class JsonPrinter : public Printer {
 public:
-    explicit JsonPrinter(OutBuffer &out) : m_out(out) {}
+    explicit JsonPrinter(OutBuffer &out) : m_out(out), m_stream(out) {}
 
     void Update(const EventContext &stCtx, const DescribedUpdate &stUpdate) override
     {
-        if (stUpdate.bBareAttribute && stUpdate.stAttr.bPresent) {
-            json j = Context(stCtx);
-            j["attribute"] = Attribute(stUpdate.stAttr);
-            m_out << j.dump() << '\n';
+        const DescribedAttribute &stAttr = stUpdate.stAttr;
+        if (stUpdate.bBareAttribute && stAttr.bPresent) {
+            Writer w(m_stream);
+            w.StartObject();
+            Context(w, stCtx);
+            Key(w, "attribute");
+            Attribute(w, stAttr);
+            Warnings(w, stAttr.vecWarnings);
+            w.EndObject();
+            m_out.Put('\n');
         }
         for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
-            json j = Context(stCtx);
-            j["afi"] = stRoute.usAfi;
-            j["safi"] = kSafiSrPolicy;
-            j["withdrawn"] = stRoute.bWithdrawn;
-            j["nlri"] = json{{"length", stRoute.stKey.ucNlriLen},
-                             {"distinguisher", stRoute.stKey.ulDistinguisher},
-                             {"color", stRoute.stKey.ulPolicyColor},
-                             {"endpoint", EndpointText(stRoute.stKey)}};
-            j["key_text"] = stRoute.strKeyText;
-            j["valid"] = stRoute.bChecked ? json(stRoute.bValid) : json(nullptr);
-            if (!stRoute.bWithdrawn && !stUpdate.strNextHop.empty()) {
-                j["next_hop"] = stUpdate.strNextHop;
+            Writer w(m_stream);
+            w.StartObject();
+            Context(w, stCtx);
+            Key(w, "afi");
+            w.Uint(stRoute.usAfi);
+            Key(w, "safi");
+            w.Uint(kSafiSrPolicy);
+            Key(w, "withdrawn");
+            w.Bool(stRoute.bWithdrawn);
+            Key(w, "nlri");
+            w.StartObject();
+            Key(w, "length");
+            w.Uint(stRoute.stKey.ucNlriLen);
+            Key(w, "distinguisher");
+            w.Uint(stRoute.stKey.ulDistinguisher);
+            Key(w, "color");
+            w.Uint(stRoute.stKey.ulPolicyColor);
+            Key(w, "endpoint");
+            Str(w, EndpointText(stRoute.stKey));
+            w.EndObject();
+            Key(w, "key_text");
+            Str(w, stRoute.strKeyText);
+            Key(w, "valid");
+            if (stRoute.bChecked) {
+                w.Bool(stRoute.bValid);
+            } else {
+                w.Null();
             }
-            j["attribute"] = !stRoute.bWithdrawn && stUpdate.stAttr.bPresent ? Attribute(stUpdate.stAttr) : json(nullptr);
-            if (!stRoute.bWithdrawn && stUpdate.stAttr.ulError != 0u) {
-                j["attribute_error"] = ResultName(stUpdate.stAttr.ulError);
+            bool bAnnounced = !stRoute.bWithdrawn;
+            if (bAnnounced && !stUpdate.strNextHop.empty()) {
+                Key(w, "next_hop");
+                Str(w, stUpdate.strNextHop);
             }
-            m_out << j.dump() << '\n';
+            Key(w, "attribute");
+            if (bAnnounced && stAttr.bPresent) {
+                Attribute(w, stAttr);
+            } else {
+                w.Null();
+            }
+            if (bAnnounced && stAttr.ulError != 0u) {
+                Key(w, "attribute_error");
+                Str(w, ResultName(stAttr.ulError));
+            }
+            if (bAnnounced) {
+                Warnings(w, stAttr.vecWarnings);
+            }
+            w.EndObject();
+            m_out.Put('\n');
         }
         if (m_out.Interactive()) {
             m_out.Flush();
@@ -129,35 +350,8 @@ public:
     }
 
 private:
-    static json Context(const EventContext &stCtx)
-    {
-        json j{{"message", stCtx.ullMessage}, {"source", stCtx.strSource}};
-        if (stCtx.bHasOffset) {
-            j["offset"] = stCtx.ullOffset;
-        }
-        if (stCtx.bHasTime) {
-            j["time"] = EventTimeText(stCtx.llTimeUs);
-        }
-        if (!stCtx.strRouter.empty()) {
-            j["router"] = stCtx.strRouter;
-        }
-        if (!stCtx.strPeer.empty()) {
-            j["peer"] = stCtx.strPeer;
-        }
-        if (!stCtx.strView.empty()) {
-            j["view"] = stCtx.strView;
-        }
-        return j;
-    }
-
-    static json Attribute(const DescribedAttribute &stAttr)
-    {
-        json jAttr = stAttr.bHasFields ? Fields(stAttr.stFields) : json::object();
-        jAttr["hex"] = stAttr.strHex;
-        return jAttr;
-    }
-
     OutBuffer &m_out;
+    BufferStream m_stream;
 };
 
 }  // namespace

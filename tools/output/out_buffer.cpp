@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <utility>
 
 namespace srp {
 
@@ -12,6 +13,11 @@ OutBuffer::OutBuffer(int iFd, size_t ulCapacity) : m_iFd(iFd), m_ulCapacity(ulCa
 {
     m_strBuf.reserve(ulCapacity + 4096u);
     m_bInteractive = isatty(iFd) == 1;
+}
+
+OutBuffer::OutBuffer(Sink fnSink, size_t ulCapacity) : m_iFd(-1), m_fnSink(std::move(fnSink)), m_ulCapacity(ulCapacity)
+{
+    m_strBuf.reserve(ulCapacity + 4096u);
 }
 
 OutBuffer::~OutBuffer() { Flush(); }
@@ -39,6 +45,13 @@ OutBuffer &OutBuffer::operator<<(uint64_t ull)
 
 bool OutBuffer::Flush()
 {
+    if (m_fnSink) {
+        if (!m_strBuf.empty() && !m_bFailed) {
+            m_bFailed = !m_fnSink(m_strBuf);
+        }
+        m_strBuf.clear();
+        return !m_bFailed;
+    }
     size_t ulDone = 0;
     while (!m_bFailed && ulDone < m_strBuf.size()) {
         ssize_t lRc = write(m_iFd, m_strBuf.data() + ulDone, m_strBuf.size() - ulDone);

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,10 @@ namespace srp {
 class OutBuffer {
 public:
     explicit OutBuffer(int iFd, size_t ulCapacity = 1u << 16);
+    /* Blocks go to a function instead of a descriptor (a queue another
+     * thread writes out); it returns false when it can take no more. */
+    using Sink = std::function<bool(std::string &strBlock)>;
+    explicit OutBuffer(Sink fnSink, size_t ulCapacity = 1u << 16);
     ~OutBuffer();
     OutBuffer(const OutBuffer &) = delete;
     OutBuffer &operator=(const OutBuffer &) = delete;
@@ -46,6 +51,7 @@ public:
 
 private:
     int m_iFd;
+    Sink m_fnSink;
     size_t m_ulCapacity;
     std::string m_strBuf;
     bool m_bFailed = false;

@@ -1,6 +1,8 @@
 /* Text form of described UPDATEs, and the error line of a problem. */
 #include <cstdio>
 
+#include "bgp/tunnel_encap.h"
+#include "output/escape.h"
 #include "output/printer.h"
 
 namespace srp {
@@ -29,6 +31,73 @@ void ContextText(const EventContext &stCtx, OutBuffer &out)
     }
 }
 
+/* RFC 9830's values of the Explicit NULL Label Policy. */
+const char *EnlpMeaning(uint8_t ucEnlp)
+{
+    switch (ucEnlp) {
+        case 1: return "push an IPv4 Explicit NULL label on unlabeled IPv4 packets";
+        case 2: return "push an IPv6 Explicit NULL label on unlabeled IPv6 packets";
+        case 3: return "push IPv4 and IPv6 Explicit NULL labels";
+        case 4: return "do not push an Explicit NULL label";
+        default: return "reserved value";
+    }
+}
+
+std::string Hex2(unsigned u)
+{
+    char ac[8];
+    std::snprintf(ac, sizeof(ac), "0x%02x", u);
+    return ac;
+}
+
+/* A kept sub-TLV: 14 and 15 with their fields when of the length RFC 9830
+ * gives, anything else as type, length and hex. */
+void KeptLine(const KeptSubTlv &st, OutBuffer &out)
+{
+    const Bytes &v = st.vecValue;
+    if (st.ucType == kSubTlvEnlp && v.size() == 3u) {
+        out << "    Explicit NULL Label Policy: " << static_cast<uint64_t>(v[2]) << " (" << EnlpMeaning(v[2])
+            << "), Flags:" << Hex2(v[0]) << '\n';
+    } else if (st.ucType == kSubTlvPriority && v.size() == 2u) {
+        out << "    Priority: " << static_cast<uint64_t>(v[0]) << '\n';
+    } else {
+        const char *pcName = st.ucType == kSubTlvEnlp ? "Explicit NULL Label Policy (length 3 expected)"
+                             : st.ucType == kSubTlvPriority ? "Priority (length 2 expected)"
+                                                            : "Unknown";
+        out << "    Sub-TLV type:" << static_cast<uint64_t>(st.ucType) << " " << pcName
+            << ", length:" << static_cast<uint64_t>(v.size()) << ", value: " << ToHex(v) << '\n';
+    }
+}
+
+/* Names the plug-in's text leaves out (bytes that are not printable ASCII)
+ * are shown escaped; a name cut to 255 bytes says so. */
+void NameLines(const NameView &st, OutBuffer &out)
+{
+    const char *pcName = st.ucType == kSubTlvPolicyName ? "Policy Name" : "Candidate Path Name";
+    if (!IsPlainText(st.vecName.data(), st.vecName.size())) {
+        out << "    " << pcName << ": " << EscapeText(st.vecName.data(), st.vecName.size()) << '\n';
+    }
+    if (st.Cut()) {
+        out << "    " << pcName << " cut to " << static_cast<uint64_t>(st.vecName.size()) << " bytes ("
+            << static_cast<uint64_t>(st.ulWireLen) << " on the wire)\n";
+    }
+}
+
+/* Endpoint behaviors of the type-13 segments that carry a structure, in
+ * the order the plug-in prints those segments. */
+std::vector<uint16_t> StructuredSegmentBehaviors(const DescribedAttribute &stAttr)
+{
+    std::vector<uint16_t> vec;
+    for (const SegmentListField &l : stAttr.stFields.vecSegmentLists) {
+        for (const SegmentField &s : l.vecSegments) {
+            if (s.ucType == 13u && s.vecValue.size() == 26u) {
+                vec.push_back(Be16(s.vecValue.data() + 18));
+            }
+        }
+    }
+    return vec;
+}
+
 class TextPrinter : public Printer {
 public:
     explicit TextPrinter(OutBuffer &out) : m_out(out) {}
@@ -40,6 +109,7 @@ public:
                 m_out << "attribute (";
                 ContextText(stCtx, m_out);
                 m_out << ")\n  Normalised value: " << stUpdate.stAttr.strHex << '\n';
+                Warnings(stUpdate.stAttr);
                 Attribute(stUpdate.stAttr);
             }
         }
@@ -66,6 +136,7 @@ private:
         if (stRoute.bWithdrawn) {
             return;
         }
+        Warnings(stUpdate.stAttr);
         if (stUpdate.stAttr.ulError != 0u) {
             m_out << "  Tunnel Encapsulation attribute refused: " << ResultName(stUpdate.stAttr.ulError) << '\n';
         }
@@ -74,11 +145,34 @@ private:
         }
     }
 
-    /* The plug-in's text, indented one step under the route. */
+    void Warnings(const DescribedAttribute &stAttr)
+    {
+        for (const std::string &strWarning : stAttr.vecWarnings) {
+            m_out << "  Warning: " << strWarning << '\n';
+        }
+    }
+
+    /* The plug-in's text, indented one step under the route, with what it
+     * does not show: the endpoint behavior under a type-13 segment's
+     * structure, kept sub-TLVs, escaped and cut names. */
     void Attribute(const DescribedAttribute &stAttr)
     {
+        std::vector<uint16_t> vecBehaviors = StructuredSegmentBehaviors(stAttr);
+        size_t ulBehavior = 0;
+        bool bAfterType13 = false;
         for (const std::string &strLine : stAttr.vecTextLines) {
             m_out << "  " << strLine << '\n';
+            bool bStructure = strLine.find("SID Structure: LB") != std::string::npos;
+            if (bAfterType13 && bStructure && ulBehavior < vecBehaviors.size()) {
+                m_out << "      Endpoint Behavior: " << Hex2(vecBehaviors[ulBehavior++]) << '\n';
+            }
+            bAfterType13 = strLine.find("Segment: type:13,") != std::string::npos;
+        }
+        for (const KeptSubTlv &st : stAttr.vecKept) {
+            KeptLine(st, m_out);
+        }
+        for (const NameView &st : stAttr.vecNames) {
+            NameLines(st, m_out);
         }
     }
 

@@ -42,6 +42,32 @@ void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
     }
 }
 
+/* Sub-TLVs of the normalised value without a field of their own, and the
+ * names with their wire lengths. */
+void KeptParts(DescribedAttribute &stAttr, const WireNotes &stNotes)
+{
+    TunnelEncapView stView;
+    ScanTunnelEncap(stAttr.vecNormalised.data(), stAttr.vecNormalised.size(), stView);
+    size_t ulName = 0;
+    for (const SubTlv &st : stView.vecSubTlvs) {
+        if (st.ucType == kSubTlvCandidatePathName || st.ucType == kSubTlvPolicyName) {
+            NameView stName;
+            stName.ucType = st.ucType;
+            if (st.usLen > 0u) { /* a reserved byte, then the name */
+                stName.vecName.assign(st.pValue + 1, st.pValue + st.usLen);
+            }
+            stName.ulWireLen = static_cast<uint32_t>(stName.vecName.size());
+            if (ulName < stNotes.vecNames.size() && stNotes.vecNames[ulName].ucType == st.ucType) {
+                stName.ulWireLen = stNotes.vecNames[ulName].usLen;
+            }
+            ulName++;
+            stAttr.vecNames.push_back(std::move(stName));
+        } else if (!IsDecodedSubTlv(st.ucType)) {
+            stAttr.vecKept.push_back(KeptSubTlv{st.ucType, Bytes(st.pValue, st.pValue + st.usLen)});
+        }
+    }
+}
+
 }  // namespace
 
 std::string EndpointText(const BOL_SRPOLICY_NLRI_S &stKey) { return EndpointOf(stKey); }
@@ -58,6 +84,8 @@ void DescribedUpdate::Clear()
     stAttr.bHasFields = false;
     stAttr.stFields = AttrFields();
     stAttr.vecWarnings.clear();
+    stAttr.vecKept.clear();
+    stAttr.vecNames.clear();
     bBareAttribute = false;
     vecProblems.clear();
     vecNotes.clear();
@@ -103,9 +131,10 @@ void Describer::Route(DescribedUpdate &stOut, size_t ulIndex)
     }
 }
 
-void Describer::Attribute(DescribedUpdate &stOut)
+void Describer::Attribute(DescribedUpdate &stOut, const WireNotes &stNotes)
 {
     DescribedAttribute &stAttr = stOut.stAttr;
+    KeptParts(stAttr, stNotes);
     /* The key of the first announced route stands for all of them. */
     BOL_SRPOLICY_NLRI_S stKey;
     memset(&stKey, 0, sizeof(stKey));
@@ -147,6 +176,7 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
     }
     stOut.strNextHop = stWalk.strNextHop;
     stOut.stAttr.ulError = stWalk.ulAttrError;
+    stOut.stAttr.vecWarnings = stWalk.stAttrNotes.vecWarnings;
     bool bAnnounced = false;
     for (const WalkedRoute &stWalked : stWalk.vecRoutes) {
         DescribedRoute stRoute;
@@ -164,7 +194,7 @@ void Describer::Describe(WalkedUpdate &stWalk, DescribedUpdate &stOut)
     if (stWalk.bHasAttr && bAnnounced) {
         stOut.stAttr.bPresent = true;
         stOut.stAttr.vecNormalised.swap(stWalk.vecAttr);
-        Attribute(stOut);
+        Attribute(stOut, stWalk.stAttrNotes);
     }
     stOut.vecNotes = PluginHost::TakeReports();
 }
@@ -173,15 +203,22 @@ void Describer::DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &s
 {
     stOut.Clear();
     stOut.bBareAttribute = true;
+    WireNotes stNotes;
+    NoteWireValue(p, n, stNotes);
+    stOut.stAttr.vecWarnings = stNotes.vecWarnings;
     Bytes vecValue(p, p + n);
     uint32_t ulRc = m_host.ParseTunnelEncap(vecValue, stOut.stAttr.vecNormalised);
     if (ulRc != BOL_OK) {
         stOut.stAttr.vecNormalised.clear();
-        Fail(stOut, "Tunnel Encapsulation attribute", ulRc, -1);
+        std::string strWhat = "Tunnel Encapsulation attribute";
+        for (const std::string &strWarning : stNotes.vecWarnings) {
+            strWhat += " (" + strWarning + ")";
+        }
+        Fail(stOut, strWhat, ulRc, -1);
         return;
     }
     stOut.stAttr.bPresent = true;
-    Attribute(stOut);
+    Attribute(stOut, stNotes);
     stOut.vecNotes = PluginHost::TakeReports();
 }
 

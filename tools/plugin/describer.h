@@ -33,6 +33,22 @@ struct Problem {
     std::vector<std::string> vecReports; /* the plug-in's assertion reports that came with it */
 };
 
+/* A sub-TLV the normalised attribute keeps without a field of the plug-in's
+ * own: Explicit NULL Label Policy (14), Priority (15) and unknown types. */
+struct KeptSubTlv {
+    uint8_t ucType = 0;
+    Bytes vecValue;
+};
+
+/* A candidate path (129) or policy (130) name as kept, with the name's
+ * length on the wire: longer than the kept bytes when the plug-in cut it. */
+struct NameView {
+    uint8_t ucType = 0;
+    Bytes vecName;
+    uint32_t ulWireLen = 0;
+    bool Cut() const { return ulWireLen > vecName.size(); }
+};
+
 /* The attribute an UPDATE carries, shared by every route it announces. */
 struct DescribedAttribute {
     bool bPresent = false;    /* the attribute was decoded */
@@ -43,6 +59,8 @@ struct DescribedAttribute {
     bool bHasFields = false;  /* stFields holds the laid-out fields */
     AttrFields stFields;
     std::vector<std::string> vecWarnings; /* what the decoded form leaves out of the wire value */
+    std::vector<KeptSubTlv> vecKept;      /* in wire order */
+    std::vector<NameView> vecNames;       /* in wire order */
 };
 
 struct DescribedRoute {
@@ -89,7 +107,7 @@ public:
     void DescribeAttribute(const uint8_t *p, size_t n, DescribedUpdate &stOut);
 
 private:
-    void Attribute(DescribedUpdate &stOut);
+    void Attribute(DescribedUpdate &stOut, const WireNotes &stNotes);
     /* A failed plug-in call, with the reports it made. */
     static void Fail(DescribedUpdate &stOut, const std::string &strWhat, uint32_t ulCode, int iRoute);
     void Route(DescribedUpdate &stOut, size_t ulIndex);

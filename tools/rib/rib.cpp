@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "plugin/describer.h"
+
 namespace srp {
 
 bool RibKey::operator<(const RibKey &o) const
@@ -73,6 +75,38 @@ void Rib::ForEach(const std::function<void(const RibSource &, const RibKey &, co
             fn(stSource.first, stRoute.first, stRoute.second);
         }
     }
+}
+
+const char *RibViewName(RibView eView)
+{
+    switch (eView) {
+        case RibView::PrePolicy: return "pre-policy";
+        case RibView::PostPolicy: return "post-policy";
+        case RibView::LocRib: return "loc-rib";
+        default: return "received";
+    }
+}
+
+size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived)
+{
+    size_t ulTreated = 0;
+    for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
+        RibKey stKey;
+        stKey.usAfi = stRoute.usAfi;
+        stKey.stKey = stRoute.stKey;
+        if (stRoute.bWithdrawn || stUpdate.stAttr.ulError != 0u) {
+            ulTreated += stRoute.bWithdrawn ? 0u : 1u;
+            rib.Withdraw(stSource, stKey);
+            continue;
+        }
+        RibRoute stEntry;
+        stEntry.bHasAttr = stUpdate.stAttr.bPresent;
+        stEntry.vecAttr = stUpdate.stAttr.vecNormalised;
+        stEntry.strNextHop = stUpdate.strNextHop;
+        stEntry.dReceived = dReceived;
+        rib.Announce(stSource, stKey, std::move(stEntry));
+    }
+    return ulTreated;
 }
 
 }  // namespace srp

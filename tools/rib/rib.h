@@ -80,6 +80,17 @@ private:
     std::map<RibSource, Table> m_mapSources;
 };
 
+struct DescribedUpdate;
+
+/* A described UPDATE into the table: announced routes replace, withdrawn
+ * ones go. An announcement whose Tunnel Encapsulation attribute was refused
+ * removes the route instead (treat-as-withdraw, RFC 7606). Returns how many
+ * routes were treated as withdrawn. */
+/* "received", "pre-policy", "post-policy", "loc-rib". */
+const char *RibViewName(RibView eView);
+
+size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived);
+
 }  // namespace srp
 
 #endif

@@ -60,7 +60,7 @@ protected:
             }
             if (n == 0u) {
                 s += stSource.strRouter + "|" + stSource.strPeer + "|" + std::to_string(stSource.ulPeerAs) + "|" +
-                     bmp::ViewName(stSource.eView);
+                     srp::RibViewName(stSource.eView);
             }
             pLast = &stSource;
             n++;

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "plugin/describer.h"
 #include "rib/rib.h"
 
 namespace srp {
@@ -108,6 +109,63 @@ TEST(Rib, WalkOrderAndClear)
     EXPECT_EQ(rib.Clear(a), 4u);
     EXPECT_EQ(rib.Clear(a), 0u);
     EXPECT_EQ(rib.Size(), 1u);
+}
+
+/* A described UPDATE into the table: a refused attribute takes the routes it
+ * came with out (treat-as-withdraw); withdrawals remove; the rest replace. */
+TEST(Rib, ApplyUpdate)
+{
+    const RibSource a = Peer("127.0.0.2");
+    auto Routes = [](std::vector<std::pair<RibKey, bool>> vec) {
+        DescribedUpdate st;
+        for (const auto &p : vec) {
+            DescribedRoute stRoute;
+            stRoute.usAfi = p.first.usAfi;
+            stRoute.stKey = p.first.stKey;
+            stRoute.bWithdrawn = p.second;
+            st.vecRoutes.push_back(stRoute);
+        }
+        st.strNextHop = "127.0.0.9";
+        st.stAttr.bPresent = true;
+        st.stAttr.vecNormalised = {0x00, 0x0f};
+        return st;
+    };
+    DescribedUpdate stRefused = Routes({{Key(1, 1, 100, 1), false}});
+    stRefused.stAttr.bPresent = false;
+    stRefused.stAttr.ulError = 0x50002u;
+    DescribedUpdate stBare = Routes({{Key(1, 1, 100, 3), false}});
+    stBare.stAttr.bPresent = false;
+    struct Row {
+        const char *pcName;
+        DescribedUpdate stUpdate;
+        size_t ulTreated;
+        std::vector<RibKey> vecLeft;
+    };
+    const Row aRows[] = {
+        {"announce two", Routes({{Key(1, 1, 100, 1), false}, {Key(2, 1, 100, 1), false}}), 0,
+         {Key(1, 1, 100, 1), Key(1, 1, 100, 2), Key(2, 1, 100, 1)}},
+        {"withdraw one", Routes({{Key(1, 1, 100, 2), true}}), 0, {Key(1, 1, 100, 1)}},
+        {"refused attribute withdraws", stRefused, 1, {Key(1, 1, 100, 2)}},
+        {"no attribute still installs", stBare, 0, {Key(1, 1, 100, 1), Key(1, 1, 100, 2), Key(1, 1, 100, 3)}},
+    };
+    for (const Row &row : aRows) {
+        SCOPED_TRACE(row.pcName);
+        Rib rib;
+        rib.Announce(a, Key(1, 1, 100, 1), {});
+        rib.Announce(a, Key(1, 1, 100, 2), {});
+        EXPECT_EQ(ApplyUpdate(rib, a, row.stUpdate, 5.0), row.ulTreated);
+        std::vector<RibKey> vecLeft;
+        rib.ForEach([&](const RibSource &, const RibKey &k, const RibRoute &) { vecLeft.push_back(k); });
+        EXPECT_EQ(vecLeft, row.vecLeft);
+    }
+    Rib rib;
+    ApplyUpdate(rib, a, Routes({{Key(1, 1, 100, 1), false}}), 5.0);
+    const RibRoute *p = rib.Find(a, Key(1, 1, 100, 1));
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(p->strNextHop, "127.0.0.9");
+    EXPECT_EQ(p->vecAttr, (Bytes{0x00, 0x0f}));
+    EXPECT_TRUE(p->bHasAttr);
+    EXPECT_DOUBLE_EQ(p->dReceived, 5.0);
 }
 
 }  // namespace

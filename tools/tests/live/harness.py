@@ -1,0 +1,279 @@
+"""Loopback test harness of the live commands: free ports, a gobgpd started
+with its own configuration and ports and stopped within a time bound, srpolicy
+processes, and a scripted BGP peer that sends whatever a test needs.
+
+Everything listens on and connects to 127.0.0.0/8 only."""
+import json
+import os
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import tempfile
+import time
+
+LOOPBACK = "127.0.0.1"
+
+
+def free_port(addr=LOOPBACK):
+    """A TCP port nobody holds right now (bound once with port 0)."""
+    with socket.socket(socket.AF_INET, socket.SOCK_STREAM) as s:
+        s.bind((addr, 0))
+        return s.getsockname()[1]
+
+
+def wait_for(check, timeout, what, interval=0.1):
+    """Polls check() until it returns a true value, at most timeout seconds."""
+    end = time.monotonic() + timeout
+    while True:
+        value = check()
+        if value:
+            return value
+        if time.monotonic() >= end:
+            raise AssertionError("timed out after %.0f s waiting for %s" % (timeout, what))
+        time.sleep(interval)
+
+
+def stop_process(proc, sig=signal.SIGTERM, timeout=10.0):
+    """Signals a process and waits for it; killed when it does not end in time."""
+    if proc.poll() is None:
+        proc.send_signal(sig)
+        try:
+            proc.wait(timeout)
+        except subprocess.TimeoutExpired:
+            proc.kill()
+            proc.wait(5)
+    return proc.returncode
+
+
+class Gobgpd:
+    """gobgpd on 127.0.0.1 with a generated configuration: its BGP port and gRPC
+    port are picked free at run time, its peers are passive (they connect to
+    it) and speak the SR Policy families."""
+
+    def __init__(self, workdir, asn, neighbors):
+        self.workdir = workdir
+        self.asn = asn
+        self.port = free_port()
+        self.api_port = free_port()
+        self.neighbors = neighbors  # list of dicts: address, asn, password (optional)
+        self.gobgpd = shutil.which("gobgpd") or "/usr/sbin/gobgpd"
+        self.gobgp = shutil.which("gobgp") or "/usr/bin/gobgp"
+        self.proc = None
+        self.log = os.path.join(workdir, "gobgpd.log")
+
+    def config_text(self):
+        lines = [
+            "[global.config]",
+            "  as = %d" % self.asn,
+            '  router-id = "%s"' % LOOPBACK,
+            "  port = %d" % self.port,
+            '  local-address-list = ["%s"]' % LOOPBACK,
+        ]
+        for n in self.neighbors:
+            lines += [
+                "[[neighbors]]",
+                "  [neighbors.config]",
+                '    neighbor-address = "%s"' % n["address"],
+                "    peer-as = %d" % n["asn"],
+            ]
+            if n.get("password"):
+                lines.append('    auth-password = "%s"' % n["password"])
+            lines += [
+                "  [neighbors.transport.config]",
+                "    passive-mode = true",
+                '    local-address = "%s"' % LOOPBACK,
+                "  [neighbors.timers.config]",
+                "    connect-retry = 1",
+            ]
+            for family in ("ipv4-srpolicy", "ipv6-srpolicy"):
+                lines += [
+                    "  [[neighbors.afi-safis]]",
+                    "    [neighbors.afi-safis.config]",
+                    '      afi-safi-name = "%s"' % family,
+                ]
+        return "\n".join(lines) + "\n"
+
+    def __enter__(self):
+        path = os.path.join(self.workdir, "gobgpd.toml")
+        with open(path, "w") as f:
+            f.write(self.config_text())
+        self.logfile = open(self.log, "w")
+        self.proc = subprocess.Popen(
+            [self.gobgpd, "-f", path, "-p", "--pprof-disable",
+             "--api-hosts", "%s:%d" % (LOOPBACK, self.api_port)],
+            stdout=self.logfile, stderr=subprocess.STDOUT)
+        wait_for(lambda: self._accepts(self.port), 15, "gobgpd to listen on port %d" % self.port)
+        return self
+
+    def __exit__(self, *exc):
+        stop_process(self.proc, signal.SIGTERM, 10)
+        self.logfile.close()
+
+    def _accepts(self, port):
+        if self.proc.poll() is not None:
+            raise AssertionError("gobgpd ended: " + open(self.log).read()[-2000:])
+        try:
+            with socket.create_connection((LOOPBACK, port), timeout=0.5):
+                return True
+        except OSError:
+            return False
+
+    def neighbor_state(self, address):
+        """The session state gobgp shows for a neighbor, e.g. "established"."""
+        out = subprocess.run(
+            [self.gobgp, "-u", LOOPBACK, "-p", str(self.api_port), "neighbor", address,
+             "-j"], capture_output=True, text=True, timeout=10)
+        if out.returncode != 0:
+            return ""
+        try:
+            return json.loads(out.stdout)["state"]["session_state"]
+        except (ValueError, KeyError, TypeError):
+            return ""
+
+
+class Srpolicy:
+    """An srpolicy listen or announce run with its output in files."""
+
+    def __init__(self, tool, workdir, name, args, stdout_pipe=False):
+        """With stdout_pipe the output goes to a pipe the test reads (or
+        does not) through self.proc.stdout."""
+        self.name = name
+        self.out_path = os.path.join(workdir, name + ".out")
+        self.err_path = os.path.join(workdir, name + ".err")
+        self.out = open(self.out_path, "w")
+        self.err = open(self.err_path, "w")
+        self.proc = subprocess.Popen([tool] + args, stdout=subprocess.PIPE if stdout_pipe else self.out,
+                                     stderr=self.err)
+
+    def stderr(self):
+        with open(self.err_path) as f:
+            return f.read()
+
+    def stdout(self):
+        with open(self.out_path) as f:
+            return f.read()
+
+    def send_signal(self, sig):
+        self.proc.send_signal(sig)
+
+    def stop(self, sig=signal.SIGTERM, timeout=20.0):
+        rc = stop_process(self.proc, sig, timeout)
+        self.out.close()
+        self.err.close()
+        return rc
+
+    def alive(self):
+        return self.proc.poll() is None
+
+
+# ---- Raw BGP for the scripted peer ------------------------------------------
+
+def message(msg_type, body=b""):
+    return b"\xff" * 16 + struct.pack("!HB", 19 + len(body), msg_type) + body
+
+
+def open_message(asn, hold, router_id, families=((1, 73), (2, 73))):
+    caps = b"".join(struct.pack("!BBHBB", 1, 4, afi, 0, safi) for afi, safi in families)
+    caps += struct.pack("!BBI", 65, 4, asn)
+    params = struct.pack("!BB", 2, len(caps)) + caps
+    body = struct.pack("!BHH4sB", 4, asn if asn < 65536 else 23456, hold, socket.inet_aton(router_id), len(params))
+    return message(1, body + params)
+
+
+KEEPALIVE = message(4)
+
+
+def attribute(flags, code, value):
+    if len(value) > 255:
+        return struct.pack("!BBH", flags | 0x10, code, len(value)) + value
+    return struct.pack("!BBB", flags, code, len(value)) + value
+
+
+def srpolicy_nlri_v4(distinguisher, color, endpoint):
+    return struct.pack("!BII4s", 96, distinguisher, color, socket.inet_aton(endpoint))
+
+
+def update_v4(nlri, tunnel_value, asn, next_hop="127.0.0.9"):
+    """An UPDATE announcing SR Policy NLRI of AFI 1 with the Tunnel
+    Encapsulation attribute value given (tunnel TLVs, any bytes)."""
+    mp = struct.pack("!HBB4sB", 1, 73, 4, socket.inet_aton(next_hop), 0) + nlri
+    attrs = attribute(0x40, 1, b"\x00")
+    attrs += attribute(0x40, 2, struct.pack("!BBI", 2, 1, asn))
+    attrs += attribute(0x80, 14, mp)
+    attrs += attribute(0xC0, 23, tunnel_value)
+    return message(2, struct.pack("!HH", 0, len(attrs)) + attrs)
+
+
+def sr_policy_tunnel(preference, labels):
+    """A Tunnel Encapsulation value: one SR Policy tunnel (type 15) with a
+    preference and one segment list of MPLS label segments (type A)."""
+    segs = b"".join(struct.pack("!BBBBI", 1, 6, 0, 0, label << 12) for label in labels)
+    seglist = struct.pack("!BHB", 128, len(segs) + 1, 0) + segs
+    pref = struct.pack("!BBBBI", 12, 6, 0, 0, preference)
+    sub = pref + seglist
+    return struct.pack("!HH", 15, len(sub)) + sub
+
+
+class ScriptedPeer:
+    """A BGP peer written out byte by byte: connects to a listening srpolicy
+    and sends what the test gives it."""
+
+    def __init__(self, port, source, asn=65010, hold=90):
+        self.sock = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+        self.sock.bind((source, 0))
+        self.sock.settimeout(10)
+        self.sock.connect((LOOPBACK, port))
+        self.asn = asn
+        self.hold = hold
+        self.buf = b""
+
+    def establish(self, source_id="127.0.0.9"):
+        self.sock.sendall(open_message(self.asn, self.hold, source_id) + KEEPALIVE)
+        types = [self.read_message()[0] for _ in range(2)]
+        assert types == [1, 4], "expected OPEN and KEEPALIVE, got %r" % types
+
+    def send(self, data):
+        self.sock.sendall(data)
+
+    def read_message(self, timeout=10):
+        """(type, body) of the next message; (None, b"") when the peer closed."""
+        self.sock.settimeout(timeout)
+        while True:
+            if len(self.buf) >= 19:
+                length = struct.unpack("!H", self.buf[16:18])[0]
+                if len(self.buf) >= length:
+                    msg, self.buf = self.buf[:length], self.buf[length:]
+                    return msg[18], msg[19:]
+            chunk = self.sock.recv(65536)
+            if not chunk:
+                return None, b""
+            self.buf += chunk
+
+    def notification(self, timeout=10):
+        """(code, subcode) of the NOTIFICATION that ends the session, skipping
+        keepalives and updates; None when the connection closed without one."""
+        while True:
+            msg_type, body = self.read_message(timeout)
+            if msg_type is None:
+                return None
+            if msg_type == 3:
+                return body[0], body[1]
+
+    def reset(self):
+        """Closes with a TCP reset instead of a FIN."""
+        self.sock.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self.sock.close()
+
+    def close(self):
+        self.sock.close()
+
+
+def read_jsonl(path):
+    with open(path) as f:
+        return [json.loads(line) for line in f if line.strip()]
+
+
+def workdir():
+    return tempfile.mkdtemp(prefix="srpolicy-live-")
