@@ -2,7 +2,7 @@
 """Live runs of `srpolicy bmp` on loopback.
 
   bmp_live.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
-  bmp_live.py TOOL CONFIGS gobgpd      a BGP speaker -> gobgpd -> BMP -> the station
+  bmp_live.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
   bmp_live.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
 
 Every port is picked at run time (port 0); every run is bounded by an alarm
@@ -236,39 +236,6 @@ def free_port():
     return port
 
 
-class Speaker:
-    """A scripted BGP speaker for the SR Policy families, from 127.0.0.2."""
-
-    def __init__(self, port, asn=65001):
-        self.sock = connect(port, source="127.0.0.2")
-        self.sock.sendall(bgp_open(asn, "127.0.0.2", [(1, 73), (2, 73)]))
-        self.buf = b""
-        kinds = []
-        while 4 not in kinds:
-            kinds.append(self.read()[18])
-            if kinds[-1] == 1:
-                self.sock.sendall(bgp(4, b""))
-            if kinds[-1] == 3:
-                raise AssertionError("gobgpd refused the session")
-
-    def read(self):
-        while len(self.buf) < 19 or len(self.buf) < struct.unpack("!H", self.buf[16:18])[0]:
-            data = self.sock.recv(65536)
-            if not data:
-                raise AssertionError("gobgpd closed the session")
-            self.buf += data
-        n = struct.unpack("!H", self.buf[16:18])[0]
-        msg, self.buf = self.buf[:n], self.buf[n:]
-        return msg
-
-    def send(self, messages):
-        self.sock.sendall(b"".join(messages))
-
-    def close(self):
-        self.sock.sendall(bgp(3, b"\x06\x02"))  # Cease, administrative shutdown
-        self.sock.close()
-
-
 GOBGPD_CONFIG = """
 [global.config]
   as = 65000
@@ -298,36 +265,34 @@ GOBGPD_CONFIG = """
 
 
 def run_gobgpd(tool, configs, workdir, gobgpd):
+    """srpolicy announce (from 127.0.0.2) -> gobgpd -> BMP -> srpolicy bmp."""
     config = os.path.join(configs, "bmp_routes.json")
-    updates = encode(tool, config)
-    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    announced = os.path.join(workdir, "announce.json")
+    with open(config) as f:
+        routes = json.load(f)
+    with open(announced, "w") as f:
+        json.dump(routes, f)
     station = Station(tool, workdir)
     conf = os.path.join(workdir, "gobgpd.toml")
+    bgp_port = free_port()
     with open(conf, "w") as f:
-        f.write(GOBGPD_CONFIG.format(bgp_port=free_port(), bmp_port=station.port))
-    with open(conf) as f:
-        bgp_port = int(re.search(r"port = (\d+)", f.read()).group(1))
+        f.write(GOBGPD_CONFIG.format(bgp_port=bgp_port, bmp_port=station.port))
     log = open(os.path.join(workdir, "gobgpd.log"), "w")
     daemon = subprocess.Popen([gobgpd, "-f", conf, "-t", "toml", "--api-hosts", "127.0.0.1:%d" % free_port(),
                                "--log-level", "info"], stdout=log, stderr=subprocess.STDOUT)
+    announcer = None
     try:
         station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
         wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
-        speaker = None
-        end = time.monotonic() + 30
-        while speaker is None:  # gobgpd listens a moment after it starts
-            try:
-                speaker = Speaker(bgp_port)
-            except (ConnectionRefusedError, AssertionError):
-                if time.monotonic() > end:
-                    raise
-                time.sleep(0.2)
+        announcer = subprocess.Popen([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
+                                      "--connect", "127.0.0.1:%d" % bgp_port, "--source", "127.0.0.2",
+                                      "--retry", "0.5", "--keep-on-exit"],
+                                     stdout=log, stderr=subprocess.STDOUT)
         wait_for(lambda: any(e.get("event") == "Peer Up" and e.get("peer", "").startswith("127.0.0.2 ")
-                             for e in station.events()), "the Peer Up of 127.0.0.2")
+                             for e in station.events()), "the Peer Up of 127.0.0.2", 30)
         peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
         check(peer_up["as4"] and {"afi": 1, "safi": 73} in peer_up["families"],
               "Peer Up: 4-octet AS and the SR Policy family negotiated")
-        speaker.send(updates)
         expected = config_routes(config)
         wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
                  "every announced route at the station", 30)
@@ -337,21 +302,29 @@ def run_gobgpd(tool, configs, workdir, gobgpd):
         check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in table),
               "the routes are kept under the monitored peer, pre-policy")
 
-        speaker.send(withdraw)
+        routes["routes"] = [r for r in routes["routes"] if r["endpoint"] != "10.0.0.2"]
+        with open(announced, "w") as f:
+            json.dump(routes, f)
+        announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
         wait_for(lambda: any(e.get("withdrawn") and route_key(e) == (1, 1, 100, "10.0.0.2")
                              for e in station.events()), "the withdrawal at the station")
         check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
 
-        speaker.close()
+        announcer.send_signal(signal.SIGTERM)  # Cease, the routes kept: the peer goes down holding two
+        announcer.wait(timeout=10)
         wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("peer", "").startswith("127.0.0.2 ")
                              for e in station.events()), "the Peer Down of 127.0.0.2")
-        check(station.table() == [], "the peer going down cleared its routes")
+        down = [e for e in station.events() if e.get("event") == "Peer Down"][0]
+        check(down["routes_removed"] == len(expected) - 1 and station.table() == [],
+              "the peer going down cleared its routes: " + down["reason_text"])
     finally:
-        daemon.send_signal(signal.SIGTERM)
-        try:
-            daemon.wait(timeout=10)
-        except subprocess.TimeoutExpired:
-            daemon.kill()
+        for proc in (announcer, daemon):
+            if proc is not None and proc.poll() is None:
+                proc.send_signal(signal.SIGTERM)
+                try:
+                    proc.wait(timeout=10)
+                except subprocess.TimeoutExpired:
+                    proc.kill()
         rc = station.stop()
     check(rc == 0, "the station stops with status 0")
     check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
