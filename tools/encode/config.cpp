@@ -285,19 +285,48 @@ CfgRoute RouteOf(const json &j, const json &jDefaults, const std::string &strPat
 
 }  // namespace
 
-bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+namespace {
+
+template <class Input>
+bool LoadFrom(Input &&in, std::vector<CfgRoute> &vecRoutes, std::string &strError)
 {
+    /* Each route is turned into its record as soon as the parser has read
+     * it, and dropped from the document, so that a large configuration is
+     * never held as a whole document. Routes that come before the defaults
+     * stay in the document until the end, since they need them. */
+    json jDefaults = json::object();
+    bool bDefaultsRead = false;
+    bool bRoutesKept = false;
+    std::string strTopKey;
+    size_t ulRoute = 0;
+    json::parser_callback_t fnEvent = [&](int iDepth, json::parse_event_t eEvent, json &jParsed) {
+        if (iDepth == 1 && eEvent == json::parse_event_t::key) {
+            strTopKey = jParsed.get<std::string>();
+        } else if (iDepth == 1 && eEvent == json::parse_event_t::object_end && strTopKey == "defaults") {
+            jDefaults = jParsed;
+            OnlyKeys(jDefaults, "defaults", {"next_hop", "origin", "as_path"});
+            bDefaultsRead = true;
+        } else if (iDepth == 2 && eEvent == json::parse_event_t::object_end && strTopKey == "routes") {
+            if (!bDefaultsRead) {
+                bRoutesKept = true;
+                return true;
+            }
+            vecRoutes.push_back(RouteOf(jParsed, jDefaults, "routes[" + std::to_string(ulRoute++) + "]"));
+            return false;
+        }
+        return true;
+    };
     try {
-        json j = json::parse(strText);
+        json j = json::parse(std::forward<Input>(in), fnEvent);
         OnlyKeys(j, "config", {"defaults", "routes"});
-        json jDefaults = j.value("defaults", json::object());
-        OnlyKeys(jDefaults, "defaults", {"next_hop", "origin", "as_path"});
-        if (!j.contains("routes") || !j.at("routes").is_array() || j.at("routes").empty()) {
+        if (!j.contains("routes") || !j.at("routes").is_array() || (j.at("routes").empty() && ulRoute == 0u)) {
             Bad("routes", "must be a non-empty list");
         }
-        const json &jRoutes = j.at("routes");
-        for (size_t i = 0; i < jRoutes.size(); i++) {
-            vecRoutes.push_back(RouteOf(jRoutes[i], jDefaults, "routes[" + std::to_string(i) + "]"));
+        if (bRoutesKept) {
+            const json &jRoutes = j.at("routes");
+            for (size_t i = 0; i < jRoutes.size(); i++) {
+                vecRoutes.push_back(RouteOf(jRoutes[i], jDefaults, "routes[" + std::to_string(i) + "]"));
+            }
         }
     } catch (const ConfigError &e) {
         strError = e.strWhat;
@@ -307,6 +336,18 @@ bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, st
         return false;
     }
     return true;
+}
+
+}  // namespace
+
+bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+{
+    return LoadFrom(strText, vecRoutes, strError);
+}
+
+bool LoadConfig(std::FILE *pFile, std::vector<CfgRoute> &vecRoutes, std::string &strError)
+{
+    return LoadFrom(pFile, vecRoutes, strError);
 }
 
 }  // namespace srp

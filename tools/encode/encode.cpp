@@ -319,14 +319,24 @@ bool BuildUpdates(PluginHost &host, const std::vector<CfgRoute> &vecRoutes, bool
 
 int RunEncode(const EncodeOptions &stOptions)
 {
-    std::string strText;
     std::string strError;
-    if (!ReadTextFile(stOptions.strConfig, strText, strError)) {
+    InputFile in;
+    if (!in.Open(stOptions.strConfig, strError)) {
         std::cerr << "srpolicy: " << strError << "\n";
         return 2;
     }
+    /* The configuration is parsed as it is read, never held as a whole. */
     std::vector<CfgRoute> vecRoutes;
-    if (!LoadConfig(strText, vecRoutes, strError)) {
+    std::FILE *pConfig = in.OpenStream();
+    bool bLoaded = pConfig != nullptr && LoadConfig(pConfig, vecRoutes, strError);
+    if (pConfig != nullptr) {
+        std::fclose(pConfig);
+    }
+    if (!in.Error().empty()) {
+        std::cerr << "srpolicy: cannot read " << stOptions.strConfig << ": " << in.Error() << "\n";
+        return 2;
+    }
+    if (!bLoaded) {
         std::cerr << "srpolicy: " << stOptions.strConfig << ": " << strError << "\n";
         return 2;
     }

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -85,6 +86,8 @@ struct CfgRoute {
 
 /* Parses and checks a configuration; the error names the offending field. */
 bool LoadConfig(const std::string &strText, std::vector<CfgRoute> &vecRoutes, std::string &strError);
+/* The same, read from a stream as the parser goes. */
+bool LoadConfig(std::FILE *pFile, std::vector<CfgRoute> &vecRoutes, std::string &strError);
 
 /* One UPDATE per run of routes that share their attributes (at most 4096
  * bytes each); with bWithdraw, MP_UNREACH_NLRI only. Messages are handed on

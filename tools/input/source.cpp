@@ -139,22 +139,4 @@ FILE *InputFile::OpenStream()
     return fopencookie(this, "rb", stFns);
 }
 
-bool ReadTextFile(const std::string &strPath, std::string &strText, std::string &strError)
-{
-    InputFile in;
-    if (!in.Open(strPath, strError)) {
-        return false;
-    }
-    uint8_t auc[65536];
-    size_t n;
-    while ((n = in.Read(auc, sizeof(auc))) > 0u) {
-        strText.append(reinterpret_cast<const char *>(auc), n);
-    }
-    if (!in.Error().empty()) {
-        strError = "cannot read " + strPath + ": " + in.Error();
-        return false;
-    }
-    return true;
-}
-
 }  // namespace srp

@@ -63,9 +63,6 @@ private:
     std::string m_strError;
 };
 
-/* A whole (small) file as text, with the checks of InputFile::Open. */
-bool ReadTextFile(const std::string &strPath, std::string &strText, std::string &strError);
-
 }  // namespace srp
 
 #endif

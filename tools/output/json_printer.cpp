@@ -1,6 +1,9 @@
 /* JSON form of described UPDATEs: one object per route and line (schema in
  * tools/README.md), written by a streaming writer straight into the output
  * buffer, with no document built in between. */
+#include <cstdint>
+
+#include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include "output/escape.h"
@@ -11,21 +14,12 @@ namespace srp {
 
 namespace {
 
-/* The writer's output stream: characters into the buffered output. */
-class BufferStream {
-public:
-    using Ch = char;
-    explicit BufferStream(OutBuffer &out) : m_out(out) {}
-    void Put(char c) { m_out.Put(c); }
-    void Flush() {}
-
-private:
-    OutBuffer &m_out;
-};
-
-using Writer = rapidjson::Writer<BufferStream>;
+/* Each object is written into a reused string buffer, then handed to the
+ * buffered output in one piece. */
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
 void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+
 void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
 
 /* A number that the attribute may or may not carry. */
@@ -39,8 +33,15 @@ void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &o
 
 void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
-    std::string s = ToHex(p, n);
-    Str(w, s);
+    static const char acDigits[] = "0123456789abcdef";
+    thread_local std::string t_strHex;
+    t_strHex.assign(1u, '"');
+    for (size_t i = 0; i < n; i++) {
+        t_strHex += acDigits[p[i] >> 4];
+        t_strHex += acDigits[p[i] & 0xFu];
+    }
+    t_strHex += '"';
+    w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
 }
 
 void Structure(Writer &w, const uint8_t *puc)
@@ -279,23 +280,32 @@ void Warnings(Writer &w, const std::vector<std::string> &vecWarnings)
 
 class JsonPrinter : public Printer {
 public:
-    explicit JsonPrinter(OutBuffer &out) : m_out(out), m_stream(out) {}
+    explicit JsonPrinter(OutBuffer &out) : m_out(out) {}
 
     void Update(const EventContext &stCtx, const DescribedUpdate &stUpdate) override
     {
         const DescribedAttribute &stAttr = stUpdate.stAttr;
+        /* The attribute object is the same for every route of the UPDATE:
+         * written once, copied into each route's object. */
+        m_sbAttr.Clear();
+        if (stAttr.bPresent) {
+            Writer wAttr(m_sbAttr);
+            Attribute(wAttr, stAttr);
+        }
         if (stUpdate.bBareAttribute && stAttr.bPresent) {
-            Writer w(m_stream);
+            m_sb.Clear();
+            Writer w(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "attribute");
-            Attribute(w, stAttr);
+            w.RawValue(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
             Warnings(w, stAttr.vecWarnings);
             w.EndObject();
-            m_out.Put('\n');
+            Emit();
         }
         for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
-            Writer w(m_stream);
+            m_sb.Clear();
+            Writer w(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "afi");
@@ -329,8 +339,12 @@ public:
                 Str(w, stUpdate.strNextHop);
             }
             Key(w, "attribute");
+            size_t ulSplice = SIZE_MAX;
             if (bAnnounced && stAttr.bPresent) {
-                Attribute(w, stAttr);
+                /* A one-byte stand-in, replaced by the attribute object when
+                 * the route is written out. */
+                w.RawValue("0", 1u, rapidjson::kObjectType);
+                ulSplice = m_sb.GetSize() - 1u;
             } else {
                 w.Null();
             }
@@ -342,7 +356,7 @@ public:
                 Warnings(w, stAttr.vecWarnings);
             }
             w.EndObject();
-            m_out.Put('\n');
+            Emit(ulSplice);
         }
         if (m_out.Interactive()) {
             m_out.Flush();
@@ -350,8 +364,24 @@ public:
     }
 
 private:
+    /* The object in the buffer and a line end; with ulSplice, the
+     * attribute object in place of the byte there. */
+    void Emit(size_t ulSplice = SIZE_MAX)
+    {
+        m_sb.Put('\n');
+        const char *pc = m_sb.GetString();
+        if (ulSplice == SIZE_MAX) {
+            m_out.Write(pc, m_sb.GetSize());
+            return;
+        }
+        m_out.Write(pc, ulSplice);
+        m_out.Write(m_sbAttr.GetString(), m_sbAttr.GetSize());
+        m_out.Write(pc + ulSplice + 1u, m_sb.GetSize() - ulSplice - 1u);
+    }
+
     OutBuffer &m_out;
-    BufferStream m_stream;
+    rapidjson::StringBuffer m_sb;
+    rapidjson::StringBuffer m_sbAttr;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 /* Text form of described UPDATEs, and the error line of a problem. */
 #include <cstdio>
+#include <string_view>
 
 #include "bgp/tunnel_encap.h"
 #include "output/escape.h"
@@ -31,6 +32,26 @@ void ContextText(const EventContext &stCtx, OutBuffer &out)
     }
 }
 
+/* Appends text to a string with the output buffer's operators. */
+struct StrOut {
+    std::string &s;
+    StrOut &operator<<(std::string_view sv)
+    {
+        s.append(sv);
+        return *this;
+    }
+    StrOut &operator<<(char c)
+    {
+        s.push_back(c);
+        return *this;
+    }
+    StrOut &operator<<(uint64_t ull)
+    {
+        s += std::to_string(ull);
+        return *this;
+    }
+};
+
 /* RFC 9830's values of the Explicit NULL Label Policy. */
 const char *EnlpMeaning(uint8_t ucEnlp)
 {
@@ -52,7 +73,7 @@ std::string Hex2(unsigned u)
 
 /* A kept sub-TLV: 14 and 15 with their fields when of the length RFC 9830
  * gives, anything else as type, length and hex. */
-void KeptLine(const KeptSubTlv &st, OutBuffer &out)
+void KeptLine(const KeptSubTlv &st, StrOut &out)
 {
     const Bytes &v = st.vecValue;
     if (st.ucType == kSubTlvEnlp && v.size() == 3u) {
@@ -71,7 +92,7 @@ void KeptLine(const KeptSubTlv &st, OutBuffer &out)
 
 /* Names the plug-in's text leaves out (bytes that are not printable ASCII)
  * are shown escaped; a name cut to 255 bytes says so. */
-void NameLines(const NameView &st, OutBuffer &out)
+void NameLines(const NameView &st, StrOut &out)
 {
     const char *pcName = st.ucType == kSubTlvPolicyName ? "Policy Name" : "Candidate Path Name";
     if (!IsPlainText(st.vecName.data(), st.vecName.size())) {
@@ -104,13 +125,19 @@ public:
 
     void Update(const EventContext &stCtx, const DescribedUpdate &stUpdate) override
     {
+        /* The attribute's block is the same for every route of the UPDATE:
+         * laid out once, copied under each route. */
+        m_strAttr.clear();
+        if (stUpdate.stAttr.bPresent) {
+            Attribute(stUpdate.stAttr);
+        }
         if (stUpdate.bBareAttribute) {
             if (stUpdate.stAttr.bPresent) {
                 m_out << "attribute (";
                 ContextText(stCtx, m_out);
                 m_out << ")\n  Normalised value: " << stUpdate.stAttr.strHex << '\n';
                 Warnings(stUpdate.stAttr);
-                Attribute(stUpdate.stAttr);
+                m_out << m_strAttr;
             }
         }
         for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
@@ -140,9 +167,7 @@ private:
         if (stUpdate.stAttr.ulError != 0u) {
             m_out << "  Tunnel Encapsulation attribute refused: " << ResultName(stUpdate.stAttr.ulError) << '\n';
         }
-        if (stUpdate.stAttr.bPresent) {
-            Attribute(stUpdate.stAttr);
-        }
+        m_out << m_strAttr;
     }
 
     void Warnings(const DescribedAttribute &stAttr)
@@ -157,26 +182,28 @@ private:
      * structure, kept sub-TLVs, escaped and cut names. */
     void Attribute(const DescribedAttribute &stAttr)
     {
+        StrOut out{m_strAttr};
         std::vector<uint16_t> vecBehaviors = StructuredSegmentBehaviors(stAttr);
         size_t ulBehavior = 0;
         bool bAfterType13 = false;
         for (const std::string &strLine : stAttr.vecTextLines) {
-            m_out << "  " << strLine << '\n';
+            out << "  " << strLine << '\n';
             bool bStructure = strLine.find("SID Structure: LB") != std::string::npos;
             if (bAfterType13 && bStructure && ulBehavior < vecBehaviors.size()) {
-                m_out << "      Endpoint Behavior: " << Hex2(vecBehaviors[ulBehavior++]) << '\n';
+                out << "      Endpoint Behavior: " << Hex2(vecBehaviors[ulBehavior++]) << '\n';
             }
             bAfterType13 = strLine.find("Segment: type:13,") != std::string::npos;
         }
         for (const KeptSubTlv &st : stAttr.vecKept) {
-            KeptLine(st, m_out);
+            KeptLine(st, out);
         }
         for (const NameView &st : stAttr.vecNames) {
-            NameLines(st, m_out);
+            NameLines(st, out);
         }
     }
 
     OutBuffer &m_out;
+    std::string m_strAttr; /* the attribute's block of the current UPDATE */
 };
 
 }  // namespace

@@ -259,13 +259,24 @@ uint32_t PluginHost::CondRtAttrMessage(const BOL_SRPOLICY_NLRI_S &stKey, const B
     /* The formatter decodes the stored bytes again and normalises them in
      * place: it gets a copy. Route flag 0x80 asks for the private slice id
      * when that is the only one carried. */
-    Bytes vecCopy = vecAttr;
-    BOL_RT_DATA_S stRt = Route(&stKey, &vecCopy);
-    stRt.ulRtFlags = BOL_SRPOLICY_RT_FLAG_PRIV_SLICE_ID;
-    vecMsg.assign(kMsgRoom, 0u);
-    uint8_t *pucCur = vecMsg.data();
-    uint32_t ulRc = m_stTbl.pfnFormatMsg(&stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur, kMsgRoom, m_pstInst);
-    vecMsg.resize(ulRc == BOL_OK ? static_cast<size_t>(pucCur - vecMsg.data()) : 0u);
+    Bytes vecCopy;
+    uint32_t ulRc = BOL_OK;
+    /* A room a few times the attribute first (the message repeats its parts
+     * with 8-byte TLV headers); the largest room only when that was short. */
+    uint32_t ulFirst = static_cast<uint32_t>(4u * vecAttr.size() + 1024u);
+    for (uint32_t ulRoom : {ulFirst < kMsgRoom ? ulFirst : kMsgRoom, kMsgRoom}) {
+        vecCopy = vecAttr;
+        BOL_RT_DATA_S stRt = Route(&stKey, &vecCopy);
+        stRt.ulRtFlags = BOL_SRPOLICY_RT_FLAG_PRIV_SLICE_ID;
+        vecMsg.assign(ulRoom, 0u);
+        uint8_t *pucCur = vecMsg.data();
+        ulRc = m_stTbl.pfnFormatMsg(&stRt, BOL_SRPOLICY_MSG_CONDRT_ATTR, &pucCur, ulRoom, m_pstInst);
+        if (ulRc == BOL_OK) {
+            vecMsg.resize(static_cast<size_t>(pucCur - vecMsg.data()));
+            return BOL_OK;
+        }
+    }
+    vecMsg.clear();
     return ulRc;
 }
 

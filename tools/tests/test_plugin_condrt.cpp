@@ -2,24 +2,18 @@
 #include <gtest/gtest.h>
 
 #include "plugin/condrt.h"
+#include "test_support.h"
 
 namespace {
 
 using srp::Bytes;
+using srp_test::Hex;
 
 void Tlv(Bytes &v, uint32_t ulType, const Bytes &vecValue)
 {
     srp::Put32(v, ulType);
     srp::Put32(v, static_cast<uint32_t>(vecValue.size()));
     v.insert(v.end(), vecValue.begin(), vecValue.end());
-}
-
-Bytes Hex(const char *pc)
-{
-    Bytes v;
-    std::string strError;
-    EXPECT_TRUE(srp::ParseHex(pc, v, strError)) << strError;
-    return v;
 }
 
 TEST(CondRtAttr, EveryTlvIntoItsField)

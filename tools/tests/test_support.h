@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,18 @@ public:
     std::vector<Seen> vecSeen;
     size_t ulSkipped = 0;
 };
+
+/* Bytes of hex text (fields may be spaced); bad text throws, which fails
+ * the test. */
+inline Bytes Hex(const char *pc)
+{
+    Bytes v;
+    std::string strError;
+    if (!srp::ParseHex(pc, v, strError)) {
+        throw std::invalid_argument(std::string(pc) + ": " + strError);
+    }
+    return v;
+}
 
 /* A BGP message of the given type whose body is n bytes of fill. */
 inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill)

@@ -1,0 +1,102 @@
+#!/usr/bin/env bash
+# Decoding speed of srpolicy against its peers on one generated capture, in
+# one run on this machine, and srpolicy's peak memory on a 2 GB input.
+#   bash scripts/bench_decode.sh [ROUTES]     (default 1000000)
+# Peers, where installed: GoBGP's packet parser (Debian golang-github-osrg-gobgp-dev,
+# built offline by the tool's CMake) and tshark -T fields. Every figure is a
+# rate in routes per second; the ratios are taken between rates of this run.
+# Work files go to a temporary directory (the 2 GB input too) and are removed.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+routes=${1:-1000000}
+
+scripts/deps.sh build-essential cmake ninja-build libpcap-dev nlohmann-json3-dev rapidjson-dev libcli11-dev \
+  golang-go golang-github-osrg-gobgp-dev time
+echo "building srpolicy (Release) and GoBGP's parser harness in build/bench ..."
+cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF \
+  -DBOL_BUILD_EXAMPLES=OFF >/dev/null
+cmake --build build/bench --target srpolicy >/dev/null
+tool=build/bench/tools/srpolicy
+gobgp=""
+if cmake --build build/bench --target gobgp_parse >/dev/null 2>&1; then
+  gobgp=build/bench/tools/gobgp_parse_harness
+fi
+
+work=$(mktemp -d /tmp/srpolicy-bench.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+
+# Routes of both families, four to an UPDATE (family and preference change every
+# four routes), each with a binding SID and a segment list of three labels.
+echo "generating $routes routes ..."
+awk -v n="$routes" 'BEGIN {
+  printf "{\"defaults\": {\"next_hop\": \"192.0.2.1\", \"origin\": \"igp\", \"as_path\": [65001]},\n\"routes\": [\n"
+  for (i = 0; i < n; i++) {
+    if (int(i / 4) % 2 == 0) {
+      ep = sprintf("10.%d.%d.%d", int(i / 65536) % 256, int(i / 256) % 256, i % 256)
+    } else {
+      ep = sprintf("2001:db8::%x:%x", int(i / 65536), i % 65536)
+      ep = ep "\", \"next_hop\": \"2001:db8::1"
+    }
+    printf "%s{\"endpoint\": \"%s\", \"color\": %d, \"distinguisher\": %d, \"preference\": %d,", (i ? ",\n" : ""), ep, 100 + i % 7, i, int(i / 4)
+    printf " \"binding_sid\": {\"label\": %d}, \"segment_lists\": [{\"weight\": 1, \"segments\": [{\"label\": %d}, {\"label\": %d}, {\"label\": 16000}]}]}", 1000 + int(i / 4) % 5000, 16 + int(i / 4) % 1000, 17 + int(i / 4) % 999
+  }
+  printf "\n]}\n"
+}' > "$work/routes.json"
+$tool encode --out-pcap "$work/routes.pcap" "$work/routes.json" 2>/dev/null
+$tool encode --out raw "$work/routes.json" > "$work/routes.raw" 2>/dev/null
+rm "$work/routes.json"
+echo "capture: $(($(stat -c %s "$work/routes.pcap") / 1000000)) MB, raw: $(($(stat -c %s "$work/routes.raw") / 1000000)) MB"
+
+# seconds CMD... : wall-clock seconds of one run, output discarded
+seconds() {
+  local t0 t1
+  t0=$(date +%s.%N)
+  "$@" >/dev/null 2>&1
+  t1=$(date +%s.%N)
+  awk -v a="$t0" -v b="$t1" 'BEGIN { printf "%.3f", b - a }'
+}
+rate() { awk -v n="$routes" -v s="$1" 'BEGIN { printf "%.0f", n / s }'; }
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else printf "-" }'; }
+
+declare -A rates
+measure() {
+  local name=$1
+  shift
+  local s
+  s=$(seconds "$@")
+  rates[$name]=$(rate "$s")
+  printf '%-34s %8.3f s  %9s routes/s\n' "$name" "$s" "${rates[$name]}"
+}
+
+echo "decoding the capture ($routes routes) ..."
+measure "srpolicy decode (text)" "$tool" decode "$work/routes.pcap"
+measure "srpolicy decode --json" "$tool" decode --json "$work/routes.pcap"
+if [ -n "$gobgp" ]; then
+  measure "GoBGP parse only" "$gobgp" parse "$work/routes.raw"
+  measure "GoBGP parse + String()" "$gobgp" string "$work/routes.raw"
+fi
+if command -v tshark >/dev/null 2>&1; then
+  measure "tshark -T fields" tshark -r "$work/routes.pcap" -Y bgp -T fields -e bgp.type -e bgp.mp_reach_nlri_ipv4_prefix
+fi
+
+echo "ratios:"
+if [ -n "$gobgp" ]; then
+  echo "  text / GoBGP parse only: $(ratio "${rates[srpolicy decode (text)]}" "${rates[GoBGP parse only]}")"
+  echo "  JSON / GoBGP parse only: $(ratio "${rates[srpolicy decode --json]}" "${rates[GoBGP parse only]}")"
+fi
+if [ -n "${rates[tshark -T fields]:-}" ]; then
+  echo "  JSON / tshark -T fields: $(ratio "${rates[srpolicy decode --json]}" "${rates[tshark -T fields]}")"
+fi
+
+# Peak memory on a 2 GB input: the raw stream written over and over.
+echo "peak memory of srpolicy decode on a 2 GB input ..."
+big="$work/big.raw"
+: > "$big"
+while [ "$(stat -c %s "$big")" -lt 2000000000 ]; do cat "$work/routes.raw" >> "$big"; done
+rm "$work/routes.pcap"
+for form in "" --json; do
+  /usr/bin/time -o "$work/peak" -f %M "$tool" decode $form --in raw "$big" >/dev/null 2>&1 || true
+  kb=$(tail -1 "$work/peak")
+  echo "  decode ${form:-(text)}: $((kb / 1024)) MB peak for $(($(stat -c %s "$big") / 1000000)) MB"
+done
+rm "$big"

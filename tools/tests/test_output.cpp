@@ -1,0 +1,124 @@
+/* Printers: wire strings escaped for text and JSON, and the event context
+ * (peer and arrival time of live sources) in both forms and in error lines. */
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "output/escape.h"
+#include "output/printer.h"
+
+namespace {
+
+using srp::Bytes;
+
+TEST(Escape, TextAndJsonFormsOfWireStrings)
+{
+    struct Case {
+        Bytes vecIn;
+        const char *pcText;
+        const char *pcJson;
+    } astCases[] = {
+        {{'a', 'b'}, "ab", "\"ab\""},
+        {{'a', 0xFF, 0x01, 'b'}, "a\\xff\\x01b", "\"a\\u00ff\\u0001b\""},
+        {{'c', 'a', 'f', 0xC3, 0xA9}, "caf\xC3\xA9", "\"caf\xC3\xA9\""},       /* UTF-8 kept */
+        {{0xC3}, "\\xc3", "\"\\u00c3\""},                                        /* a sequence cut short */
+        {{0xC0, 0xAF}, "\\xc0\\xaf", "\"\\u00c0\\u00af\""},                      /* overlong form */
+        {{0xED, 0xA0, 0x80}, "\\xed\\xa0\\x80", "\"\\u00ed\\u00a0\\u0080\""},    /* a surrogate */
+        {{'"', '\\', '\n', '\t', 0x7F}, "\"\\\\\\x0a\\x09\\x7f", "\"\\\"\\\\\\n\\t\x7F\""},
+    };
+    for (const Case &st : astCases) {
+        std::string strIn(st.vecIn.begin(), st.vecIn.end());
+        EXPECT_EQ(srp::EscapeText(st.vecIn.data(), st.vecIn.size()), st.pcText) << strIn;
+        EXPECT_EQ(srp::JsonStringLiteral(st.vecIn.data(), st.vecIn.size()), st.pcJson) << strIn;
+        EXPECT_EQ(srp::IsPlainText(st.vecIn.data(), st.vecIn.size()), st.vecIn == Bytes({'a', 'b'})) << strIn;
+    }
+}
+
+/* What a printer writes for one described UPDATE, read back through a pipe. */
+std::string Printed(srp::PrintForm eForm, const srp::EventContext &stCtx, const srp::DescribedUpdate &stUpdate)
+{
+    int aiFd[2];
+    EXPECT_EQ(pipe(aiFd), 0);
+    {
+        srp::OutBuffer out(aiFd[1]);
+        srp::MakePrinter(eForm, out)->Update(stCtx, stUpdate);
+    }
+    close(aiFd[1]);
+    std::string s;
+    char ac[4096];
+    ssize_t n;
+    while ((n = read(aiFd[0], ac, sizeof(ac))) > 0) {
+        s.append(ac, static_cast<size_t>(n));
+    }
+    close(aiFd[0]);
+    return s;
+}
+
+TEST(Printers, ContextOfLiveSourcesShownWhenPresent)
+{
+    srp::DescribedUpdate stUpdate;
+    srp::DescribedRoute stRoute;
+    stRoute.stKey.ucNlriLen = 96u;
+    stRoute.stKey.ulPolicyColor = 7u;
+    stRoute.stKey.aulEndpoint[0] = 0x7F000001u;
+    stRoute.usAfi = 1u;
+    stRoute.bWithdrawn = true;
+    stRoute.strKeyText = "KEY";
+    stUpdate.vecRoutes.push_back(stRoute);
+
+    srp::EventContext stFile;
+    stFile.ullMessage = 3u;
+    stFile.strSource = "f.hex";
+    stFile.ullOffset = 40u;
+    srp::EventContext stLive;
+    stLive.ullMessage = 9u;
+    stLive.strSource = "session 1";
+    stLive.bHasOffset = false;
+    stLive.bHasTime = true;
+    stLive.llTimeUs = 1767225600123456LL; /* 2026-01-01 */
+    stLive.strPeer = "127.0.0.2";
+    struct Case {
+        const srp::EventContext *pstCtx;
+        srp::PrintForm eForm;
+        const char *pcStart;
+    } astCases[] = {
+        {&stFile, srp::PrintForm::Text, "withdraw (message 3, f.hex offset 40, AFI 1 SAFI 73)\n  KEY\n"},
+        {&stLive, srp::PrintForm::Text,
+         "withdraw (message 9, 2026-01-01T00:00:00.123456Z, peer 127.0.0.2, session 1, AFI 1 SAFI 73)\n"},
+        {&stFile, srp::PrintForm::Json, "{\"message\":3,\"source\":\"f.hex\",\"offset\":40,\"afi\":1,"},
+        {&stLive, srp::PrintForm::Json,
+         "{\"message\":9,\"source\":\"session 1\",\"time\":\"2026-01-01T00:00:00.123456Z\",\"peer\":\"127.0.0.2\","},
+    };
+    for (const Case &st : astCases) {
+        std::string s = Printed(st.eForm, *st.pstCtx, stUpdate);
+        EXPECT_EQ(s.substr(0, std::strlen(st.pcStart)), st.pcStart);
+    }
+    srp::Problem stProblem("route check", 0x50002u, 12u, 0);
+    stProblem.vecReports = {"bol_srpolicy:9 0", "bol_srpolicy:10 0x1f"};
+    EXPECT_EQ(srp::ProblemLine(stLive, stProblem),
+              "srpolicy: error: 2026-01-01T00:00:00.123456Z: peer 127.0.0.2: session 1: message 9 (+12): route check: "
+              "BOL_ERR_PARAM (0x50002) [plug-in report: bol_srpolicy:9 0; bol_srpolicy:10 0x1f]");
+    EXPECT_EQ(srp::ProblemLine(stFile, srp::Problem("bad BGP marker")),
+              "srpolicy: error: f.hex: message 3 at offset 40: bad BGP marker");
+}
+
+TEST(Printers, FailuresCountEachMessageProblemAndEachRouteOnce)
+{
+    struct Case {
+        std::vector<int> vecRoutes; /* route index of each problem, -1 for the message */
+        uint64_t ullFailures;
+    } astCases[] = {{{}, 0u}, {{-1}, 1u}, {{-1, -1}, 2u}, {{0, 0}, 1u}, {{0, 1, 1, -1}, 3u}};
+    for (const Case &st : astCases) {
+        srp::DescribedUpdate stUpdate;
+        for (int i : st.vecRoutes) {
+            stUpdate.vecProblems.emplace_back("x", 1u, 0u, i);
+        }
+        EXPECT_EQ(stUpdate.Failures(), st.ullFailures) << st.vecRoutes.size();
+    }
+}
+
+}  // namespace
