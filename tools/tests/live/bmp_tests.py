@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Live runs of `srpolicy bmp` on loopback.
 
-  bmp_live.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
-  bmp_live.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
-  bmp_live.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
+  bmp_tests.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
+  bmp_tests.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
+  bmp_tests.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
 
 Every port is picked at run time (port 0); every run is bounded by an alarm
 and stops what it started."""
@@ -16,7 +16,8 @@ import struct
 import subprocess
 import sys
 import tempfile
-import time
+
+import harness
 
 LIMIT_SECONDS = 90
 PEER_TIME = 1700000000
@@ -105,22 +106,11 @@ class Station:
             return [json.loads(line) for line in f if line.strip()]
 
     def stop(self):
-        if self.proc.poll() is None:
-            self.proc.send_signal(signal.SIGTERM)
-        try:
-            return self.proc.wait(timeout=10)
-        except subprocess.TimeoutExpired:
-            self.proc.kill()
-            return self.proc.wait()
+        return harness.stop_process(self.proc)
 
 
 def wait_for(cond, what, seconds=20):
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if cond():
-            return
-        time.sleep(0.05)
-    raise AssertionError("timed out waiting for " + what)
+    return harness.wait_for(cond, seconds, what, 0.05)
 
 
 def check(cond, what):
@@ -228,43 +218,7 @@ def run_malformed(tool, configs, workdir):
                     r"skipped \d+, failed 5\n", err) is not None, "the summary counts sessions and failures: " + err)
 
 
-def free_port():
-    s = socket.socket()
-    s.bind(("127.0.0.1", 0))
-    port = s.getsockname()[1]
-    s.close()
-    return port
-
-
-GOBGPD_CONFIG = """
-[global.config]
-  as = 65000
-  router-id = "127.0.0.1"
-  port = {bgp_port}
-  local-address-list = ["127.0.0.1"]
-
-[[neighbors]]
-  [neighbors.config]
-    neighbor-address = "127.0.0.2"
-    peer-as = 65001
-  [neighbors.transport.config]
-    passive-mode = true
-  [[neighbors.afi-safis]]
-    [neighbors.afi-safis.config]
-      afi-safi-name = "ipv4-srpolicy"
-  [[neighbors.afi-safis]]
-    [neighbors.afi-safis.config]
-      afi-safi-name = "ipv6-srpolicy"
-
-[[bmp-servers]]
-  [bmp-servers.config]
-    address = "127.0.0.1"
-    port = {bmp_port}
-    route-monitoring-policy = "pre-policy"
-"""
-
-
-def run_gobgpd(tool, configs, workdir, gobgpd):
+def run_gobgpd(tool, configs, workdir):
     """srpolicy announce (from 127.0.0.2) -> gobgpd -> BMP -> srpolicy bmp."""
     config = os.path.join(configs, "bmp_routes.json")
     announced = os.path.join(workdir, "announce.json")
@@ -273,21 +227,16 @@ def run_gobgpd(tool, configs, workdir, gobgpd):
     with open(announced, "w") as f:
         json.dump(routes, f)
     station = Station(tool, workdir)
-    conf = os.path.join(workdir, "gobgpd.toml")
-    bgp_port = free_port()
-    with open(conf, "w") as f:
-        f.write(GOBGPD_CONFIG.format(bgp_port=bgp_port, bmp_port=station.port))
-    log = open(os.path.join(workdir, "gobgpd.log"), "w")
-    daemon = subprocess.Popen([gobgpd, "-f", conf, "-t", "toml", "--api-hosts", "127.0.0.1:%d" % free_port(),
-                               "--log-level", "info"], stdout=log, stderr=subprocess.STDOUT)
+    daemon = harness.Gobgpd(workdir, 65000, [{"address": "127.0.0.2", "asn": 65001}], bmp_port=station.port)
     announcer = None
     try:
+        daemon.__enter__()
         station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
         wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
         announcer = subprocess.Popen([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
-                                      "--connect", "127.0.0.1:%d" % bgp_port, "--source", "127.0.0.2",
+                                      "--connect", "127.0.0.1:%d" % daemon.port, "--source", "127.0.0.2",
                                       "--retry", "0.5", "--keep-on-exit"],
-                                     stdout=log, stderr=subprocess.STDOUT)
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         wait_for(lambda: any(e.get("event") == "Peer Up" and e.get("peer", "").startswith("127.0.0.2 ")
                              for e in station.events()), "the Peer Up of 127.0.0.2", 30)
         peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
@@ -318,13 +267,10 @@ def run_gobgpd(tool, configs, workdir, gobgpd):
         check(down["routes_removed"] == len(expected) - 1 and station.table() == [],
               "the peer going down cleared its routes: " + down["reason_text"])
     finally:
-        for proc in (announcer, daemon):
-            if proc is not None and proc.poll() is None:
-                proc.send_signal(signal.SIGTERM)
-                try:
-                    proc.wait(timeout=10)
-                except subprocess.TimeoutExpired:
-                    proc.kill()
+        if announcer is not None:
+            harness.stop_process(announcer)
+        if daemon.proc is not None:
+            daemon.__exit__()
         rc = station.stop()
     check(rc == 0, "the station stops with status 0")
     check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
@@ -413,7 +359,7 @@ def main():
             elif scenario == "decode":
                 run_decode(tool, configs, workdir)
             else:
-                run_gobgpd(tool, configs, workdir, sys.argv[4])
+                run_gobgpd(tool, configs, workdir)
         except AssertionError:
             for name in ("stderr", "stdout", "gobgpd.log"):
                 path = os.path.join(workdir, name)
