@@ -20,6 +20,7 @@
 
 #include "bmp/bmp_message.h"
 #include "bmp/monitor.h"
+#include "common/signal_pipe.h"
 #include "output/out_buffer.h"
 #include "plugin/plugin_host.h"
 #include "rib/rib.h"
@@ -28,17 +29,6 @@ namespace srp {
 namespace bmp {
 
 namespace {
-
-int g_aiSignalPipe[2] = {-1, -1};
-
-void OnSignal(int iSig)
-{
-    int iSaved = errno;
-    unsigned char uc = static_cast<unsigned char>(iSig);
-    ssize_t r = write(g_aiSignalPipe[1], &uc, 1u);
-    (void)r;
-    errno = iSaved;
-}
 
 /* One router's BMP session. */
 struct Session {
@@ -111,8 +101,10 @@ int Listen(const std::string &strAddr, uint16_t usPort, uint16_t &usBound, std::
 
 class Station {
 public:
-    Station(PluginHost &host, const StationOptions &stOptions, const std::vector<Prefix> &vecAllow)
+    Station(PluginHost &host, const StationOptions &stOptions, const std::vector<Prefix> &vecAllow,
+            SignalPipe &signals)
         : m_stOptions(stOptions),
+          m_signals(signals),
           m_vecAllow(vecAllow),
           m_out(STDOUT_FILENO),
           m_monitor(host, m_rib, m_out, MonitorOptions{stOptions.bJson, stOptions.bVerbose, true})
@@ -126,7 +118,7 @@ public:
         while (bRunning) {
             m_out.Flush();
             vecPoll.clear();
-            vecPoll.push_back(pollfd{g_aiSignalPipe[0], POLLIN, 0});
+            vecPoll.push_back(pollfd{m_signals.Fd(), POLLIN, 0});
             vecPoll.push_back(pollfd{iListen, POLLIN, 0});
             for (const Session &st : m_lstSessions) {
                 vecPoll.push_back(pollfd{st.iFd, POLLIN, 0});
@@ -172,11 +164,9 @@ private:
     /* The signals that arrived; false once asked to stop. */
     bool Signals()
     {
-        unsigned char auc[64];
-        ssize_t r = read(g_aiSignalPipe[0], auc, sizeof(auc));
         bool bRun = true;
-        for (ssize_t k = 0; k < r; k++) {
-            if (auc[k] == SIGUSR1) {
+        for (int iSignal : m_signals.Take()) {
+            if (iSignal == SIGUSR1) {
                 Dump();
             } else {
                 bRun = false;
@@ -297,6 +287,7 @@ private:
     }
 
     const StationOptions &m_stOptions;
+    SignalPipe &m_signals;
     std::vector<Prefix> m_vecAllow;
     OutBuffer m_out;
     Rib m_rib;
@@ -407,23 +398,12 @@ int RunStation(const StationOptions &stOptions)
         std::cerr << "srpolicy: bmp: " << strError << "\n";
         return 2;
     }
-    if (pipe2(g_aiSignalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
-        std::perror("srpolicy: bmp: pipe");
+    SignalPipe signals;
+    if (!signals.Open({SIGINT, SIGTERM, SIGUSR1}, strError)) {
+        std::cerr << "srpolicy: bmp: " << strError << "\n";
         close(iListen);
         return 2;
     }
-    struct sigaction stAction {};
-    stAction.sa_handler = OnSignal;
-    sigemptyset(&stAction.sa_mask);
-    sigset_t stSet;
-    sigemptyset(&stSet);
-    for (int iSig : {SIGINT, SIGTERM, SIGUSR1}) {
-        sigaction(iSig, &stAction, nullptr);
-        sigaddset(&stSet, iSig);
-    }
-    /* A parent may have blocked them (test drivers do). */
-    sigprocmask(SIG_UNBLOCK, &stSet, nullptr);
-    signal(SIGPIPE, SIG_IGN);
     std::cerr << "srpolicy: bmp: listening on " << (strAddr.find(':') != std::string::npos ? "[" + strAddr + "]" : strAddr)
               << ":" << usBound << "\n";
     if (!stOptions.strPortFile.empty()) {
@@ -434,12 +414,10 @@ int RunStation(const StationOptions &stOptions)
     }
     int iRc;
     {
-        Station station(host, stOptions, vecAllow);
+        Station station(host, stOptions, vecAllow, signals);
         iRc = station.Run(iListen);
     }
     close(iListen);
-    close(g_aiSignalPipe[0]);
-    close(g_aiSignalPipe[1]);
     return iRc;
 }
 
