@@ -157,6 +157,10 @@ int main(int argc, char **argv)
     pBmp->add_flag("--verbose", stBmp.bVerbose, "show Statistics Reports");
     pBmp->add_option("--rib-out", stBmp.strRibOut, "write the table as JSON lines here on SIGUSR1 and on exit");
     pBmp->add_option("--port-file", stBmp.strPortFile, "write the bound port here (for --bind ADDR:0)");
+    size_t ulBmpOutMiB = 64;
+    pBmp->add_option("--out-buffer", ulBmpOutMiB, "MiB of output held while standard output is slow")
+        ->check(CLI::Range(1u, 4096u))
+        ->capture_default_str();
 
     srp::ListenOptions stListen;
     SessionArgs stListenArgs;
@@ -184,6 +188,7 @@ int main(int argc, char **argv)
     }
 
     if (pBmp->parsed()) {
+        stBmp.ulOutLimit = ulBmpOutMiB << 20;
         return srp::bmp::RunStation(stBmp);
     }
     if (pDecode->parsed()) {

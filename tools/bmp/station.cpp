@@ -21,6 +21,7 @@
 #include "bmp/bmp_message.h"
 #include "bmp/monitor.h"
 #include "common/signal_pipe.h"
+#include "output/live_output.h"
 #include "output/out_buffer.h"
 #include "plugin/plugin_host.h"
 #include "rib/rib.h"
@@ -106,7 +107,8 @@ public:
         : m_stOptions(stOptions),
           m_signals(signals),
           m_vecAllow(vecAllow),
-          m_out(STDOUT_FILENO),
+          m_live(STDOUT_FILENO, stOptions.ulOutLimit),
+          m_out([this](std::string &strBlock) { return m_live.Push(strBlock); }),
           m_monitor(host, m_rib, m_out, MonitorOptions{stOptions.bJson, stOptions.bVerbose, true})
     {
     }
@@ -117,13 +119,14 @@ public:
         std::vector<pollfd> vecPoll;
         while (bRunning) {
             m_out.Flush();
+            Backpressure();
             vecPoll.clear();
             vecPoll.push_back(pollfd{m_signals.Fd(), POLLIN, 0});
             vecPoll.push_back(pollfd{iListen, POLLIN, 0});
             for (const Session &st : m_lstSessions) {
-                vecPoll.push_back(pollfd{st.iFd, POLLIN, 0});
+                vecPoll.push_back(pollfd{st.iFd, static_cast<short>(m_bPaused ? 0 : POLLIN), 0});
             }
-            if (poll(vecPoll.data(), vecPoll.size(), -1) < 0) {
+            if (poll(vecPoll.data(), vecPoll.size(), m_bPaused ? 100 : -1) < 0) {
                 if (errno == EINTR) {
                     continue;
                 }
@@ -139,7 +142,7 @@ public:
             /* Sessions accepted just now are not in vecPoll and wait for the next round. */
             size_t i = 2u;
             for (auto it = m_lstSessions.begin(); it != m_lstSessions.end() && i < vecPoll.size(); i++) {
-                if (vecPoll[i].revents != 0 && !Read(*it)) {
+                if (!m_bPaused && vecPoll[i].revents != 0 && !Read(*it)) {
                     End(*it);
                     it = m_lstSessions.erase(it);
                 } else {
@@ -152,6 +155,7 @@ public:
             close(st.iFd);
         }
         m_out.Flush();
+        m_live.Drain();
         const MonitorCounts &c = m_monitor.Count();
         std::cerr << "summary: sessions " << m_ullSessions << ", messages " << c.ullMessages << ", updates "
                   << c.ullUpdates << ", routes " << c.ullRoutes << ", withdrawals " << c.ullWithdrawals
@@ -161,6 +165,21 @@ public:
     }
 
 private:
+    /* While standard output is slow the output queue fills up: reading from
+     * the routers pauses (TCP holds them back) until half of it is written. */
+    void Backpressure()
+    {
+        if (!m_bPaused && m_live.Full()) {
+            m_bPaused = true;
+            std::cerr << "srpolicy: bmp: standard output is slow: " << m_live.Pending()
+                      << " bytes waiting; reading from the routers paused\n";
+        } else if (m_bPaused && m_live.Pending() < m_live.Limit() / 2u) {
+            m_bPaused = false;
+            std::cerr << "srpolicy: bmp: output caught up (" << m_live.Pending()
+                      << " bytes waiting); reading from the routers again\n";
+        }
+    }
+
     /* The signals that arrived; false once asked to stop. */
     bool Signals()
     {
@@ -289,7 +308,9 @@ private:
     const StationOptions &m_stOptions;
     SignalPipe &m_signals;
     std::vector<Prefix> m_vecAllow;
+    LiveOutput m_live;
     OutBuffer m_out;
+    bool m_bPaused = false;
     Rib m_rib;
     Monitor m_monitor;
     std::list<Session> m_lstSessions;

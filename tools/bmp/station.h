@@ -24,6 +24,7 @@ struct StationOptions {
     bool bVerbose = false;
     std::string strRibOut;  /* the table as JSON lines, written on SIGUSR1 and on exit */
     std::string strPortFile; /* the bound port is written here (binding port 0) */
+    size_t ulOutLimit = 64u << 20; /* output held while standard output is slow */
 };
 
 /* An address prefix of --allow: ADDR or ADDR/LEN, IPv4 or IPv6. */
