@@ -39,7 +39,7 @@ class Decoder : public InputSink {
 public:
     Decoder(PluginHost &host, const DecodeOptions &stOptions, OutBuffer &out)
         : m_host(host),
-          m_describer(host, DescribeOptions{!stOptions.bJson, true}),
+          m_describer(host, DescribeOptions{!stOptions.bJson, stOptions.bJson}),
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),

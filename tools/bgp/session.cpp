@@ -296,7 +296,7 @@ void BgpSession::OnOpen(const uint8_t *p, size_t n)
     rd.U32(ulId);
     rd.U8(ucOptLen);
     if (ucOptLen != rd.Left()) {
-        Close(kErrHeader, kSubBadLength, {p[16], p[17]});
+        Close(kErrOpen, 0u); /* the parameters' length and the message's disagree */
         return;
     }
     if (ucVersion != 4u) {

@@ -84,7 +84,7 @@ public:
     int Run();
     /* Ceases every session, writes what is queued (at most dLinger seconds)
      * and ends Run. */
-    void Stop(double dLinger = 2.0);
+    void Stop(double dLinger = 10.0);
 
     /* An UPDATE to a peer's session; false when it is not Established. */
     bool Send(int iId, const Bytes &vecMsg);

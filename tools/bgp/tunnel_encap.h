@@ -21,6 +21,7 @@ const uint16_t kTunnelSrPolicy = 15u;
 /* Sub-TLV types of an SR Policy tunnel. */
 const uint8_t kSubTlvEnlp = 14u;
 const uint8_t kSubTlvPriority = 15u;
+const uint8_t kSubTlvSegmentList = 128u;
 const uint8_t kSubTlvCandidatePathName = 129u;
 const uint8_t kSubTlvPolicyName = 130u;
 

@@ -9,7 +9,6 @@ namespace srp {
 namespace {
 
 const uint8_t kSubTlvSrv6BindingSid = 20u;
-const uint8_t kSubTlvSegmentList = 128u;
 const uint8_t kSegSrv6Host = 2u;     /* SRv6 SID segment, host code point */
 const uint8_t kSegType13 = 13u;      /* path MTU when of length 6 */
 const uint8_t kSegListBsid = 33u;

@@ -105,12 +105,18 @@ void NameLines(const NameView &st, StrOut &out)
 }
 
 /* Endpoint behaviors of the type-13 segments that carry a structure, in
- * the order the plug-in prints those segments. */
+ * the order the plug-in prints those segments (read from the normalised
+ * value, so that the text needs no laid-out fields). */
 std::vector<uint16_t> StructuredSegmentBehaviors(const DescribedAttribute &stAttr)
 {
     std::vector<uint16_t> vec;
-    for (const SegmentListField &l : stAttr.stFields.vecSegmentLists) {
-        for (const SegmentField &s : l.vecSegments) {
+    TunnelEncapView stView;
+    ScanTunnelEncap(stAttr.vecNormalised.data(), stAttr.vecNormalised.size(), stView);
+    for (const SubTlv &st : stView.vecSubTlvs) {
+        if (st.ucType != kSubTlvSegmentList) {
+            continue;
+        }
+        for (const SegmentField &s : ParseSegmentList(st.pValue, st.usLen).vecSegments) {
             if (s.ucType == 13u && s.vecValue.size() == 26u) {
                 vec.push_back(Be16(s.vecValue.data() + 18));
             }

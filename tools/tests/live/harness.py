@@ -58,7 +58,9 @@ class Gobgpd:
         self.asn = asn
         self.port = free_port()
         self.api_port = free_port()
-        self.neighbors = neighbors  # list of dicts: address, asn, password (optional)
+        # list of dicts: address, asn, and optionally password and remote_port
+        # (gobgpd then connects to that port instead of waiting)
+        self.neighbors = neighbors
         self.gobgpd = shutil.which("gobgpd") or "/usr/sbin/gobgpd"
         self.gobgp = shutil.which("gobgp") or "/usr/bin/gobgp"
         self.proc = None
@@ -83,8 +85,12 @@ class Gobgpd:
                 lines.append('    auth-password = "%s"' % n["password"])
             lines += [
                 "  [neighbors.transport.config]",
-                "    passive-mode = true",
+                "    passive-mode = %s" % ("false" if n.get("remote_port") else "true"),
                 '    local-address = "%s"' % LOOPBACK,
+            ]
+            if n.get("remote_port"):
+                lines.append("    remote-port = %d" % n["remote_port"])
+            lines += [
                 "  [neighbors.timers.config]",
                 "    connect-retry = 1",
             ]

@@ -396,10 +396,24 @@ def case_bulk(tool, wd, count=100000):
 
 def case_md5(tool, wd):
     """TCP MD5: the session comes up with gobgpd's auth-password, and does not
-    with a wrong one."""
+    with a wrong one; both when listen connects and when gobgpd does."""
+    passive_port = free_port()
     g = Gobgpd(wd, AS_GOBGPD, [dict(address=LISTENER, asn=AS_LISTEN, password="s3cret-pw"),
-                               dict(address="127.0.0.6", asn=AS_LISTEN, password="s3cret-pw")])
+                               dict(address="127.0.0.6", asn=AS_LISTEN, password="s3cret-pw"),
+                               dict(address="127.0.0.7", asn=AS_LISTEN, password="s3cret-pw",
+                                    remote_port=passive_port)])
     with g:
+        # gobgpd connects to a listen that holds the key for its address.
+        passive = Srpolicy(tool, wd, "passive", ["listen", "--as", str(AS_LISTEN), "--bind",
+                                                 "127.0.0.7:%d" % passive_port, "--peer",
+                                                 "%s,as=%d,md5=s3cret-pw" % (LOOPBACK, AS_GOBGPD)])
+        time.sleep(0.5)
+        if "refused by the kernel" in passive.stderr():
+            print("skipped: " + passive.stderr().strip())
+            passive.stop()
+            return SKIP
+        wait_for(lambda: "session established" in passive.stderr(), 30, "gobgpd's session to the listening side")
+        assert passive.stop() == 0, "listen did not end cleanly"
         lis, _ = start_listen(tool, wd, g, connect_suffix=",md5=s3cret-pw")
         time.sleep(0.5)
         if "refused by the kernel" in lis.stderr():
