@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Decoding speed of srpolicy against its peers on one generated capture, in
 # one run on this machine, and srpolicy's peak memory on a 2 GB input.
-#   bash scripts/bench_decode.sh [ROUTES]     (default 1000000)
+#   bash scripts/bench_decode.sh [ROUTES [PER_UPDATE]]   (defaults 1000000 and 1)
+# PER_UPDATE routes share their attributes and so one UPDATE (1: every route
+# has its own attributes, as SR policies usually do).
 # Peers, where installed: GoBGP's packet parser (Debian golang-github-osrg-gobgp-dev,
 # built offline by the tool's CMake) and tshark -T fields. Every figure is a
 # rate in routes per second; the ratios are taken between rates of this run.
@@ -9,6 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 routes=${1:-1000000}
+per_update=${2:-1}
 
 scripts/deps.sh build-essential cmake ninja-build libpcap-dev nlohmann-json3-dev rapidjson-dev libcli11-dev \
   golang-go golang-github-osrg-gobgp-dev time
@@ -25,24 +28,27 @@ fi
 work=$(mktemp -d /tmp/srpolicy-bench.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 
-# Routes of both families, four to an UPDATE (family and preference change every
-# four routes), each with a binding SID and a segment list of three labels.
-echo "generating $routes routes ..."
-awk -v n="$routes" 'BEGIN {
+# Routes of both families (the family changes every PER_UPDATE routes), each
+# with a preference, a binding SID and a segment list of three labels that
+# change every PER_UPDATE routes.
+echo "generating $routes routes, $per_update to an UPDATE ..."
+awk -v n="$routes" -v k="$per_update" 'BEGIN {
   printf "{\"defaults\": {\"next_hop\": \"192.0.2.1\", \"origin\": \"igp\", \"as_path\": [65001]},\n\"routes\": [\n"
   for (i = 0; i < n; i++) {
-    if (int(i / 4) % 2 == 0) {
+    if (int(i / k) % 2 == 0) {
       ep = sprintf("10.%d.%d.%d", int(i / 65536) % 256, int(i / 256) % 256, i % 256)
     } else {
       ep = sprintf("2001:db8::%x:%x", int(i / 65536), i % 65536)
       ep = ep "\", \"next_hop\": \"2001:db8::1"
     }
-    printf "%s{\"endpoint\": \"%s\", \"color\": %d, \"distinguisher\": %d, \"preference\": %d,", (i ? ",\n" : ""), ep, 100 + i % 7, i, int(i / 4)
-    printf " \"binding_sid\": {\"label\": %d}, \"segment_lists\": [{\"weight\": 1, \"segments\": [{\"label\": %d}, {\"label\": %d}, {\"label\": 16000}]}]}", 1000 + int(i / 4) % 5000, 16 + int(i / 4) % 1000, 17 + int(i / 4) % 999
+    printf "%s{\"endpoint\": \"%s\", \"color\": %d, \"distinguisher\": %d, \"preference\": %d,", (i ? ",\n" : ""), ep, 100 + i % 7, i, int(i / k)
+    printf " \"binding_sid\": {\"label\": %d}, \"segment_lists\": [{\"weight\": 1, \"segments\": [{\"label\": %d}, {\"label\": %d}, {\"label\": 16000}]}]}", 1000 + int(i / k) % 5000, 16 + int(i / k) % 1000, 17 + int(i / k) % 999
   }
   printf "\n]}\n"
 }' > "$work/routes.json"
-$tool encode --out-pcap "$work/routes.pcap" "$work/routes.json" 2>/dev/null
+/usr/bin/time -o "$work/peak" -f %M "$tool" encode --out-pcap "$work/routes.pcap" "$work/routes.json" 2>/dev/null
+kb=$(tail -1 "$work/peak")
+echo "encode: $((kb / 1024)) MB peak, $((kb * 1024 / routes)) bytes per route"
 $tool encode --out raw "$work/routes.json" > "$work/routes.raw" 2>/dev/null
 rm "$work/routes.json"
 echo "capture: $(($(stat -c %s "$work/routes.pcap") / 1000000)) MB, raw: $(($(stat -c %s "$work/routes.raw") / 1000000)) MB"
@@ -76,7 +82,7 @@ if [ -n "$gobgp" ]; then
   measure "GoBGP parse + String()" "$gobgp" string "$work/routes.raw"
 fi
 if command -v tshark >/dev/null 2>&1; then
-  measure "tshark -T fields" tshark -r "$work/routes.pcap" -Y bgp -T fields -e bgp.type -e bgp.mp_reach_nlri_ipv4_prefix
+  measure "tshark -T fields" tshark -r "$work/routes.pcap" -Y bgp -T fields -e bgp.type -e bgp.update.path_attribute.mp_reach_nlri.safi
 fi
 
 echo "ratios:"

@@ -5,7 +5,9 @@ namespace srp {
 
 void ScanTunnelEncap(const uint8_t *p, size_t n, TunnelEncapView &stView)
 {
-    stView = TunnelEncapView();
+    stView.vecTunnels.clear(); /* the buffers stay for the next scan */
+    stView.vecSubTlvs.clear();
+    stView.bTruncated = false;
     Reader rd(p, n);
     while (rd.Left() > 0u) {
         TunnelTlv stTunnel;
@@ -51,7 +53,7 @@ bool IsDecodedSubTlv(uint8_t ucType)
 
 void NoteWireValue(const uint8_t *p, size_t n, WireNotes &stNotes)
 {
-    TunnelEncapView stView;
+    thread_local TunnelEncapView stView;
     ScanTunnelEncap(p, n, stView);
     stNotes.Clear();
     std::vector<std::string> &vec = stNotes.vecWarnings;

@@ -43,7 +43,7 @@ struct TunnelEncapView {
 };
 
 /* Scans a Tunnel Encapsulation attribute value (types < 128 have a 1-byte
- * sub-TLV length, the others 2 bytes). */
+ * sub-TLV length, the others 2 bytes), replacing what stView held. */
 void ScanTunnelEncap(const uint8_t *p, size_t n, TunnelEncapView &stView);
 
 /* True for the sub-TLV types the plug-in decodes into fields. */

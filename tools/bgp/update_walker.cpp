@@ -138,7 +138,8 @@ void WalkAttributes(PluginHost &host, Span stSpan, bool bRib, WalkedUpdate &stOu
         uint8_t ucType;
         Span stValue;
     };
-    std::vector<Attr> vecAttrs;
+    thread_local std::vector<Attr> vecAttrs; /* kept from message to message */
+    vecAttrs.clear();
     Reader rd(stSpan.p, stSpan.n);
     while (rd.Left() > 0u) {
         size_t ulPos = stSpan.ulBase + rd.Pos();

@@ -35,12 +35,14 @@ void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
     static const char acDigits[] = "0123456789abcdef";
     thread_local std::string t_strHex;
-    t_strHex.assign(1u, '"');
+    t_strHex.resize(2u * n + 2u);
+    char *pc = &t_strHex[0];
+    *pc++ = '"';
     for (size_t i = 0; i < n; i++) {
-        t_strHex += acDigits[p[i] >> 4];
-        t_strHex += acDigits[p[i] & 0xFu];
+        *pc++ = acDigits[p[i] >> 4];
+        *pc++ = acDigits[p[i] & 0xFu];
     }
-    t_strHex += '"';
+    *pc = '"';
     w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
 }
 
@@ -233,7 +235,7 @@ void Attribute(Writer &w, const DescribedAttribute &stAttr)
         KeptSubTlvs(w, stAttr.vecKept);
     }
     Key(w, "hex");
-    Str(w, stAttr.strHex);
+    HexValue(w, stAttr.vecNormalised.data(), stAttr.vecNormalised.size());
     w.EndObject();
 }
 

@@ -110,7 +110,7 @@ void NameLines(const NameView &st, StrOut &out)
 std::vector<uint16_t> StructuredSegmentBehaviors(const DescribedAttribute &stAttr)
 {
     std::vector<uint16_t> vec;
-    TunnelEncapView stView;
+    thread_local TunnelEncapView stView;
     ScanTunnelEncap(stAttr.vecNormalised.data(), stAttr.vecNormalised.size(), stView);
     for (const SubTlv &st : stView.vecSubTlvs) {
         if (st.ucType != kSubTlvSegmentList) {
@@ -189,12 +189,17 @@ private:
     void Attribute(const DescribedAttribute &stAttr)
     {
         StrOut out{m_strAttr};
-        std::vector<uint16_t> vecBehaviors = StructuredSegmentBehaviors(stAttr);
+        std::vector<uint16_t> vecBehaviors;
+        bool bBehaviorsRead = false;
         size_t ulBehavior = 0;
         bool bAfterType13 = false;
         for (const std::string &strLine : stAttr.vecTextLines) {
             out << "  " << strLine << '\n';
             bool bStructure = strLine.find("SID Structure: LB") != std::string::npos;
+            if (bAfterType13 && bStructure && !bBehaviorsRead) {
+                vecBehaviors = StructuredSegmentBehaviors(stAttr);
+                bBehaviorsRead = true;
+            }
             if (bAfterType13 && bStructure && ulBehavior < vecBehaviors.size()) {
                 out << "      Endpoint Behavior: " << Hex2(vecBehaviors[ulBehavior++]) << '\n';
             }

@@ -46,7 +46,7 @@ void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
  * names with their wire lengths. */
 void KeptParts(DescribedAttribute &stAttr, const WireNotes &stNotes)
 {
-    TunnelEncapView stView;
+    thread_local TunnelEncapView stView;
     ScanTunnelEncap(stAttr.vecNormalised.data(), stAttr.vecNormalised.size(), stView);
     size_t ulName = 0;
     for (const SubTlv &st : stView.vecSubTlvs) {
@@ -144,7 +144,9 @@ void Describer::Attribute(DescribedUpdate &stOut, const WireNotes &stNotes)
             break;
         }
     }
-    stAttr.strHex = ToHex(stAttr.vecNormalised);
+    if (stOut.bBareAttribute) {
+        stAttr.strHex = ToHex(stAttr.vecNormalised);
+    }
     if (m_stOptions.bAttrText) {
         std::string strText;
         uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);

@@ -54,7 +54,7 @@ struct DescribedAttribute {
     bool bPresent = false;    /* the attribute was decoded */
     uint32_t ulError = 0;     /* the attribute parser's refusal, if any */
     Bytes vecNormalised;      /* the normalised value */
-    std::string strHex;       /* its hex */
+    std::string strHex;       /* its hex, for a bare attribute value (printers of routes write vecNormalised) */
     std::vector<std::string> vecTextLines; /* the plug-in's display text, one entry per non-empty line */
     bool bHasFields = false;  /* stFields holds the laid-out fields */
     AttrFields stFields;
