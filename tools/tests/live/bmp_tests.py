@@ -4,6 +4,7 @@
   bmp_tests.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
   bmp_tests.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
   bmp_tests.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
+  bmp_tests.py TOOL CONFIGS slow_output a standard output nobody reads pauses the routers, nothing is lost
 
 Every port is picked at run time (port 0); every run is bounded by an alarm
 and stops what it started."""
@@ -16,6 +17,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import threading
 
 import harness
 
@@ -276,6 +278,42 @@ def run_gobgpd(tool, configs, workdir):
     check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
 
 
+def run_slow_output(tool, configs, workdir, count=3000):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    stream = initiation("r1") + peer_up("10.0.0.9", 65009) + b"".join(
+        route_monitoring("10.0.0.9", 65009, u) for u in updates) * count
+    port_file = os.path.join(workdir, "port")
+    err_path = os.path.join(workdir, "stderr")
+    with open(err_path, "w") as err:
+        proc = subprocess.Popen([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", port_file, "--json",
+                                 "--out-buffer", "1"], stdout=subprocess.PIPE, stderr=err)
+    stderr = lambda: open(err_path).read()
+    try:
+        wait_for(lambda: os.path.exists(port_file), "the station's port")
+        with open(port_file) as f:
+            router = connect(int(f.read()))
+        sender = threading.Thread(target=lambda: (router.sendall(stream), router.shutdown(socket.SHUT_WR)))
+        sender.start()
+        wait_for(lambda: "reading from the routers paused" in stderr(), "the station to pause its routers")
+        check(True, "a standard output nobody reads pauses reading from the routers")
+        routes = [0]
+
+        def read():
+            for line in proc.stdout:
+                routes[0] += b'"nlri"' in line
+        reader = threading.Thread(target=read)
+        reader.start()
+        wait_for(lambda: "reading from the routers again" in stderr(), "the station to read again")
+        wait_for(lambda: routes[0] == 3 * count, "every route on standard output", 60)
+        check(True, "once the output is read the routers are read again and no route is lost")
+        sender.join(10)
+        router.close()
+    finally:
+        rc = harness.stop_process(proc)
+    reader.join(10)
+    check(rc == 0 and "routes %d," % (3 * count) in stderr(), "the station stops with all routes counted")
+
+
 def pcap_file(stream, sport, dport, chunk=500):
     """A classic pcap of one TCP direction carrying the stream in segments
     of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
@@ -358,6 +396,8 @@ def main():
                 run_malformed(tool, configs, workdir)
             elif scenario == "decode":
                 run_decode(tool, configs, workdir)
+            elif scenario == "slow_output":
+                run_slow_output(tool, configs, workdir)
             else:
                 run_gobgpd(tool, configs, workdir)
         except AssertionError:
