@@ -324,14 +324,21 @@ std::string PeerDown::Text() const
     return s;
 }
 
-std::string InfoTlvName(uint8_t ucMsgType, uint16_t usType)
+/* The name of a TLV type the message type defines; nullptr for others. */
+static const char *KnownTlvName(uint8_t ucMsgType, uint16_t usType)
 {
     for (const TlvName &st : g_astTlvNames) {
         if (st.ucMsgType == ucMsgType && st.usType == usType) {
             return st.pcName;
         }
     }
-    return "TLV " + Num(usType);
+    return nullptr;
+}
+
+std::string InfoTlvName(uint8_t ucMsgType, uint16_t usType)
+{
+    const char *pcName = KnownTlvName(ucMsgType, usType);
+    return pcName != nullptr ? std::string(pcName) : "TLV " + Num(usType);
 }
 
 std::string StatName(uint16_t usType) { return Lookup(g_astStatNames, usType, "statistic"); }
@@ -344,7 +351,7 @@ std::string InfoTlvText(uint8_t ucMsgType, const InfoTlv &stTlv)
         return std::string(Lookup(g_astTerminationReasons, usReason, "unknown")) + " (" +
                (v.size() == 2u ? Num(usReason) : ToHex(v)) + ")";
     }
-    if (InfoTlvName(ucMsgType, stTlv.usType).rfind("TLV ", 0) == 0u) {
+    if (KnownTlvName(ucMsgType, stTlv.usType) == nullptr) {
         return ToHex(v);
     }
     std::string s;
@@ -441,14 +448,14 @@ bool ParseMessage(const uint8_t *p, size_t n, Message &st, std::string &strError
         strError = "BMP message length " + Num(st.ulLength) + " in a message of " + Num(n) + " bytes";
         return false;
     }
-    std::string strType = MsgTypeName(st.ucType);
-    if (strType == "unknown") {
+    const char *pcType = Lookup(g_astMsgTypes, st.ucType, nullptr);
+    if (pcType == nullptr) {
         strError = "unknown BMP message type " + Num(st.ucType);
         return false;
     }
     st.bHasPeer = HasPeerHeader(st.ucType);
     if (st.bHasPeer && !ReadPeerHeader(r, st.stPeer)) {
-        strError = strType + " message of " + Num(n) + " bytes has no room for its per-peer header (" +
+        strError = std::string(pcType) + " message of " + Num(n) + " bytes has no room for its per-peer header (" +
                    Num(kPeerHeaderLen) + " bytes)";
         return false;
     }
@@ -470,8 +477,8 @@ bool ParseMessage(const uint8_t *p, size_t n, Message &st, std::string &strError
         case kRouteMirroring: bOk = ReadMirroring(r, st, strError); break;
         default: bOk = ReadTlvs(r, st.vecTlvs, strError); break; /* Initiation, Termination */
     }
-    if (!bOk && st.ucType != kRouteMonitoring && strError.rfind(strType, 0) != 0u) {
-        strError = strType + ": " + strError;
+    if (!bOk && st.ucType != kRouteMonitoring && strError.rfind(pcType, 0) != 0u) {
+        strError = std::string(pcType) + ": " + strError;
     }
     return bOk;
 }

@@ -17,6 +17,15 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
+}  // namespace
+
+/* The fields of a session event of its own message type. */
+struct EventFields {
+    json j = json::object();
+};
+
+namespace {
+
 std::string FamilyText(const std::pair<uint16_t, uint8_t> &stFamily)
 {
     return std::to_string(stFamily.first) + "/" + std::to_string(stFamily.second);
@@ -112,7 +121,7 @@ bool Monitor::Handle(const std::string &strRouter, const std::string &strSource,
                            (usCode == 0u ? "errored PDU" : (usCode == 1u ? "messages lost" : "code " + std::to_string(usCode)));
             }
             if (!stMsg.vecMirrorInfo.empty()) {
-                Event(stMsg, "route mirroring: " + strInfo, "\"information\":" + jInfo.dump());
+                Event(stMsg, "route mirroring: " + strInfo, EventFields{json{{"information", jInfo}}});
             }
             for (Bytes &vecBgp : stMsg.vecBgp) {
                 if (vecBgp.size() > 18u && vecBgp[18] == kBgpUpdate) {
@@ -143,8 +152,7 @@ bool Monitor::Handle(const std::string &strRouter, const std::string &strSource,
                 strText += ", " + InfoTlvName(kPeerUp, stTlv.usType) + " " + InfoTlvText(kPeerUp, stTlv);
                 j[InfoTlvName(kPeerUp, stTlv.usType)] = InfoTlvText(kPeerUp, stTlv);
             }
-            std::string strJson = j.dump();
-            Event(stMsg, strText, strJson.substr(1u, strJson.size() - 2u));
+            Event(stMsg, strText, EventFields{j});
             break;
         }
         case kPeerDown: {
@@ -159,9 +167,8 @@ bool Monitor::Handle(const std::string &strRouter, const std::string &strSource,
             }
             json j{{"reason", stMsg.stPeerDown.ucReason}, {"reason_text", stMsg.stPeerDown.Text()},
                    {"routes_removed", ulRemoved}};
-            std::string strJson = j.dump();
             Event(stMsg, "peer down: " + stMsg.stPeerDown.Text() + "; " + std::to_string(ulRemoved) + " routes removed",
-                  strJson.substr(1u, strJson.size() - 2u));
+                  EventFields{j});
             break;
         }
         case kStatisticsReport: {
@@ -176,7 +183,7 @@ bool Monitor::Handle(const std::string &strRouter, const std::string &strSource,
                            std::to_string(st.ullValue) + (&st != &stMsg.vecStats.back() ? "," : "");
                 j.push_back(json{{"type", st.usType}, {"name", StatName(st.usType)}, {"value", st.ullValue}});
             }
-            Event(stMsg, strText, "\"statistics\":" + j.dump());
+            Event(stMsg, strText, EventFields{json{{"statistics", j}}});
             break;
         }
         default: { /* Initiation, Termination */
@@ -191,15 +198,14 @@ bool Monitor::Handle(const std::string &strRouter, const std::string &strSource,
                     m_mapSysNames[strRouter] = strValue;
                 }
             }
-            std::string strJson = j.dump();
-            Event(stMsg, strText, strJson.size() > 2u ? strJson.substr(1u, strJson.size() - 2u) : "");
+            Event(stMsg, strText, EventFields{j});
             break;
         }
     }
     return true;
 }
 
-void Monitor::Event(const bmp::Message &stMsg, const std::string &strText, const std::string &strJsonFields)
+void Monitor::Event(const bmp::Message &stMsg, const std::string &strText, const EventFields &stFields)
 {
     std::string strType = MsgTypeName(stMsg.ucType);
     if (m_stOptions.bJson) {
@@ -217,11 +223,10 @@ void Monitor::Event(const bmp::Message &stMsg, const std::string &strText, const
         if (m_stCtx.bHasTime) {
             j["time"] = EventTimeText(m_stCtx.llTimeUs);
         }
-        std::string strLine = j.dump();
-        if (!strJsonFields.empty()) {
-            strLine.insert(strLine.size() - 1u, "," + strJsonFields);
+        for (const auto &it : stFields.j.items()) {
+            j[it.key()] = it.value();
         }
-        m_out << strLine << '\n';
+        m_out << j.dump() << '\n';
     } else {
         m_out << "bmp " << strType << " (message " << m_stCtx.ullMessage << ", ";
         if (m_stCtx.bHasTime) {

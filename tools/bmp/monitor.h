@@ -42,6 +42,8 @@ struct MonitorCounts {
     uint64_t ullFailed = 0; /* malformed messages and routes the plug-in refused */
 };
 
+struct EventFields; /* the JSON fields of a session event (monitor.cpp) */
+
 class Monitor {
 public:
     Monitor(PluginHost &host, Rib &rib, OutBuffer &out, const MonitorOptions &stOptions);
@@ -69,7 +71,9 @@ private:
     void Start(const std::string &strRouter, const std::string &strSource, uint64_t ullOffset, uint64_t ullIndex,
                const Message &stMsg);
     void RouteMonitoring(const Message &stMsg, Bytes &vecUpdate, bool bStore);
-    void Event(const Message &stMsg, const std::string &strText, const std::string &strJsonFields);
+    /* A session event: its text line, or one JSON object of the common
+     * fields followed by the message's own. */
+    void Event(const Message &stMsg, const std::string &strText, const EventFields &stFields);
 
     PluginHost &m_host;
     Rib &m_rib;
