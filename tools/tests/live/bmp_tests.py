@@ -4,6 +4,7 @@
   bmp_tests.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
   bmp_tests.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
   bmp_tests.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
+  bmp_tests.py TOOL CONFIGS ipv6        the station on ::1 with an IPv6 router
   bmp_tests.py TOOL CONFIGS slow_output a standard output nobody reads pauses the routers, nothing is lost
 
 Every port is picked at run time (port 0); every run is bounded by an alarm
@@ -74,13 +75,13 @@ def encode(tool, config, withdraw=False):
 class Station:
     """`srpolicy bmp` on a port of its own, its output in files."""
 
-    def __init__(self, tool, workdir, extra=()):
+    def __init__(self, tool, workdir, extra=(), bind="127.0.0.1:0"):
         self.workdir = workdir
         self.port_file = os.path.join(workdir, "port")
         self.rib_file = os.path.join(workdir, "rib.jsonl")
         self.out = open(os.path.join(workdir, "stdout"), "w+")
         self.err = open(os.path.join(workdir, "stderr"), "w+")
-        self.proc = subprocess.Popen([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", self.port_file,
+        self.proc = subprocess.Popen([tool, "bmp", "--bind", bind, "--port-file", self.port_file,
                                       "--rib-out", self.rib_file, "--json", "--verbose", *extra],
                                      stdout=self.out, stderr=self.err)
         wait_for(lambda: os.path.exists(self.port_file), "the station's port")
@@ -278,6 +279,37 @@ def run_gobgpd(tool, configs, workdir):
     check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
 
 
+def run_ipv6(tool, configs, workdir):
+    """The station on ::1: an IPv6 router is allowed by its prefix, named as [ADDR]:PORT, and its table kept."""
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    station = Station(tool, workdir, ["--allow", "::1/128"], bind="[::1]:0")
+    try:
+        router = socket.create_connection(("::1", station.port), timeout=10)
+        name = "[::1]:%d" % router.getsockname()[1]
+        router.sendall(initiation("r6") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
+        wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()), "the IPv6 router's route")
+        check([e["router"] for e in station.table()] == [name], "the IPv6 router's table, named " + name)
+        router.close()
+    finally:
+        rc = station.stop()
+    check(rc == 0, "the station on ::1 stops with status 0")
+
+    # An IPv6 socket on the IPv4-mapped loopback address: IPv4 routers come as
+    # mapped addresses, are checked against IPv4 prefixes and named as IPv4.
+    os.unlink(station.port_file)
+    station = Station(tool, workdir, ["--allow", "127.0.0.0/8"], bind="[::ffff:127.0.0.1]:0")
+    try:
+        router = connect(station.port)
+        name = "127.0.0.1:%d" % router.getsockname()[1]
+        router.sendall(initiation("r4") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
+        wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
+                 "the route of the IPv4 router on the mapped address")
+        check(True, "an IPv4 router on an IPv4-mapped listener is allowed by its IPv4 prefix and named " + name)
+        router.close()
+    finally:
+        station.stop()
+
+
 def run_slow_output(tool, configs, workdir, count=3000):
     updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
     stream = initiation("r1") + peer_up("10.0.0.9", 65009) + b"".join(
@@ -396,6 +428,8 @@ def main():
                 run_malformed(tool, configs, workdir)
             elif scenario == "decode":
                 run_decode(tool, configs, workdir)
+            elif scenario == "ipv6":
+                run_ipv6(tool, configs, workdir)
             elif scenario == "slow_output":
                 run_slow_output(tool, configs, workdir)
             else:
