@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "bgp/message_stream.h"
+#include "bmp/monitor.h"
 #include "input/source.h"
 #include "bgp/update_walker.h"
 #include "output/printer.h"
@@ -43,8 +44,22 @@ public:
           m_out(out),
           m_bVerbose(stOptions.bVerbose),
           m_pPrinter(MakePrinter(stOptions.bJson ? PrintForm::Json : PrintForm::Text, out)),
-          m_bRib(stOptions.bRib)
+          m_bRib(stOptions.bRib),
+          m_monitor(host, m_rib, out, bmp::MonitorOptions{stOptions.bJson, stOptions.bVerbose, false})
     {
+    }
+
+    /* A BMP message: the monitor shows it, and decodes the UPDATEs it
+     * carries; a malformed one is reported and the stream goes on. */
+    void BmpMessage(const uint8_t *p, size_t n, const Origin &stOrigin) override
+    {
+        Start(stOrigin);
+        m_ullFound++;
+        std::string strError;
+        if (!m_monitor.Handle(stOrigin.strSource, stOrigin.strSource, p, n, stOrigin.ullOffset, m_stCtx.ullMessage,
+                              strError)) {
+            Say(Problem(strError));
+        }
     }
 
     void Message(const uint8_t *p, size_t n, const Origin &stOrigin) override
@@ -133,7 +148,18 @@ public:
         }
     }
 
-    const Counters &Count() const { return m_stCount; }
+    /* The counts, those of BMP streams included. */
+    Counters Count() const
+    {
+        Counters st = m_stCount;
+        const bmp::MonitorCounts &stBmp = m_monitor.Count();
+        st.ullUpdates += stBmp.ullUpdates;
+        st.ullRoutes += stBmp.ullRoutes;
+        st.ullWithdrawals += stBmp.ullWithdrawals;
+        st.ullSkipped += stBmp.ullSkipped;
+        st.ullFailed += stBmp.ullFailed;
+        return st;
+    }
     /* The table the inputs left (--rib). */
     void PrintTable() { PrintRib(m_rib, m_host, *m_pPrinter, m_stDescribe); }
 
@@ -217,6 +243,7 @@ private:
     bool m_bProgressShown = false;
     uint64_t m_ullLastPercent = 101u;
     uint64_t m_ullFound = 0;
+    bmp::Monitor m_monitor; /* BMP streams, into the same table */
 };
 
 /* How much of an input is looked at to tell its format. */
@@ -340,6 +367,9 @@ bool ReadInput(Decoder &dec, const DecodeOptions &stOptions, InputFile &in, cons
             bOk = ReadPcap(in, strSource, stRead, dec, stStats, strError);
             strHint = CaptureHint(stStats, stRead);
             return bOk;
+        case Format::Bmp:
+            strHint = "no whole BMP message in it";
+            return ReadBmp(in, strSource, dec, strError);
         case Format::Mrt:
             strHint = "its MRT records hold no BGP message and no SR Policy RIB entry";
             return ReadMrt(in, strSource, dec, strError);
@@ -395,7 +425,7 @@ int RunDecode(const DecodeOptions &stOptions)
         dec.PrintTable();
     }
     out.Flush();
-    const Counters &st = dec.Count();
+    Counters st = dec.Count();
     std::cerr << "summary: messages " << st.ullMessages << ", updates " << st.ullUpdates << ", routes "
               << st.ullRoutes << ", withdrawals " << st.ullWithdrawals << ", skipped " << st.ullSkipped
               << ", failed " << st.ullFailed << "\n";

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "bol_srpolicy.h"
+#include "bmp/station.h"
 #include "decode.h"
 #include "encode/encode.h"
 #include "live.h"
@@ -149,9 +150,9 @@ int main(int argc, char **argv)
     CLI::App *pDecode = app.add_subcommand("decode", "decode BGP messages and print their SR Policy routes");
     pDecode->add_option("FILE", stDecode.vecInputs, "inputs ('-' or none: standard input)");
     pDecode->add_option("--in", strIn, "input format")
-        ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt"}))
+        ->check(CLI::IsMember({"auto", "hex", "raw", "pcap", "mrt", "bmp"}))
         ->capture_default_str();
-    pDecode->add_option("--port", stDecode.vecPorts, "TCP port of BGP in captures (repeatable; default 179)")
+    pDecode->add_option("--port", stDecode.vecPorts, "TCP port of BGP or BMP in captures (repeatable; default 179, and 11019 for BMP)")
         ->check(CLI::Range(1, 65535))
         ->expected(1)
         ->allow_extra_args(false)
@@ -171,6 +172,20 @@ int main(int argc, char **argv)
     pEncode->add_flag("--withdraw", stEncode.bWithdraw, "withdraw the routes (MP_UNREACH_NLRI)");
     pEncode->add_option("--out", strOut, "output form")->check(CLI::IsMember({"hex", "raw"}))->capture_default_str();
     pEncode->add_option("--out-pcap", stEncode.strPcap, "write a pcap capture of the session to this file");
+
+    srp::bmp::StationOptions stBmp;
+    CLI::App *pBmp = app.add_subcommand("bmp", "a BMP station: SR Policy routes the routers monitor");
+    pBmp->add_option("--bind", stBmp.strBind, "ADDR[:PORT] to accept BMP sessions on (port 11019 unless given)")
+        ->capture_default_str();
+    pBmp->add_option("--allow", stBmp.vecAllow, "accept routers only from this prefix (repeatable)");
+    pBmp->add_flag("--json", stBmp.bJson, "one JSON object per route and event");
+    pBmp->add_flag("--verbose", stBmp.bVerbose, "show Statistics Reports");
+    pBmp->add_option("--rib-out", stBmp.strRibOut, "write the table as JSON lines here on SIGUSR1 and on exit");
+    pBmp->add_option("--port-file", stBmp.strPortFile, "write the bound port here (for --bind ADDR:0)");
+    size_t ulBmpOutMiB = 64;
+    pBmp->add_option("--out-buffer", ulBmpOutMiB, "MiB of output held while standard output is slow")
+        ->check(CLI::Range(1u, 4096u))
+        ->capture_default_str();
 
     srp::ListenOptions stListen;
     SessionArgs stListenArgs;
@@ -197,6 +212,10 @@ int main(int argc, char **argv)
         return iRc == 0 ? 0 : 2;
     }
 
+    if (pBmp->parsed()) {
+        stBmp.ulOutLimit = ulBmpOutMiB << 20;
+        return srp::bmp::RunStation(stBmp);
+    }
     if (pDecode->parsed()) {
         srp::FormatFromName(strIn, stDecode.eFormat);
         stDecode.eMode = bAttr ? srp::DecodeMode::Attributes

@@ -20,19 +20,6 @@ namespace srp {
 
 namespace {
 
-int g_aiSignalPipe[2] = {-1, -1};
-
-void OnSignal(int iSignal)
-{
-    int iSaved = errno;
-    unsigned char uc = static_cast<unsigned char>(iSignal);
-    ssize_t lRc = write(g_aiSignalPipe[1], &uc, 1u);
-    (void)lRc;
-    errno = iSaved;
-}
-
-const int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
-
 bool SetNonBlocking(int iFd)
 {
     int iFlags = fcntl(iFd, F_GETFL);
@@ -254,15 +241,6 @@ Speaker::~Speaker()
     for (auto &p : m_vecListeners) {
         close(p->iFd);
     }
-    for (int iSignal : kSignals) {
-        signal(iSignal, SIG_DFL);
-    }
-    for (int &iFd : g_aiSignalPipe) {
-        if (iFd >= 0) {
-            close(iFd);
-            iFd = -1;
-        }
-    }
 }
 
 double Speaker::Now()
@@ -274,18 +252,9 @@ double Speaker::Now()
 
 bool Speaker::Open(std::string &strError)
 {
-    if (pipe(g_aiSignalPipe) != 0 || !SetNonBlocking(g_aiSignalPipe[0]) || !SetNonBlocking(g_aiSignalPipe[1])) {
-        strError = std::string("pipe: ") + std::strerror(errno);
+    if (!m_signals.Open({SIGINT, SIGTERM, SIGHUP, SIGUSR1}, strError)) {
         return false;
     }
-    struct sigaction sa;
-    std::memset(&sa, 0, sizeof(sa));
-    sa.sa_handler = OnSignal;
-    sa.sa_flags = SA_RESTART;
-    for (int iSignal : kSignals) {
-        sigaction(iSignal, &sa, nullptr);
-    }
-    signal(SIGPIPE, SIG_IGN);
 
     for (const PeerSpec &stBind : m_stOptions.vecBind) {
         sockaddr_storage st;
@@ -490,14 +459,10 @@ void Speaker::Stop(double dLinger)
 
 void Speaker::ServeSignals()
 {
-    unsigned char auc[16];
-    ssize_t lRc;
-    while ((lRc = read(g_aiSignalPipe[0], auc, sizeof(auc))) > 0) {
-        for (ssize_t i = 0; i < lRc; i++) {
-            m_handler.Signal(*this, auc[i]);
-            if (auc[i] == SIGINT || auc[i] == SIGTERM) {
-                Stop();
-            }
+    for (int iSignal : m_signals.Take()) {
+        m_handler.Signal(*this, iSignal);
+        if (iSignal == SIGINT || iSignal == SIGTERM) {
+            Stop();
         }
     }
 }
@@ -560,7 +525,7 @@ int Speaker::Run()
         double dWake = std::min(dNow + (bCongested ? 0.05 : 1.0), m_handler.WakeBy(dNow));
         vecFds.clear();
         vecPolled.clear();
-        vecFds.push_back({g_aiSignalPipe[0], POLLIN, 0});
+        vecFds.push_back({m_signals.Fd(), POLLIN, 0});
         for (auto &p : m_vecListeners) {
             vecFds.push_back({p->iFd, static_cast<short>(m_bStopping ? 0 : POLLIN), 0});
         }

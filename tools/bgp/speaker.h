@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "bgp/session.h"
+#include "common/signal_pipe.h"
 
 namespace srp {
 
@@ -109,6 +110,7 @@ private:
 
     SpeakerOptions m_stOptions;
     SpeakerHandler &m_handler;
+    SignalPipe m_signals;
     std::vector<std::unique_ptr<Listener>> m_vecListeners;
     std::vector<std::unique_ptr<Conn>> m_vecConns;
     std::vector<double> m_vecRetryAt; /* per connect peer: next attempt, 0 while connected */

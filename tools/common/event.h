@@ -20,6 +20,8 @@ struct EventContext {
     bool bHasTime = false;
     int64_t llTimeUs = 0;    /* arrival time: microseconds since 1970-01-01 UTC */
     std::string strPeer;     /* the peer the message came from; empty: not known */
+    std::string strRouter;   /* BMP: the monitoring router that reported it */
+    std::string strView;     /* BMP: "pre-policy", "post-policy", "loc-rib" */
 };
 
 /* The arrival time as "2026-11-24T05:01:02.123456Z". */

@@ -46,10 +46,56 @@ std::string AddrText(const Bytes &vec)
 }
 
 /* One direction of a BGP session: reassembly feeding the message splitter. */
+/* One direction of a BGP or BMP session: reassembly feeding the message
+ * splitter of the protocol its first bytes show (a BMP common header, or
+ * anything else: BGP). */
 struct Flow {
     std::string strLabel;
     std::unique_ptr<BgpStreamSplitter> pSplitter;
+    std::unique_ptr<BmpStreamReader> pBmp;
     std::unique_ptr<TcpStream> pStream;
+    bool bDecided = false;
+    Bytes vecHead; /* the first bytes, until there are enough to decide */
+
+    void Data(const uint8_t *p, size_t n)
+    {
+        if (!bDecided) {
+            vecHead.insert(vecHead.end(), p, p + n);
+            if (vecHead.size() < bmp::kCommonHeaderLen) {
+                return;
+            }
+            Decide();
+            return;
+        }
+        if (pBmp) {
+            pBmp->Feed(p, n);
+        } else {
+            pSplitter->Feed(p, n);
+        }
+    }
+    void Decide()
+    {
+        bDecided = true;
+        if (bmp::LooksLikeBmp(vecHead.data(), vecHead.size())) {
+            pBmp = std::make_unique<BmpStreamReader>(strLabel, *pSink);
+        }
+        Bytes vecFirst;
+        vecFirst.swap(vecHead);
+        Data(vecFirst.data(), vecFirst.size());
+    }
+    void Finish()
+    {
+        pStream->Finish();
+        if (!bDecided && !vecHead.empty()) {
+            Decide();
+        }
+        if (pBmp) {
+            pBmp->Finish();
+        } else {
+            pSplitter->Finish();
+        }
+    }
+    InputSink *pSink = nullptr;
 };
 
 /* A decoded TCP segment of interest. */
@@ -226,7 +272,7 @@ public:
             return;
         }
         m_stStats.ullTcpPackets++;
-        if (!IsBgpPort(stSeg.stKey.usSrcPort) && !IsBgpPort(stSeg.stKey.usDstPort)) {
+        if (!IsFollowedPort(stSeg.stKey.usSrcPort) && !IsFollowedPort(stSeg.stKey.usDstPort)) {
             uint16_t usLow = stSeg.stKey.usSrcPort < stSeg.stKey.usDstPort ? stSeg.stKey.usSrcPort : stSeg.stKey.usDstPort;
             if (m_stStats.mapOtherPorts.size() < 64u || m_stStats.mapOtherPorts.count(usLow) != 0u) {
                 m_stStats.mapOtherPorts[usLow]++;
@@ -240,17 +286,18 @@ public:
     void Finish()
     {
         for (auto &it : m_mapFlows) {
-            it.second.pStream->Finish();
-            it.second.pSplitter->Finish();
+            it.second.Finish();
         }
     }
 
 private:
-    bool IsBgpPort(uint16_t usPort) const
+    bool IsFollowedPort(uint16_t usPort) const
     {
-        for (uint16_t us : m_stOptions.vecPorts) {
-            if (us == usPort) {
-                return true;
+        for (const std::vector<uint16_t> *pvec : {&m_stOptions.vecPorts, &m_stOptions.vecBmpPorts}) {
+            for (uint16_t us : *pvec) {
+                if (us == usPort) {
+                    return true;
+                }
             }
         }
         return false;
@@ -266,6 +313,7 @@ private:
         stFlow.strLabel = m_strSource + " " + AddrText(stKey.vecSrc) + ":" + std::to_string(stKey.usSrcPort) + ">" +
                           AddrText(stKey.vecDst) + ":" + std::to_string(stKey.usDstPort);
         Flow *pFlow = &stFlow;
+        stFlow.pSink = &m_sink;
         stFlow.pSplitter = std::make_unique<BgpStreamSplitter>(
             [this, pFlow](const uint8_t *pMsg, size_t n, uint64_t ullOffset) {
                 m_sink.Message(pMsg, n, Origin{pFlow->strLabel, ullOffset});
@@ -274,9 +322,11 @@ private:
                 m_sink.FramingError(strWhat, Origin{pFlow->strLabel, ullOffset});
             });
         stFlow.pStream = std::make_unique<TcpStream>(
-            [pFlow](const uint8_t *pData, size_t n) { pFlow->pSplitter->Feed(pData, n); },
+            [pFlow](const uint8_t *pData, size_t n) { pFlow->Data(pData, n); },
             [pFlow](uint64_t ullLost, bool bMidStream) {
-                if (bMidStream) {
+                if (pFlow->pBmp) {
+                    pFlow->pBmp->Gap(ullLost);
+                } else if (bMidStream) {
                     pFlow->pSplitter->StartResync();
                 } else {
                     pFlow->pSplitter->Gap(ullLost, true);

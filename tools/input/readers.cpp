@@ -147,7 +147,7 @@ bool FormatFromName(const std::string &strName, Format &eFormat)
         const char *pcName;
         Format eFormat;
     } astNames[] = {{"auto", Format::Auto}, {"hex", Format::Hex}, {"raw", Format::Raw}, {"pcap", Format::Pcap},
-                    {"mrt", Format::Mrt}};
+                    {"mrt", Format::Mrt}, {"bmp", Format::Bmp}};
     for (const auto &st : astNames) {
         if (strName == st.pcName) {
             eFormat = st.eFormat;
@@ -164,6 +164,7 @@ const char *FormatName(Format eFormat)
         case Format::Raw: return "raw";
         case Format::Pcap: return "pcap";
         case Format::Mrt: return "mrt";
+        case Format::Bmp: return "bmp";
         default: return "auto";
     }
 }
@@ -185,6 +186,10 @@ bool DetectFormat(const uint8_t *p, size_t n, Format &eFormat)
     }
     if (LooksLikeHex(p, n)) {
         eFormat = Format::Hex;
+        return true;
+    }
+    if (bmp::LooksLikeBmp(p, n)) {
+        eFormat = Format::Bmp;
         return true;
     }
     if (n >= kMrtHeaderLen && IsMrtType(Be16(p + 4)) && Be32(p + 8) <= n - kMrtHeaderLen) {
@@ -250,6 +255,62 @@ bool ReadRawMessages(InputFile &in, const std::string &strSource, InputSink &sin
         splitter.Feed(vecBlock.data(), n);
     }
     splitter.Finish();
+    return ReadError(in, strSource, strError);
+}
+
+void BmpStreamReader::Feed(const uint8_t *p, size_t n)
+{
+    if (m_bFailed) {
+        return;
+    }
+    m_framer.Feed(p, n);
+    for (;;) {
+        const uint8_t *pMsg = nullptr;
+        size_t ulLen = 0;
+        uint64_t ullOffset = m_framer.Offset();
+        std::string strError;
+        bmp::Framer::Result eResult = m_framer.Next(pMsg, ulLen, strError);
+        if (eResult == bmp::Framer::Result::NeedMore) {
+            return;
+        }
+        if (eResult == bmp::Framer::Result::Error) {
+            Fail(strError);
+            return;
+        }
+        m_sink.BmpMessage(pMsg, ulLen, Origin{m_strSource, ullOffset});
+    }
+}
+
+void BmpStreamReader::Gap(uint64_t ullLost)
+{
+    if (!m_bFailed) {
+        Fail(std::to_string(ullLost) + " bytes of the BMP stream lost; the rest of it is passed over");
+    }
+}
+
+void BmpStreamReader::Finish()
+{
+    if (!m_bFailed && m_framer.Pending() != 0u) {
+        Fail("cut BMP message: the stream ended " + std::to_string(m_framer.Pending()) + " bytes into it");
+    }
+}
+
+void BmpStreamReader::Fail(const std::string &strWhat)
+{
+    m_bFailed = true;
+    m_sink.FramingError(strWhat, Origin{m_strSource, m_framer.Offset()});
+}
+
+bool ReadBmp(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError)
+{
+    BmpStreamReader reader(strSource, sink);
+    Bytes vecBlock(kBlock);
+    size_t n;
+    while ((n = in.Read(vecBlock.data(), vecBlock.size())) > 0u) {
+        reader.Feed(vecBlock.data(), n);
+        sink.Progress(in.Consumed(), in.Size());
+    }
+    reader.Finish();
     return ReadError(in, strSource, strError);
 }
 

@@ -13,6 +13,7 @@
 #include <map>
 #include <vector>
 
+#include "bmp/bmp_message.h"
 #include "common/bytes.h"
 #include "input/source.h"
 
@@ -38,6 +39,14 @@ public:
     virtual void FramingError(const std::string &strWhat, const Origin &stOrigin) = 0;
     /* Something passed over on purpose (another record type, a non-BGP flow). */
     virtual void Skipped() = 0;
+    /* A whole BMP message (common header included) of a BMP stream. */
+    virtual void BmpMessage(const uint8_t *p, size_t n, const Origin &stOrigin)
+    {
+        (void)p;
+        (void)n;
+        (void)stOrigin;
+        Skipped();
+    }
     /* Bytes of the current input done so far. */
     virtual void Progress(uint64_t ullDone, uint64_t ullTotal)
     {
@@ -46,18 +55,42 @@ public:
     }
 };
 
-enum class Format { Auto, Hex, Raw, Pcap, Mrt };
+enum class Format { Auto, Hex, Raw, Pcap, Mrt, Bmp };
 
-/* Format from its option name ("auto", "hex", "raw", "pcap", "mrt"). */
+/* Format from its option name ("auto", "hex", "raw", "pcap", "mrt", "bmp"). */
 bool FormatFromName(const std::string &strName, Format &eFormat);
 const char *FormatName(Format eFormat);
-/* Guesses the format of the data: capture magic, a BGP marker, hex text, or
- * an MRT record header. Returns false when none fits. */
+/* Guesses the format of the data: capture magic, a BGP marker, hex text, a
+ * BMP common header, or an MRT record header. Returns false when none fits. */
 bool DetectFormat(const uint8_t *p, size_t n, Format &eFormat);
 
 /* What readers are told: the TCP ports a capture's BGP sessions use. */
 struct ReadOptions {
     std::vector<uint16_t> vecPorts{179u};
+    /* Flows on these ports (and on vecPorts) whose first bytes are a BMP
+     * header are read as BMP streams. */
+    std::vector<uint16_t> vecBmpPorts{bmp::kDefaultPort};
+};
+
+/* A BMP byte stream cut into messages for the sink. BMP has no marker to
+ * find the next message by: after a framing error or lost bytes the rest of
+ * the stream is passed over. */
+class BmpStreamReader {
+public:
+    BmpStreamReader(std::string strSource, InputSink &sink) : m_strSource(std::move(strSource)), m_sink(sink) {}
+    void Feed(const uint8_t *p, size_t n);
+    /* Bytes were lost before the next Feed. */
+    void Gap(uint64_t ullLost);
+    /* The stream has ended: a cut message left over is reported. */
+    void Finish();
+
+private:
+    void Fail(const std::string &strWhat);
+
+    std::string m_strSource;
+    InputSink &m_sink;
+    bmp::Framer m_framer;
+    bool m_bFailed = false;
 };
 
 /* What a reader saw besides messages, to explain an input in which no BGP
@@ -77,6 +110,7 @@ struct ReadStats {
 bool ReadHexMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
 bool ReadRawMessages(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
 bool ReadMrt(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
+bool ReadBmp(InputFile &in, const std::string &strSource, InputSink &sink, std::string &strError);
 bool ReadPcap(InputFile &in, const std::string &strSource, const ReadOptions &stOptions, InputSink &sink,
               ReadStats &stStats, std::string &strError);
 

@@ -253,9 +253,17 @@ void Context(Writer &w, const EventContext &stCtx)
         Key(w, "time");
         Str(w, EventTimeText(stCtx.llTimeUs));
     }
+    if (!stCtx.strRouter.empty()) {
+        Key(w, "router");
+        Str(w, stCtx.strRouter);
+    }
     if (!stCtx.strPeer.empty()) {
         Key(w, "peer");
         Str(w, stCtx.strPeer);
+    }
+    if (!stCtx.strView.empty()) {
+        Key(w, "view");
+        Str(w, stCtx.strView);
     }
 }
 

@@ -24,7 +24,13 @@ size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer, const Descri
         stCtx.ullMessage++;
         stCtx.bHasTime = stRoute.dReceived > 0.0; /* file replays do not know it */
         stCtx.llTimeUs = static_cast<int64_t>(std::llround(stRoute.dReceived * 1e6));
-        stCtx.strPeer = stSource.strRouter.empty() ? stSource.strPeer : stSource.strRouter + " " + stSource.strPeer;
+        if (stSource.strRouter.empty()) {
+            stCtx.strPeer = stSource.strPeer;
+        } else { /* a BMP source: the router, the monitored peer and its view */
+            stCtx.strRouter = stSource.strRouter;
+            stCtx.strPeer = stSource.strPeer + " AS " + std::to_string(stSource.ulPeerAs);
+            stCtx.strView = RibViewName(stSource.eView);
+        }
         printer.Update(stCtx, stUpdate);
     });
     return static_cast<size_t>(stCtx.ullMessage);

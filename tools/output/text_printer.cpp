@@ -17,8 +17,14 @@ void ContextText(const EventContext &stCtx, OutBuffer &out)
     if (stCtx.bHasTime) {
         out << EventTimeText(stCtx.llTimeUs) << ", ";
     }
+    if (!stCtx.strRouter.empty()) {
+        out << "router " << stCtx.strRouter << ", ";
+    }
     if (!stCtx.strPeer.empty()) {
         out << "peer " << stCtx.strPeer << ", ";
+    }
+    if (!stCtx.strView.empty()) {
+        out << stCtx.strView << ", ";
     }
     out << stCtx.strSource;
     if (stCtx.bHasOffset) {
@@ -228,6 +234,9 @@ std::string ProblemLine(const EventContext &stCtx, const Problem &stProblem)
     std::string s = "srpolicy: error: ";
     if (stCtx.bHasTime) {
         s += EventTimeText(stCtx.llTimeUs) + ": ";
+    }
+    if (!stCtx.strRouter.empty()) {
+        s += "router " + stCtx.strRouter + ": ";
     }
     if (!stCtx.strPeer.empty()) {
         s += "peer " + stCtx.strPeer + ": ";

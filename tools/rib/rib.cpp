@@ -77,6 +77,16 @@ void Rib::ForEach(const std::function<void(const RibSource &, const RibKey &, co
     }
 }
 
+const char *RibViewName(RibView eView)
+{
+    switch (eView) {
+        case RibView::PrePolicy: return "pre-policy";
+        case RibView::PostPolicy: return "post-policy";
+        case RibView::LocRib: return "loc-rib";
+        default: return "received";
+    }
+}
+
 size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived)
 {
     size_t ulTreated = 0;

@@ -23,7 +23,7 @@ namespace srp {
 
 /* Which view of a peer's routes a table holds (BMP tells pre- from
  * post-policy; a BGP session or a file has only one). */
-enum class RibView : uint8_t { Received = 0, PrePolicy = 1, PostPolicy = 2 };
+enum class RibView : uint8_t { Received = 0, PrePolicy = 1, PostPolicy = 2, LocRib = 3 };
 
 struct RibSource {
     std::string strRouter; /* monitoring router (BMP), empty otherwise */
@@ -86,6 +86,9 @@ struct DescribedUpdate;
  * ones go. An announcement whose Tunnel Encapsulation attribute was refused
  * removes the route instead (treat-as-withdraw, RFC 7606). Returns how many
  * routes were treated as withdrawn. */
+/* "received", "pre-policy", "post-policy", "loc-rib". */
+const char *RibViewName(RibView eView);
+
 size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived);
 
 }  // namespace srp

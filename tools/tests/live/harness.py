@@ -52,8 +52,9 @@ class Gobgpd:
     port are picked free at run time, its peers are passive (they connect to
     it) and speak the SR Policy families."""
 
-    def __init__(self, workdir, asn, neighbors):
+    def __init__(self, workdir, asn, neighbors, bmp_port=None):
         self.workdir = workdir
+        self.bmp_port = bmp_port  # a BMP station gobgpd streams its pre-policy routes to
         self.asn = asn
         self.port = free_port()
         self.api_port = free_port()
@@ -99,6 +100,14 @@ class Gobgpd:
                     "    [neighbors.afi-safis.config]",
                     '      afi-safi-name = "%s"' % family,
                 ]
+        if self.bmp_port is not None:
+            lines += [
+                "[[bmp-servers]]",
+                "  [bmp-servers.config]",
+                '    address = "%s"' % LOOPBACK,
+                "    port = %d" % self.bmp_port,
+                '    route-monitoring-policy = "pre-policy"',
+            ]
         return "\n".join(lines) + "\n"
 
     def __enter__(self):

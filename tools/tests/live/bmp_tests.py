@@ -1,0 +1,448 @@
+#!/usr/bin/env python3
+"""Live runs of `srpolicy bmp` on loopback.
+
+  bmp_tests.py TOOL CONFIGS malformed   scripted routers: good ones and broken ones
+  bmp_tests.py TOOL CONFIGS gobgpd      srpolicy announce -> gobgpd -> BMP -> the station
+  bmp_tests.py TOOL CONFIGS decode      `srpolicy decode` of a BMP stream file and of captures
+  bmp_tests.py TOOL CONFIGS ipv6        the station on ::1 with an IPv6 router
+  bmp_tests.py TOOL CONFIGS slow_output a standard output nobody reads pauses the routers, nothing is lost
+
+Every port is picked at run time (port 0); every run is bounded by an alarm
+and stops what it started."""
+import json
+import os
+import re
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import threading
+
+import harness
+
+LIMIT_SECONDS = 90
+PEER_TIME = 1700000000
+
+
+def bmp(msg_type, body):
+    return struct.pack("!BIB", 3, 6 + len(body), msg_type) + body
+
+
+def peer_header(addr, asn, flags=0, peer_type=0):
+    return struct.pack("!BBQ12s4sIIII", peer_type, flags, 0, b"\0" * 12, socket.inet_aton(addr), asn,
+                       0x0A0000FF, PEER_TIME, 250)
+
+
+def tlv(tlv_type, value):
+    return struct.pack("!HH", tlv_type, len(value)) + value
+
+
+def bgp(msg_type, body):
+    return b"\xff" * 16 + struct.pack("!HB", 19 + len(body), msg_type) + body
+
+
+def bgp_open(asn, router_id, families):
+    caps = b"".join(struct.pack("!BBHBB", 1, 4, afi, 0, safi) for afi, safi in families)
+    caps += struct.pack("!BBI", 65, 4, asn)
+    params = struct.pack("!BB", 2, len(caps)) + caps
+    return bgp(1, struct.pack("!BHH4sB", 4, asn if asn < 65536 else 23456, 90, socket.inet_aton(router_id),
+                              len(params)) + params)
+
+
+def initiation(name):
+    return bmp(4, tlv(2, name.encode()) + tlv(1, b"scripted router"))
+
+
+def peer_up(addr, asn):
+    fixed = b"\0" * 12 + socket.inet_aton("127.0.0.1") + struct.pack("!HH", 179, 50000)
+    families = [(1, 73), (2, 73)]
+    return bmp(3, peer_header(addr, asn) + fixed + bgp_open(65000, "127.0.0.1", families) +
+               bgp_open(asn, addr, families))
+
+
+def route_monitoring(addr, asn, update):
+    return bmp(0, peer_header(addr, asn) + update)
+
+
+def encode(tool, config, withdraw=False):
+    args = [tool, "encode", config] + (["--withdraw"] if withdraw else [])
+    out = subprocess.run(args, check=True, capture_output=True, text=True, timeout=20).stdout
+    return [bytes.fromhex(line) for line in out.split()]
+
+
+class Station:
+    """`srpolicy bmp` on a port of its own, its output in files."""
+
+    def __init__(self, tool, workdir, extra=(), bind="127.0.0.1:0"):
+        self.workdir = workdir
+        self.port_file = os.path.join(workdir, "port")
+        self.rib_file = os.path.join(workdir, "rib.jsonl")
+        self.out = open(os.path.join(workdir, "stdout"), "w+")
+        self.err = open(os.path.join(workdir, "stderr"), "w+")
+        self.proc = subprocess.Popen([tool, "bmp", "--bind", bind, "--port-file", self.port_file,
+                                      "--rib-out", self.rib_file, "--json", "--verbose", *extra],
+                                     stdout=self.out, stderr=self.err)
+        wait_for(lambda: os.path.exists(self.port_file), "the station's port")
+        with open(self.port_file) as f:
+            self.port = int(f.read())
+
+    def stderr(self):
+        with open(self.err.name) as f:
+            return f.read()
+
+    def events(self):
+        with open(self.out.name) as f:
+            return [json.loads(line) for line in f if line.strip()]
+
+    def wait_stderr(self, pattern, what):
+        wait_for(lambda: re.search(pattern, self.stderr()), what + " (stderr: " + pattern + ")")
+
+    def table(self):
+        """The table after SIGUSR1: --rib-out written anew (renamed into place whole)."""
+        if os.path.exists(self.rib_file):
+            os.unlink(self.rib_file)
+        self.proc.send_signal(signal.SIGUSR1)
+        wait_for(lambda: os.path.exists(self.rib_file), "the table dump")
+        with open(self.rib_file) as f:
+            return [json.loads(line) for line in f if line.strip()]
+
+    def stop(self):
+        return harness.stop_process(self.proc)
+
+
+def wait_for(cond, what, seconds=20):
+    return harness.wait_for(cond, seconds, what, 0.05)
+
+
+def check(cond, what):
+    if not cond:
+        raise AssertionError(what)
+    print("ok:", what)
+
+
+def connect(port, source="127.0.0.1"):
+    s = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect(("127.0.0.1", port))
+    return s
+
+
+def route_key(entry):
+    n = entry["nlri"]
+    return (entry["afi"], n["distinguisher"], n["color"], n["endpoint"])
+
+
+def labels(entry):
+    attr = entry.get("attribute") or {}
+    return (attr.get("preference"),
+            [[s["label"] for s in sl["segments"] if "label" in s] for sl in attr.get("segment_lists", [])])
+
+
+def config_routes(config):
+    with open(config) as f:
+        routes = json.load(f)["routes"]
+    return {(1 if ":" not in r["endpoint"] else 2, r.get("distinguisher", 0), r["color"], r["endpoint"]):
+            (r.get("preference"), [[s["label"] for s in sl["segments"]] for sl in r.get("segment_lists", [])])
+            for r in routes}
+
+
+def run_malformed(tool, configs, workdir):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    station = Station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
+    try:
+        good = connect(station.port)
+        good.sendall(initiation("good") + peer_up("10.0.0.9", 65009) +
+                     b"".join(route_monitoring("10.0.0.9", 65009, u) for u in updates))
+        good_name = "127.0.0.1:%d" % good.getsockname()[1]
+        wait_for(lambda: sum(1 for e in station.events() if e.get("router") == good_name and "nlri" in e) == 3,
+                 "the good router's three routes")
+
+        update = updates[1]
+        rm = route_monitoring("10.0.0.8", 65008, update)
+        cases = [
+            ("wrong version", b"\x01" + rm[1:], r"BMP version 1, expected 3"),
+            ("a length that lies", rm[:1] + struct.pack("!I", len(rm) + 10) + rm[5:] + initiation("next"),
+             r"Route Monitoring: \d+ bytes after the UPDATE"),
+            ("Route Monitoring without a per-peer header", bmp(0, b""),
+             r"Route Monitoring message of 6 bytes has no room for its per-peer header \(42 bytes\)"),
+            ("an impossible length", rm[:1] + struct.pack("!I", 0xFFFFFFF0) + rm[5:],
+             r"impossible BMP message length 4294967280"),
+            ("a cut message", rm[:len(rm) // 2], r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
+        ]
+        for what, data, pattern in cases:
+            bad = connect(station.port)
+            name = "127.0.0.1:%d" % bad.getsockname()[1]
+            bad.sendall(initiation("bad") + peer_up("10.0.0.8", 65008) + rm)
+            wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
+                     what + ": the broken router's route before the fault")
+            bad.sendall(data)
+            if what == "a cut message":
+                bad.shutdown(socket.SHUT_WR)
+            station.wait_stderr(r"error: router %s: [^\n]*%s; session closed" % (re.escape(name), pattern), what)
+            station.wait_stderr(r"router %s disconnected, 1 routes removed" % re.escape(name), what + ": closed")
+            check(True, what + ": reported, that session closed, its route removed")
+            bad.close()
+
+        outsider = connect(station.port, source="127.0.0.2")
+        station.wait_stderr(r"refused router 127\.0\.0\.2:\d+: not in an allowed prefix", "the refused router")
+        check(outsider.recv(1) == b"", "a router outside --allow is refused")
+        outsider.close()
+
+        # The good router is still served: a withdrawal and a statistics report go through.
+        good.sendall(route_monitoring("10.0.0.9", 65009, withdraw[0]) +
+                     bmp(1, peer_header("10.0.0.9", 65009) + struct.pack("!I", 1) + tlv(7, struct.pack("!Q", 2))))
+        wait_for(lambda: any(e.get("router") == good_name and e.get("withdrawn") for e in station.events()),
+                 "the good router's withdrawal")
+        wait_for(lambda: any(e.get("event") == "Statistics Report" for e in station.events()), "the statistics")
+        table = station.table()
+        expected = config_routes(os.path.join(configs, "bmp_routes.json"))
+        del expected[(1, 1, 100, "10.0.0.2")]
+        got = {route_key(e): labels(e) for e in table}
+        check(got == expected, "the good router's table holds its routes less the withdrawn one: %s" % got)
+        check(all(e["router"] == good_name and e["peer"] == "10.0.0.9 AS 65009" and e["view"] == "pre-policy"
+                  for e in table), "every stored route names its router, peer and view")
+        check(all(e.get("time") == "2023-11-14T22:13:20.000250Z" for e in table),
+              "the stored routes carry the per-peer time stamp")
+
+        good.sendall(bmp(2, peer_header("10.0.0.9", 65009) + b"\x04"))
+        wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("routes_removed") == 2 for e in station.events()),
+                 "the peer down clearing two routes")
+        check(station.table() == [], "peer down empties that peer's table")
+        good.close()
+    finally:
+        rc = station.stop()
+    err = station.stderr()
+    check(rc == 0, "the station stops on SIGTERM with status 0")
+    check(re.search(r"summary: sessions 6, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
+                    r"skipped \d+, failed 5\n", err) is not None, "the summary counts sessions and failures: " + err)
+
+
+def run_gobgpd(tool, configs, workdir):
+    """srpolicy announce (from 127.0.0.2) -> gobgpd -> BMP -> srpolicy bmp."""
+    config = os.path.join(configs, "bmp_routes.json")
+    announced = os.path.join(workdir, "announce.json")
+    with open(config) as f:
+        routes = json.load(f)
+    with open(announced, "w") as f:
+        json.dump(routes, f)
+    station = Station(tool, workdir)
+    daemon = harness.Gobgpd(workdir, 65000, [{"address": "127.0.0.2", "asn": 65001}], bmp_port=station.port)
+    announcer = None
+    try:
+        daemon.__enter__()
+        station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
+        wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
+        announcer = subprocess.Popen([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
+                                      "--connect", "127.0.0.1:%d" % daemon.port, "--source", "127.0.0.2",
+                                      "--retry", "0.5", "--keep-on-exit"],
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_for(lambda: any(e.get("event") == "Peer Up" and e.get("peer", "").startswith("127.0.0.2 ")
+                             for e in station.events()), "the Peer Up of 127.0.0.2", 30)
+        peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
+        check(peer_up["as4"] and {"afi": 1, "safi": 73} in peer_up["families"],
+              "Peer Up: 4-octet AS and the SR Policy family negotiated")
+        expected = config_routes(config)
+        wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
+                 "every announced route at the station", 30)
+        table = station.table()
+        got = {route_key(e): labels(e) for e in table}
+        check(got == expected, "the station's table equals what was announced: %s" % got)
+        check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in table),
+              "the routes are kept under the monitored peer, pre-policy")
+
+        routes["routes"] = [r for r in routes["routes"] if r["endpoint"] != "10.0.0.2"]
+        with open(announced, "w") as f:
+            json.dump(routes, f)
+        announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
+        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == (1, 1, 100, "10.0.0.2")
+                             for e in station.events()), "the withdrawal at the station")
+        check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
+
+        announcer.send_signal(signal.SIGTERM)  # Cease, the routes kept: the peer goes down holding two
+        announcer.wait(timeout=10)
+        wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("peer", "").startswith("127.0.0.2 ")
+                             for e in station.events()), "the Peer Down of 127.0.0.2")
+        down = [e for e in station.events() if e.get("event") == "Peer Down"][0]
+        check(down["routes_removed"] == len(expected) - 1 and station.table() == [],
+              "the peer going down cleared its routes: " + down["reason_text"])
+    finally:
+        if announcer is not None:
+            harness.stop_process(announcer)
+        if daemon.proc is not None:
+            daemon.__exit__()
+        rc = station.stop()
+    check(rc == 0, "the station stops with status 0")
+    check("failed 0" in station.stderr(), "nothing failed: " + station.stderr().strip().splitlines()[-1])
+
+
+def run_ipv6(tool, configs, workdir):
+    """The station on ::1: an IPv6 router is allowed by its prefix, named as [ADDR]:PORT, and its table kept."""
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    station = Station(tool, workdir, ["--allow", "::1/128"], bind="[::1]:0")
+    try:
+        router = socket.create_connection(("::1", station.port), timeout=10)
+        name = "[::1]:%d" % router.getsockname()[1]
+        router.sendall(initiation("r6") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
+        wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()), "the IPv6 router's route")
+        check([e["router"] for e in station.table()] == [name], "the IPv6 router's table, named " + name)
+        router.close()
+    finally:
+        rc = station.stop()
+    check(rc == 0, "the station on ::1 stops with status 0")
+
+    # An IPv6 socket on the IPv4-mapped loopback address: IPv4 routers come as
+    # mapped addresses, are checked against IPv4 prefixes and named as IPv4.
+    os.unlink(station.port_file)
+    station = Station(tool, workdir, ["--allow", "127.0.0.0/8"], bind="[::ffff:127.0.0.1]:0")
+    try:
+        router = connect(station.port)
+        name = "127.0.0.1:%d" % router.getsockname()[1]
+        router.sendall(initiation("r4") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
+        wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
+                 "the route of the IPv4 router on the mapped address")
+        check(True, "an IPv4 router on an IPv4-mapped listener is allowed by its IPv4 prefix and named " + name)
+        router.close()
+    finally:
+        station.stop()
+
+
+def run_slow_output(tool, configs, workdir, count=3000):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    stream = initiation("r1") + peer_up("10.0.0.9", 65009) + b"".join(
+        route_monitoring("10.0.0.9", 65009, u) for u in updates) * count
+    port_file = os.path.join(workdir, "port")
+    err_path = os.path.join(workdir, "stderr")
+    with open(err_path, "w") as err:
+        proc = subprocess.Popen([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", port_file, "--json",
+                                 "--out-buffer", "1"], stdout=subprocess.PIPE, stderr=err)
+    stderr = lambda: open(err_path).read()
+    try:
+        wait_for(lambda: os.path.exists(port_file), "the station's port")
+        with open(port_file) as f:
+            router = connect(int(f.read()))
+        sender = threading.Thread(target=lambda: (router.sendall(stream), router.shutdown(socket.SHUT_WR)))
+        sender.start()
+        wait_for(lambda: "reading from the routers paused" in stderr(), "the station to pause its routers")
+        check(True, "a standard output nobody reads pauses reading from the routers")
+        routes = [0]
+
+        def read():
+            for line in proc.stdout:
+                routes[0] += b'"nlri"' in line
+        reader = threading.Thread(target=read)
+        reader.start()
+        wait_for(lambda: "reading from the routers again" in stderr(), "the station to read again")
+        wait_for(lambda: routes[0] == 3 * count, "every route on standard output", 60)
+        check(True, "once the output is read the routers are read again and no route is lost")
+        sender.join(10)
+        router.close()
+    finally:
+        rc = harness.stop_process(proc)
+    reader.join(10)
+    check(rc == 0 and "routes %d," % (3 * count) in stderr(), "the station stops with all routes counted")
+
+
+def pcap_file(stream, sport, dport, chunk=500):
+    """A classic pcap of one TCP direction carrying the stream in segments
+    of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
+    two segments swapped to show the reassembly at work."""
+    out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 1)
+    seq = 1000
+    frames = []
+    syn = struct.pack("!HHIIBBHHH", sport, dport, seq - 1, 0, 0x50, 0x02, 65535, 0, 0)
+    pieces = [b""] + [stream[i:i + chunk] for i in range(0, len(stream), chunk)]
+    for i, data in enumerate(pieces):
+        tcp = syn if i == 0 else struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 0x50, 0x18, 65535, 0, 0) + data
+        seq += len(data)
+        ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), i, 0, 64, 6, 0, socket.inet_aton("192.0.2.1"),
+                         socket.inet_aton("192.0.2.2"))
+        frames.append(b"\x02" * 6 + b"\x04" * 6 + b"\x08\x00" + ip + tcp)
+    frames[-1], frames[-2] = frames[-2], frames[-1]
+    for i, frame in enumerate(frames):
+        out += struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame
+    return out
+
+
+def decode(tool, path, *args):
+    run = subprocess.run([tool, "decode", "--json", *args, path], capture_output=True, text=True, timeout=30)
+    return run.returncode, [json.loads(line) for line in run.stdout.splitlines() if line.strip()], run.stderr
+
+
+def run_decode(tool, configs, workdir):
+    updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
+    withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
+    stream = (initiation("r1") + peer_up("10.0.0.9", 65009) +
+              b"".join(route_monitoring("10.0.0.9", 65009, u) for u in updates) +
+              route_monitoring("10.0.0.9", 65009, withdraw[0]) +
+              bmp(1, peer_header("10.0.0.9", 65009) + struct.pack("!I", 1) + tlv(0, struct.pack("!I", 3))) +
+              bmp(6, peer_header("10.0.0.9", 65009) + tlv(0, updates[0]) + tlv(1, struct.pack("!H", 1))) +
+              bmp(2, peer_header("10.0.0.9", 65009) + b"\x04") +
+              bmp(5, tlv(1, struct.pack("!H", 0))))
+    expected = set(config_routes(os.path.join(configs, "bmp_routes.json")))
+    files = {"stream.bmp": stream, "bmp.pcap": pcap_file(stream, 40000, 11019),
+             "bmp_port.pcap": pcap_file(stream, 40000, 5000)}
+    for name, data in files.items():
+        with open(os.path.join(workdir, name), "wb") as f:
+            f.write(data)
+    for name, args in (("stream.bmp", ()), ("bmp.pcap", ()), ("bmp_port.pcap", ("--port", "5000"))):
+        rc, lines, err = decode(tool, os.path.join(workdir, name), *args)
+        events = [e.get("event") for e in lines if "event" in e]
+        routes = [e for e in lines if "nlri" in e]
+        check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
+              name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
+        check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
+              [route_key(e) for e in routes if e["withdrawn"]] == [(1, 1, 100, "10.0.0.2")] and
+              [e["view"] for e in routes].count("mirrored") == 1,
+              name + ": the routes of Route Monitoring and Route Mirroring")
+        check(all(e["peer"] == "10.0.0.9 AS 65009" and e["time"] == "2023-11-14T22:13:20.000250Z" for e in routes),
+              name + ": every route names its peer and time stamp")
+        check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
+    rc, lines, err = decode(tool, os.path.join(workdir, "bmp_port.pcap"))
+    check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
+    cut = os.path.join(workdir, "cut.bmp")
+    with open(cut, "wb") as f:
+        f.write(stream[:-3])
+    rc, lines, err = decode(tool, cut)
+    check(rc == 1 and re.search(r"cut BMP message: the stream ended 9 bytes into it", err),
+          "a cut stream file: reported, status 1: " + err.strip())
+    broken = os.path.join(workdir, "broken.bmp")
+    with open(broken, "wb") as f:
+        f.write(initiation("r1") + bmp(0, b"") + initiation("r2"))
+    rc, lines, err = decode(tool, broken)
+    check(rc == 1 and "no room for its per-peer header" in err and
+          [e.get("sysName") for e in lines] == ["r1", "r2"],
+          "a malformed message in a file is reported and the stream goes on: " + err.strip())
+
+
+def main():
+    tool, configs, scenario = sys.argv[1:4]
+    signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
+    signal.alarm(LIMIT_SECONDS)
+    with tempfile.TemporaryDirectory(prefix="srpolicy-bmp-") as workdir:
+        try:
+            if scenario == "malformed":
+                run_malformed(tool, configs, workdir)
+            elif scenario == "decode":
+                run_decode(tool, configs, workdir)
+            elif scenario == "ipv6":
+                run_ipv6(tool, configs, workdir)
+            elif scenario == "slow_output":
+                run_slow_output(tool, configs, workdir)
+            else:
+                run_gobgpd(tool, configs, workdir)
+        except AssertionError:
+            for name in ("stderr", "stdout", "gobgpd.log"):
+                path = os.path.join(workdir, name)
+                if os.path.exists(path):
+                    with open(path) as f:
+                        print("---- " + name + "\n" + f.read()[-6000:])
+            raise
+    print("passed")
+
+
+if __name__ == "__main__":
+    main()
