@@ -289,7 +289,7 @@ void Monitor::Dump(OutBuffer &out, bool bJson)
     if (!bJson) {
         out << "table: " << static_cast<uint64_t>(m_rib.Size()) << " routes\n";
     }
-    PrintRib(m_rib, m_host, *pPrinter);
+    PrintRib(m_rib, m_host, *pPrinter, DescribeOptions{!bJson, bJson});
     out.Flush();
 }
 
