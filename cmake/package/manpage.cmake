@@ -3,7 +3,7 @@
 #   cmake -DTOOL=srpolicy -DHELP2MAN=help2man -DOUT=srpolicy.1 -P manpage.cmake
 set(_include "${OUT}.include")
 file(WRITE ${_include} "")
-foreach(_sub decode encode)
+foreach(_sub decode encode listen announce bmp)
   execute_process(COMMAND ${TOOL} ${_sub} --help OUTPUT_VARIABLE _help RESULT_VARIABLE _rc)
   if(NOT _rc EQUAL 0)
     message(FATAL_ERROR "${TOOL} ${_sub} --help failed: ${_rc}")
@@ -17,7 +17,7 @@ foreach(_sub decode encode)
 endforeach()
 file(APPEND ${_include} "[SEE ALSO]\nThe README in /usr/share/doc/srpolicy; sample inputs in /usr/share/srpolicy/samples.\n")
 execute_process(COMMAND ${HELP2MAN} --no-info --section=1 --include=${_include}
-                        "--name=decode and encode BGP SR Policy routes" --output=${OUT} ${TOOL}
+                        "--name=decode, encode, watch and announce BGP SR Policy routes" --output=${OUT} ${TOOL}
                 RESULT_VARIABLE _rc)
 if(NOT _rc EQUAL 0)
   message(FATAL_ERROR "help2man failed: ${_rc}")
