@@ -164,28 +164,12 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[8] = {
 /* Lookups                                                                   */
 /* ======================================================================== */
 
-namespace {
-
-/* The one lookup: first row of the table whose type matches, or null. */
-template <size_t N>
-const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N], uint32_t ulType)
-{
-    for (size_t i = 0; i < N; i++) {
-        if (astTbl[i].ulType == ulType) {
-            return &astTbl[i];
-        }
-    }
-    return nullptr;
-}
-
-} /* namespace */
-
 extern "C" {
 
 #define BOL_DEFINE_LOOKUP(name, table)                                        \
     const BOL_SRPOLICY_PROC_ENTRY_S *name(uint32_t ulType)                    \
     {                                                                         \
-        return FindRow(table, ulType);                                        \
+        return bol::FindRow(table, ulType);                                   \
     }
 
 BOL_DEFINE_LOOKUP(BOL_SRPOLICY_GetPktParseEntry, g_astBOL_SRPOLICY_PKT_PARSE_TBL)

@@ -41,7 +41,9 @@ uint32_t BOL_SRPOLICY_ParsePkt(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCt
     BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
 
-    const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetPktParseEntry(ulType);
+    /* The row BOL_SRPOLICY_GetPktParseEntry finds, found here without a call:
+     * this runs once per NLRI of a full table. */
+    const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::FindRow(g_astBOL_SRPOLICY_PKT_PARSE_TBL, ulType);
     if (pstRow == nullptr || pstRow->unHandler.pfnPktParse == nullptr) {
         return BOL_ERR_PARAM;
     }
@@ -130,7 +132,7 @@ uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRP
  * flag and moves the cursor past the body. The length comes from the body,
  * never from the wire byte. Shared by both NLRI entry points; inlined into
  * the per-NLRI path of a full-table load. */
-inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
+__attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     uint32_t ulUsed = bV4 ? kNlriBodyV4 : kNlriBodyV6;

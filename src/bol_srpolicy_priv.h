@@ -509,6 +509,20 @@ BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSRv6Route(const BOL_SRPOLICY_NLRI_S 
 
 #ifdef __cplusplus
 namespace bol {
+/* The one lookup behind every BOL_SRPOLICY_Get*Entry: the first row of the
+ * table whose type matches, or null. Inline so that the hot dispatchers
+ * (packet parse, the sub-TLV walk) search their table without a call. */
+template <size_t N>
+inline const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N], uint32_t ulType)
+{
+    for (size_t i = 0; i < N; i++) {
+        if (astTbl[i].ulType == ulType) {
+            return &astTbl[i];
+        }
+    }
+    return nullptr;
+}
+
 struct Writer;
 /* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
  * the HA prefix TLV and the conditional-route key message. False, and nothing
