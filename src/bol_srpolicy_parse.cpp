@@ -406,19 +406,14 @@ void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint
     pucPos = stWr.puc;
 }
 
-/* pucValuePos stands on the value of a slice-id sub-TLV, whose type byte
- * lies 2 bytes before it (slice ids have a 1-byte length). */
-void NoteSliceIdPos(uint8_t *pucValuePos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
-                    uint8_t **ppucStdSliceIdPos)
+/* pucTlvPos stands on the type byte of a sub-TLV in the copy; a slice id's
+ * position is noted in the output for its kind. */
+void NoteSliceIdTlv(uint8_t *pucTlvPos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
 {
-    uint8_t **ppucOut = nullptr;
     if (ulType == BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID) {
-        ppucOut = ppucPrivSliceIdPos;
+        *ppucPrivSliceIdPos = pucTlvPos;
     } else if (ulType == BOL_SRPOLICY_SUBTLV_STD_SLICE_ID) {
-        ppucOut = ppucStdSliceIdPos;
-    }
-    if (ppucOut != nullptr) {
-        *ppucOut = pucValuePos - 2;
+        *ppucStdSliceIdPos = pucTlvPos;
     }
 }
 
@@ -440,7 +435,7 @@ void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_
         pucPos = stWr.puc;
         return;
     }
-    NoteSliceIdPos(stWr.puc, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+    NoteSliceIdTlv(pucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
     int iRet = bol::PutBytes(stWr, pucValue, ulLen);
     if (iRet != 0) {
         BOL_REPORT_SEC(iRet);
@@ -456,48 +451,67 @@ void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
     bol::SetU16(stHdr, 2u, static_cast<uint16_t>(pstAttr->usRealPrivAttrLen - kTnlHdrLen));
 }
 
+/* Appends the received bytes [pucFrom, pucTo) to the copy unchanged. */
+void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
+{
+    uint32_t ulCount = static_cast<uint32_t>(pucTo - pucFrom);
+    if (ulCount == 0u) {
+        return;
+    }
+    bol::Writer stWr = bol::MakeWriter(pucPos, ulCount);
+    int iRet = bol::PutBytes(stWr, pucFrom, ulCount);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    pucPos = stWr.puc;
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
- * appending every one to the copy at pucPos. */
+ * writing the normalised copy at pucPos. In the copy, every sub-TLV but a
+ * name is the received bytes as its decoder left them (decoders clear only
+ * their own value), so a run of such sub-TLVs is copied in one piece when a
+ * name or the end is reached; where each of them lands in the copy follows
+ * from its offset in the run. Names are written from the record. */
 uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
                      SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
+    const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
+    uint8_t *pucLast = pucPos;        /* the last sub-TLV's place in the copy */
     for (;;) {
+        const uint8_t *pucTlv = stRd.puc;
         uint8_t ucType = 0u;
-        if (!bol::ReadU8(stRd, ucType)) {
+        uint16_t usLen = 0u;
+        if (!bol::ReadSubTlvHeader(stRd, ucType, usLen) || usLen == 0u) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
-        uint32_t ulWidth = (ucType < kWideLenTypeMin) ? 1u : 2u;
-        uint32_t ulLen = 0u;
-        bool bHaveLen = false;
-        if (ulWidth == 1u) {
-            uint8_t ucLen = 0u;
-            bHaveLen = bol::ReadU8(stRd, ucLen);
-            ulLen = ucLen;
-        } else {
-            uint16_t usLen = 0u;
-            bHaveLen = bol::ReadU16(stRd, usLen);
-            ulLen = usLen;
-        }
-        if (!bHaveLen || ulLen == 0u) {
-            return BOL_ERR_SUBTLV_MALFORMED;
-        }
-        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(ulWidth);
+        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>((ucType < kWideLenTypeMin) ? 1u : 2u);
 
         bol::View stValue = {nullptr, 0u};
-        if (!bol::ReadView(stRd, ulLen, stValue)) {
+        if (!bol::ReadView(stRd, usLen, stValue)) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
 
-        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(ucType);
+        /* The row BOL_SRPOLICY_GetTunEncapSubTlvParseEntry finds. */
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::FindRow(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL, ucType);
         if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
-            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, ulLen, pstInst);
+            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, usLen, pstInst);
             if (ulRet != BOL_OK) {
                 return ulRet;
             }
         }
-        CopySubTlv(pucPos, pstAttr, ucType, ulLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+        if (FindNameSlot(ucType) != nullptr) {
+            CopyRun(pucPos, pucRun, pucTlv);
+            pucLast = pucPos;
+            CopySubTlv(pucPos, pstAttr, ucType, usLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+            pucRun = stRd.puc;
+        } else {
+            pucLast = pucPos + (pucTlv - pucRun);
+            NoteSliceIdTlv(pucLast, ucType, &stPos.pucPriv, &stPos.pucStd);
+        }
         if (stRd.ulLeft == 0u) {
+            CopyRun(pucPos, pucRun, stRd.puc);
+            pstAttr->pucCurLenField = pucLast + 1;
             FinishCopy(pucPos, pstAttr);
             return BOL_OK;
         }
@@ -543,7 +557,17 @@ void BOL_SRPOLICY_GetSliceIDAttrPos(uint8_t **ppucPos, uint32_t ulType, uint8_t 
 {
     BOL_CHECK_PTR(ppucPos, );
     BOL_CHECK_PTR(*ppucPos, );
-    NoteSliceIdPos(*ppucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+    /* The position stands on the value; slice ids have a 1-byte length, so
+     * their type byte lies 2 bytes before it. */
+    uint8_t *pucPriv = nullptr;
+    uint8_t *pucStd = nullptr;
+    NoteSliceIdTlv(*ppucPos - 2, ulType, &pucPriv, &pucStd);
+    if (pucPriv != nullptr && ppucPrivSliceIdPos != nullptr) {
+        *ppucPrivSliceIdPos = pucPriv;
+    }
+    if (pucStd != nullptr && ppucStdSliceIdPos != nullptr) {
+        *ppucStdSliceIdPos = pucStd;
+    }
 }
 
 void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
@@ -822,11 +846,10 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstAttr->pstSegListHead, BOL_ERR_PARAM);
 
-    uint32_t ulRet = BOL_SRPOLICY_CheckSegmentListVaild(pucValue, ulLen);
+    uint32_t ulRet = bol::CheckAndClearSegmentList(pucValue, ulLen);
     if (ulRet != BOL_OK) {
         return ulRet;
     }
-    BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(pucValue, ulLen);
 
     /* The node's fixed part followed directly by the value bytes. */
     uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
@@ -891,14 +914,7 @@ uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
     if (pucName == nullptr || ulLen == 0u) {
         return 0u;
     }
-    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucName, ulLen));
-    uint8_t ucChar = 0u;
-    while (bol::ReadU8(stRd, ucChar)) {
-        if (ucChar < 0x20u || ucChar > 0x7Eu) {
-            return 0u;
-        }
-    }
-    return 1u;
+    return bol::AllBytesIn(bol::MakeReadView(pucName, ulLen), 0x20u, 0x7Eu) ? 1u : 0u;
 }
 
 } /* extern "C" */

@@ -523,6 +523,11 @@ inline const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S 
     return nullptr;
 }
 
+/* Checks a Segment List value as BOL_SRPOLICY_CheckSegmentListVaild does and,
+ * when it is accepted, clears what BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero
+ * clears, in one pass over the segments. Nothing is cleared on a refusal. */
+uint32_t CheckAndClearSegmentList(uint8_t *pucValue, uint32_t ulLen);
+
 struct Writer;
 /* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
  * the HA prefix TLV and the conditional-route key message. False, and nothing

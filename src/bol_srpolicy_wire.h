@@ -115,6 +115,18 @@ inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
     }
 }
 
+/* True when every byte of the view lies in [ucLo, ucHi]. */
+inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
+{
+    const uint8_t ucSpan = static_cast<uint8_t>(ucHi - ucLo);
+    for (uint32_t i = 0; i < stView.ulLen; i++) {
+        if (static_cast<uint8_t>(stView.puc[i] - ucLo) > ucSpan) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /* ---- Reader: sequential reads with a remaining count -------------------- */
 
 struct Reader {
