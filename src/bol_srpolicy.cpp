@@ -106,8 +106,9 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CONSTRUCT_SUBSKEY_TBL[1] = {
     {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_Construct_CondRtSubsKey},
 };
 
-/* Sub-TLV decoders of the attribute walk; the order is the contract's. */
-const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = {
+/* Sub-TLV decoders of the attribute walk; the order is the contract's.
+ * constexpr so that the walk's type index below is built from it. */
+constexpr BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = {
     {BOL_SRPOLICY_SUBTLV_PREF, BOL_SRPOLICY_ParseSubTlv_Preference},
     {BOL_SRPOLICY_SUBTLV_BSID, BOL_SRPOLICY_ParseSubTlv_BSID},
     {BOL_SRPOLICY_SUBTLV_SEGLIST, BOL_SRPOLICY_ParseSubTlv_SegmentList},
@@ -118,6 +119,35 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = 
     {BOL_SRPOLICY_SUBTLV_POLICY_NAME, BOL_SRPOLICY_ParseSubTlv_PolicyName},
     {BOL_SRPOLICY_SUBTLV_STD_SLICE_ID, BOL_SRPOLICY_ParseSubTlv_Standard_SliceId},
 };
+
+} /* extern "C" */
+
+namespace bol {
+
+namespace {
+
+/* The row of each sub-TLV type, built from the table at compile time: the
+ * first row that names the type, as the search finds it. */
+template <size_t N>
+constexpr SubTlvRowIndex MakeSubTlvRowIndex(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N])
+{
+    static_assert(N < 255u, "a row number and the no-row mark fit a byte");
+    SubTlvRowIndex stIndex = {};
+    for (size_t i = N; i-- > 0;) {
+        if (astTbl[i].ulType < sizeof(stIndex.aucRowPlus1)) {
+            stIndex.aucRowPlus1[astTbl[i].ulType] = static_cast<uint8_t>(i + 1u);
+        }
+    }
+    return stIndex;
+}
+
+} /* namespace */
+
+constexpr SubTlvRowIndex g_stSubTlvParseRows = MakeSubTlvRowIndex(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL);
+
+} /* namespace bol */
+
+extern "C" {
 
 /* Sub-TLV printers of the attribute text; same order as the decoders. */
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL[9] = {

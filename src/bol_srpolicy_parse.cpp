@@ -492,8 +492,7 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
             return BOL_ERR_SUBTLV_MALFORMED;
         }
 
-        /* The row BOL_SRPOLICY_GetTunEncapSubTlvParseEntry finds. */
-        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::FindRow(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL, ucType);
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
         if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
             uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, usLen, pstInst);
             if (ulRet != BOL_OK) {

@@ -523,6 +523,21 @@ inline const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S 
     return nullptr;
 }
 
+/* g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL indexed by sub-TLV type (types
+ * have 8 bits): the row number plus one, 0 for a type without a row. */
+struct SubTlvRowIndex {
+    uint8_t aucRowPlus1[256];
+};
+extern const SubTlvRowIndex g_stSubTlvParseRows;
+
+/* The row BOL_SRPOLICY_GetTunEncapSubTlvParseEntry finds for a sub-TLV type,
+ * with one load instead of a search: the walk asks once per sub-TLV. */
+inline const BOL_SRPOLICY_PROC_ENTRY_S *SubTlvParseRow(uint8_t ucType)
+{
+    uint32_t ulRowPlus1 = g_stSubTlvParseRows.aucRowPlus1[ucType];
+    return (ulRowPlus1 == 0u) ? nullptr : &g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[ulRowPlus1 - 1u];
+}
+
 /* Checks a Segment List value as BOL_SRPOLICY_CheckSegmentListVaild does and,
  * when it is accepted, clears what BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero
  * clears, in one pass over the segments. Nothing is cleared on a refusal. */

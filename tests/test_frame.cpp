@@ -337,6 +337,12 @@ TEST(Lookup, TablesHoldTheContractTypesInOrder)
     for (size_t i = 0; i < 8; i++) {
         EXPECT_EQ(g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[i].ulType, aulCondRt[i]);
     }
+    /* The walk's type index finds the row the search finds, for every type. */
+    for (uint32_t ulType = 0; ulType < 256; ulType++) {
+        SCOPED_TRACE(ulType);
+        EXPECT_EQ(bol::SubTlvParseRow(static_cast<uint8_t>(ulType)),
+                  BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(ulType));
+    }
 }
 
 /* ---- Output records ------------------------------------------------------- */
