@@ -106,15 +106,20 @@ const uint32_t kNlriBodyV6 = 24u;
 /* Distinguisher, color and WORDS endpoint words, big-endian from ulOff on,
  * into a key that the caller has zeroed. The NLRI body, the HA prefix TLV and
  * the conditional-route key message all carry the key fields this way. The
- * word count is fixed per caller so that the reads unroll on the hot path. */
+ * word count is fixed per caller, and the reads are written out, so that the
+ * hot path has no loop. */
 template <uint32_t WORDS>
-inline void GetKeyFields(const bol::View &stView, uint32_t ulOff, BOL_SRPOLICY_NLRI_S &stKey)
+__attribute__((always_inline)) inline void GetKeyFields(const bol::View &stView, uint32_t ulOff,
+                                                     BOL_SRPOLICY_NLRI_S &stKey)
 {
-    static_assert(WORDS >= 1u && WORDS <= 4u, "an endpoint has one to four words");
+    static_assert(WORDS == 1u || WORDS == 4u, "an IPv4 or an IPv6 endpoint");
     stKey.ulDistinguisher = bol::GetU32(stView, ulOff);
     stKey.ulPolicyColor = bol::GetU32(stView, ulOff + 4u);
-    for (uint32_t i = 0; i < WORDS; i++) {
-        stKey.aulEndpoint[i] = bol::GetU32(stView, ulOff + 8u + 4u * i);
+    stKey.aulEndpoint[0] = bol::GetU32(stView, ulOff + 8u);
+    if (WORDS == 4u) {
+        stKey.aulEndpoint[1] = bol::GetU32(stView, ulOff + 12u);
+        stKey.aulEndpoint[2] = bol::GetU32(stView, ulOff + 16u);
+        stKey.aulEndpoint[3] = bol::GetU32(stView, ulOff + 20u);
     }
 }
 
