@@ -482,7 +482,6 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
     const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
-    uint8_t *pucLast = pucPos;        /* the last sub-TLV's place in the copy */
     for (;;) {
         const uint8_t *pucTlv = stRd.puc;
         uint8_t ucType = 0u;
@@ -504,18 +503,17 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
                 return ulRet;
             }
         }
+        uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
         if (FindNameSlot(ucType) != nullptr) {
             CopyRun(pucPos, pucRun, pucTlv);
-            pucLast = pucPos;
             CopySubTlv(pucPos, pstAttr, ucType, usLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
             pucRun = stRd.puc;
         } else {
-            pucLast = pucPos + (pucTlv - pucRun);
-            NoteSliceIdTlv(pucLast, ucType, &stPos.pucPriv, &stPos.pucStd);
+            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
         }
         if (stRd.ulLeft == 0u) {
             CopyRun(pucPos, pucRun, stRd.puc);
-            pstAttr->pucCurLenField = pucLast + 1;
+            pstAttr->pucCurLenField = pucLands + 1;
             FinishCopy(pucPos, pstAttr);
             return BOL_OK;
         }

@@ -130,7 +130,7 @@ inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
     uint32_t i = 0;
     for (; stView.ulLen - i >= 4u; i += 4u) {
         uint32_t ulWord = LoadBe32(stView.puc + i);
-        if ((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & kTops) {
+        if (((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & kTops) != 0u) {
             return false;
         }
     }
