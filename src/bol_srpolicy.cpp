@@ -519,6 +519,9 @@ uint32_t BOL_SRPOLICY_OutputData(void **ppvOut, const BOL_PARSE_DESC_S *pstDesc,
 {
     BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
+    if (pstDesc->pvKey != nullptr && pstDesc->ulKeyLen == BOL_SRPOLICY_NLRI_KEY_LEN && pstDesc->pucAttr == nullptr) {
+        return bol::OutputKeyBlock(ppvOut, static_cast<const BOL_SRPOLICY_NLRI_S *>(pstDesc->pvKey), ulMemModuleId);
+    }
     if (ulMemModuleId == 0u) {
         BOL_REPORT(ulMemModuleId);
         return BOL_ERR_PARAM;

@@ -123,13 +123,12 @@ __attribute__((always_inline)) inline void GetKeyFields(const bol::View &stView,
     }
 }
 
-/* Hands one key, and nothing else, to the host as an output block. */
-uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRPOLICY_INSTANCE_S *pstInst)
+/* Hands one key, and nothing else, to the host as an output block: the
+ * block BOL_SRPOLICY_OutputData builds for a key-only descriptor. */
+inline uint32_t OutputKeyOnly(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
+                              const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_PARSE_DESC_S stDesc = {};
-    stDesc.ulKeyLen = BOL_SRPOLICY_NLRI_KEY_LEN;
-    stDesc.pvKey = pstKey;
-    return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+    return bol::OutputKeyBlock(ppvOut, pstKey, pstInst->ulMemModuleId);
 }
 
 /* Decodes an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller has

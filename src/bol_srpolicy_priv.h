@@ -561,6 +561,42 @@ inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
     return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
 }
 
+/* The output block of a key alone, which BOL_SRPOLICY_OutputData builds for a
+ * descriptor that holds a 28-byte key and no attribute: allocated from the
+ * module and zeroed, flags 0x2, key offset 32, key length 28, the key copied,
+ * stored in *ppvOut. Inline so that the key decoders, the NLRI decoder above
+ * all, which hands over one key per NLRI of a full table, build the block
+ * without a call; its reports and its allocation tag name the output
+ * service's module whoever inlines it. */
+inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey, uint32_t ulMemModuleId)
+{
+    if (ulMemModuleId == 0u) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
+        return BOL_ERR_PARAM;
+    }
+    const uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN + BOL_SRPOLICY_NLRI_KEY_LEN;
+    void *pvBlock = ZUN_SimpleAlloc_F(ulMemModuleId, ulTotal, BOL_MOD_SRPOLICY, (uint32_t)__LINE__);
+    if (pvBlock == nullptr) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, ulTotal);
+        return BOL_ERR_MALLOC;
+    }
+    int iRet = memset_s(pvBlock, ulTotal, 0, ulTotal);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
+    pstOut->ulOutFlags = BOL_OUTPUT_FLAG_KEY;
+    pstOut->usKeyOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
+    pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
+    iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, BOL_SRPOLICY_NLRI_KEY_LEN, pstKey,
+                    BOL_SRPOLICY_NLRI_KEY_LEN);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    *ppvOut = pvBlock;
+    return BOL_OK;
+}
+
 /* Allocates a zero-filled list node of ulSize bytes from the instance's
  * module, tagged with the caller's module and line, and links it at the
  * tail of pstList. Null when the allocation fails (nothing is linked). */
