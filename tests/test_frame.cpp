@@ -424,6 +424,7 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         {"zero-length attribute only", 0, false, true, kModule, 0, BOL_ERR_PARAM, 0},
         {"key of 27 bytes", 27, true, false, kModule, 0, BOL_ERR_PARAM, 1},
         {"module 0", 28, true, false, 0u, 0, BOL_ERR_PARAM, 1},
+        {"key of 27 bytes, module 0", 27, true, false, 0u, 0, BOL_ERR_PARAM, 1},
         {"allocation fails", 28, true, false, kModule, 1, BOL_ERR_MALLOC, 1},
     };
     for (const Case &c : astCases) {
@@ -440,6 +441,9 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         EXPECT_EQ(pvOut, reinterpret_cast<void *>(0x10));
         EXPECT_EQ(tp::AllocCalls(), c.ulFailNth);
         EXPECT_EQ(ReportCount(), c.ulReports);
+        for (const tp::Report &rep : tp::Reports()) {
+            EXPECT_EQ(rep.strModule, "bol_srpolicy");
+        }
     }
 }
 
