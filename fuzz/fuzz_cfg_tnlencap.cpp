@@ -9,7 +9,9 @@
  * record and its nodes are filled from (zeros past the end).
  *
  * Properties: an attribute that is handed over is a well-formed SR Policy
- * tunnel whose size is the one the size arithmetic gives, and it decodes; its
+ * tunnel whose size is the one the size arithmetic gives, and it decodes,
+ * unless an SRv6 binding SID was configured with a SID structure longer than
+ * the SID (encoded as configured, refused by a receiver); its
  * configuration text stays inside the buffer; a failed allocation gives its
  * code and hands nothing over; nothing leaks.
  */
@@ -56,6 +58,20 @@ void FillList(BOL_SRPOLICY_LIST_HEAD_S &stList, std::deque<Node> &dqNodes, uint3
         stIn.Fill(&stNode, sizeof(stNode));
         DLL_Insert_In_Middle(&stList, stList.stHead.pstPrev, &stNode.stNode, &stList.stHead);
     }
+}
+
+/* An SRv6 binding SID whose structure lengths add up past the 128 bits of the
+ * SID: the encoder writes it as configured, the decoder refuses it. */
+bool HasOverlongStructure(const std::deque<BOL_SRPOLICY_CFG_SRV6_BSID_S> &dqBsids)
+{
+    for (const BOL_SRPOLICY_CFG_SRV6_BSID_S &stBsid : dqBsids) {
+        uint32_t ul = stBsid.ulSidStructure;
+        uint32_t ulBits = (ul >> 24) + ((ul >> 16) & 0xFFu) + ((ul >> 8) & 0xFFu) + (ul & 0xFFu);
+        if ((stBsid.ucFlags & 0x20u) != 0u && ulBits > 128u) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /* The configuration text of the attribute: stays inside the buffer and is
@@ -123,8 +139,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
             uint32_t ulMore = 77u;
             uint32_t ulDec = h.stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(vecIn.size()), &g_iHostCtx,
                                                  BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvAttr, &ulMore, h.pstInst);
-            FZ_CHECK(ulDec == BOL_OK);
-            (void)fz::TakeOutput(pvAttr);
+            if (HasOverlongStructure(dqBsids)) {
+                FZ_CHECK(ulDec == BOL_ERR_SUBTLV_INVALID && pvAttr == nullptr);
+            } else {
+                FZ_CHECK(ulDec == BOL_OK);
+                (void)fz::TakeOutput(pvAttr);
+            }
         }
         CheckText(h, v);
     }

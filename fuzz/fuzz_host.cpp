@@ -36,6 +36,7 @@ void CheckNoLeak()
 {
     FZ_CHECK(tp::LiveBlocksAll() == 1u);
     FZ_CHECK(tp::BadFrees() == 0u);
+    FZ_CHECK(tp::SizeMismatchReports() == 0u);
 }
 
 Output TakeOutput(void *pvOut)

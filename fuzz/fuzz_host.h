@@ -44,7 +44,8 @@ struct Host {
 /* The plug-in, constructed on first use; the instance stays live for the
  * whole run. Resets the test platform's counters and planned failures. */
 Host &Begin();
-/* Nothing but the instance is live, and nothing was freed twice. */
+/* Nothing but the instance is live, nothing was freed twice, and no encoder
+ * wrote other than it had sized. */
 void CheckNoLeak();
 
 /* An output block handed to the host, copied and released. */

@@ -18,7 +18,7 @@ targets=("$@")
 scripts/deps.sh clang libclang-rt-14-dev cmake ninja-build
 
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_COMPILER=clang -DBOL_FUZZ=ON -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF -DBOL_BUILD_TOOLS=OFF \
+  -DCMAKE_C_COMPILER=clang -DBOL_WERROR=ON -DBOL_FUZZ=ON -DBOL_BUILD_TESTS=OFF -DBOL_BUILD_BENCH=OFF -DBOL_BUILD_TOOLS=OFF \
   -DBOL_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build build/fuzz -j 2
 

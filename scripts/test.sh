@@ -13,7 +13,9 @@
 # The cross builds use clang with Debian's cross binutils, C library and
 # libstdc++ (cmake/toolchain-*.cmake): Debian's g++ cross compiler packages
 # conflict with g++-multilib, which the 32-bit x86 build needs.
-# then the static analysis of src/ and platform/ and a fuzz smoke run.
+# then a Release build with its install and Debian packages checked
+# (scripts/package_check.sh), the static analysis of src/ and platform/ and a
+# fuzz smoke run. Every build treats warnings as errors (BOL_WERROR).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -36,7 +38,7 @@ run_build() {
   local name=$1
   shift
   echo "=== build: $name"
-  cmake -S . -B "build/$name" -G Ninja "$@" >/dev/null
+  cmake -S . -B "build/$name" -G Ninja -DBOL_WERROR=ON "$@" >/dev/null
   cmake --build "build/$name" -j "$jobs"
   ctest --test-dir "build/$name" -j "$jobs" --timeout 600
 }
@@ -76,6 +78,9 @@ run_build arm -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBOL_BUILD_BENCH=OFF -DBOL_BUIL
   -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-arm-linux-gnueabihf.cmake
 run_build ppc -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBOL_BUILD_BENCH=OFF -DBOL_BUILD_TOOLS=OFF \
   -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-powerpc-linux-gnu.cmake
+
+# Release (-O3) with tests; install, out-of-tree hosts, Debian packages, lintian.
+bash scripts/package_check.sh
 
 # Static analysis of src/ and platform/: clang-tidy and cppcheck.
 bash scripts/lint.sh

@@ -25,6 +25,19 @@ void ReportCode(const char *pcModule, uint32_t ulLine, const char *pcFmt, int iC
     ZUN_Assert(pcModule, ulLine, reinterpret_cast<uintptr_t>(acText));
 }
 
+bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
+{
+    if (stWr.ulShort != 0u) {
+        ReportCode(pcModule, ulLine, "sizeMismatch:%d", static_cast<int>(stWr.ulShort & 0x7FFFFFFFu));
+        return false;
+    }
+    if (bFilled && stWr.ulRoom != 0u) {
+        ReportCode(pcModule, ulLine, "sizeMismatch:%d", -static_cast<int>(stWr.ulRoom & 0x7FFFFFFFu));
+        return false;
+    }
+    return true;
+}
+
 } /* namespace bol */
 
 /* ======================================================================== */
@@ -328,10 +341,8 @@ uint32_t BOL_SRPOLICY_ConstructRtpEntry(void *pvHost, void *pvRtpEntry)
     /* The flags half-word at byte offset 2 of the host's entry; the entry
      * need not be aligned for a 16-bit access. */
     uint8_t *pucFlags = static_cast<uint8_t *>(pvRtpEntry) + 2;
-    uint16_t usFlags = 0u;
-    (void)memcpy_s(&usFlags, sizeof(usFlags), pucFlags, sizeof(usFlags));
-    usFlags = static_cast<uint16_t>(usFlags | (BOL_OUTPUT_FLAG_KEY | BOL_OUTPUT_FLAG_ATTR));
-    (void)memcpy_s(pucFlags, sizeof(usFlags), &usFlags, sizeof(usFlags));
+    bol::StoreHost16(pucFlags,
+                     static_cast<uint16_t>(bol::LoadHost16(pucFlags) | (BOL_OUTPUT_FLAG_KEY | BOL_OUTPUT_FLAG_ATTR)));
     return BOL_OK;
 }
 
@@ -424,22 +435,17 @@ namespace {
 
 inline uint32_t OutputLen(const BOL_PARSE_DESC_S *pstDesc, uint32_t *pulLen)
 {
-    if (pstDesc->pvKey != nullptr && pstDesc->ulKeyLen != BOL_SRPOLICY_NLRI_KEY_LEN) {
+    uint32_t ulKeyLen = (pstDesc->pvKey != nullptr) ? pstDesc->ulKeyLen : 0u;
+    uint32_t ulAttrLen = (pstDesc->pucAttr != nullptr) ? pstDesc->usAttrLen : 0u;
+    if (ulKeyLen == 0u && ulAttrLen == 0u) {
+        return BOL_ERR_PARAM; /* nothing to hand over: no report */
+    }
+    if (pstDesc->pvKey != nullptr && ulKeyLen != BOL_SRPOLICY_NLRI_KEY_LEN) {
         /* The key section always holds one 28-byte key. */
-        BOL_REPORT(pstDesc->ulKeyLen);
+        BOL_REPORT(ulKeyLen);
         return BOL_ERR_PARAM;
     }
-    uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN;
-    if (pstDesc->pvKey != nullptr) {
-        ulTotal += pstDesc->ulKeyLen;
-    }
-    if (pstDesc->pucAttr != nullptr) {
-        ulTotal += pstDesc->usAttrLen;
-    }
-    if (ulTotal == BOL_PARSE_OUTPUT_HDR_LEN) {
-        return BOL_ERR_PARAM; /* nothing to hand over */
-    }
-    *pulLen = ulTotal;
+    *pulLen = BOL_PARSE_OUTPUT_HDR_LEN + ulKeyLen + ulAttrLen;
     return BOL_OK;
 }
 
@@ -967,21 +973,16 @@ uint32_t BOL_SRPOLICY_CheckSegmentType220Vaild(uint32_t ulLen, uint32_t *pulMtuS
 }
 
 /* Flags (1), reserved (1), then one binding SID or two (the second is the
- * reverse one). Flag 0x80: SIDs of 16 bytes, else 4; flag 0x40: each SID is
- * followed by 8 bytes of behavior, reserved and structure. */
+ * reverse one), each of the size its flags give. */
 uint32_t BOL_SRPOLICY_CheckSegmentListBSidValid(const uint8_t *pucValue, const uint8_t *pucEnd, uint32_t ulLen)
 {
     (void)pucEnd;
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
-    const uint32_t ulHdrLen = 2u;
+    const uint32_t ulHdrLen = BOL_SRPOLICY_SLBSID_HDR_LEN;
     if (ulLen < ulHdrLen) {
         return BOL_ERR_SUBTLV_INVALID;
     }
-    uint8_t ucFlags = bol::GetU8(bol::MakeReadView(pucValue, ulLen), 0u);
-    uint32_t ulSidLen = ((ucFlags & 0x80u) != 0u) ? 16u : 4u;
-    if ((ucFlags & 0x40u) != 0u) {
-        ulSidLen += 8u;
-    }
+    uint32_t ulSidLen = bol::SlBsidEntryLen(bol::GetU8(bol::MakeReadView(pucValue, ulLen), 0u));
     if (ulLen == ulHdrLen + ulSidLen || ulLen == ulHdrLen + 2u * ulSidLen) {
         return BOL_OK;
     }
@@ -1611,10 +1612,10 @@ int32_t BOL_SRPOLICY_OutputSegListType2Type13(const uint8_t *pucSeg, uint32_t ul
 }
 
 /*
- * Binding SIDs of the segment list: SRv6 SIDs (flag 0x80), each followed by
- * behavior and structure when flag 0x40 is set; the first is the forward
- * SID, the second the reverse one. Pieces are cut at the end of the room
- * rather than refused.
+ * Binding SIDs of the segment list: only SRv6 SIDs have text, each with its
+ * behavior and structure when the flags say they follow; the first is the
+ * forward SID, the second the reverse one. Pieces are cut at the end of the
+ * room rather than refused.
  */
 int32_t BOL_SRPOLICY_OutputSegListBSid(uint32_t ulRoom, uint32_t ulType, uint32_t ulLen, const uint8_t *pucSeg,
                                        char *pcBuf)
@@ -1623,26 +1624,26 @@ int32_t BOL_SRPOLICY_OutputSegListBSid(uint32_t ulRoom, uint32_t ulType, uint32_
     const bol::View stSeg = bol::MakeReadView(pucSeg, ulLen);
     const uint32_t ulFlags = bol::GetU8(stSeg, 0u);
     TextOut stOut = {pcBuf, ulRoom, 0u};
-    if ((ulFlags & 0x80u) == 0u) {
+    if ((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_SRV6) == 0u) {
         BOL_TEXT_CUT(stOut, "    Unsupported BSID, Length: %u, Flags: 0x%x\n", ulLen, ulFlags);
         return static_cast<int32_t>(stOut.ulCount);
     }
 
     bol::Reader stRd = bol::MakeReader(stSeg);
-    (void)bol::Skip(stRd, 2u); /* flags, reserved */
+    (void)bol::Skip(stRd, BOL_SRPOLICY_SLBSID_HDR_LEN);
     bool bReverse = false;
     bol::View stSid;
-    while (bol::ReadView(stRd, 16u, stSid)) {
+    while (bol::ReadView(stRd, bol::SlBsidSidLen(ulFlags), stSid)) {
         char acSid[BOL_ADDR_TEXT_LEN] = {};
         SidText(stSid, 0u, acSid, BOL_ADDR_TEXT_LEN);
         BOL_TEXT_CUT(stOut, "    %sBinding SID: %s, ", bReverse ? "Reverse " : "", acSid);
         bReverse = !bReverse;
-        if ((ulFlags & 0x40u) == 0u) {
+        if ((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_EXT) == 0u) {
             BOL_TEXT_CUT(stOut, "\n");
             continue;
         }
         bol::View stEndpoint;
-        if (!bol::ReadView(stRd, 8u, stEndpoint)) {
+        if (!bol::ReadView(stRd, BOL_SRPOLICY_SLBSID_EXT_LEN, stEndpoint)) {
             BOL_TEXT_CUT(stOut, "\n");
             break;
         }
@@ -1733,16 +1734,12 @@ uint32_t BOL_SRPOLICY_CalculateSegmentLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstS
 uint32_t BOL_SRPOLICY_CalculateSegmentListBSidLen(const BOL_SRPOLICY_CFG_SEGLIST_S *pstSegList)
 {
     BOL_CHECK_PTR(pstSegList, 0u);
-    /* One SID with its optional behavior and structure. */
-    uint32_t ulSidLen = ((pstSegList->ucBsidFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_SRV6) != 0u) ? 16u : 4u;
-    if ((pstSegList->ucBsidFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_EXT) != 0u) {
-        ulSidLen += 8u;
-    }
+    uint32_t ulSidLen = bol::SlBsidEntryLen(pstSegList->ucBsidFlags);
     if (bol::AnyWord(pstSegList->aulReverseBsid)) {
-        return 2u * ulSidLen + 2u;
+        return 2u * ulSidLen + BOL_SRPOLICY_SLBSID_HDR_LEN;
     }
     if (bol::AnyWord(pstSegList->aulBsid)) {
-        return ulSidLen + 2u;
+        return ulSidLen + BOL_SRPOLICY_SLBSID_HDR_LEN;
     }
     return 0u;
 }

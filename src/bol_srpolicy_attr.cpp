@@ -164,6 +164,7 @@ uint32_t BOL_SRPOLICY_TryPackTnlEncapAttr(uint8_t **ppucPacked, uint8_t *pucReal
             BOL_REPORT_RET(iRet);
         }
     }
+    BOL_WRITER_DONE(stWr);
     return BOL_OK;
 }
 

@@ -24,6 +24,17 @@ uint32_t DispatchFormat(const BOL_SRPOLICY_PROC_ENTRY_S *pstRow, const BOL_RT_DA
     return pstRow->unHandler.pfnFormat(pstRtData, ppucCur, ulRoom, pstInst);
 }
 
+/* The end of an encoder that checked its room before writing: the writer
+ * check, then the caller's cursor moves past what was written. */
+uint32_t FinishItem(const bol::Writer &stWr, uint8_t **ppucCur)
+{
+    if (!BOL_WRITER_DONE(stWr)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
+    *ppucCur = stWr.puc;
+    return BOL_OK;
+}
+
 } /* namespace */
 
 extern "C" {
@@ -99,10 +110,10 @@ namespace {
  * caller has checked the room. */
 void PutKeyFields(bol::Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey, uint32_t ulWords)
 {
-    (void)bol::PutU32(stWr, stKey.ulDistinguisher);
-    (void)bol::PutU32(stWr, stKey.ulPolicyColor);
+    bol::PutU32(stWr, stKey.ulDistinguisher);
+    bol::PutU32(stWr, stKey.ulPolicyColor);
     for (uint32_t i = 0; i < ulWords && i < 4u; i++) {
-        (void)bol::PutU32(stWr, stKey.aulEndpoint[i]);
+        bol::PutU32(stWr, stKey.aulEndpoint[i]);
     }
 }
 
@@ -118,10 +129,9 @@ uint32_t PutNlri(const BOL_SRPOLICY_NLRI_S &stKey, uint8_t **ppucCur, uint32_t u
     if (!bol::Fits(stWr, 1u + ulLenBits / 8u)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulLenBits));
+    bol::PutU8(stWr, static_cast<uint8_t>(ulLenBits));
     PutKeyFields(stWr, stKey, ulWords);
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    return FinishItem(stWr, ppucCur);
 }
 
 } /* namespace */
@@ -189,8 +199,7 @@ extern "C" uint32_t BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(const BOL_RT
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
     }
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    return FinishItem(stWr, ppucCur);
 }
 
 /* ======================================================================== */
@@ -225,8 +234,8 @@ bool ArgsPresent(const void *pv1, const void *pv2, const void *pv3)
 /* Header of a TLV of known length: type and length as two 32-bit words. */
 void PutCondRtHdr(bol::Writer &stWr, uint32_t ulType, uint32_t ulLength)
 {
-    (void)bol::PutU32(stWr, ulType);
-    (void)bol::PutU32(stWr, ulLength);
+    bol::PutU32(stWr, ulType);
+    bol::PutU32(stWr, ulLength);
 }
 
 /* The 16-byte TLVs of preference, template id and slice id. */
@@ -241,11 +250,10 @@ uint32_t PutCondRtU32Tlv(uint8_t **ppucCur, const uint8_t *pucEnd, uint8_t ucExi
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
     PutCondRtHdr(stWr, ulType, kCondRtU32TlvLen - kCondRtHdrLen);
-    (void)bol::PutU8(stWr, ucFlags);
-    (void)bol::PutSkip(stWr, 3u);
-    (void)bol::PutU32(stWr, ulValue);
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    bol::PutU8(stWr, ucFlags);
+    bol::PutSkip(stWr, 3u);
+    bol::PutU32(stWr, ulValue);
+    return FinishItem(stWr, ppucCur);
 }
 
 /*
@@ -262,10 +270,10 @@ uint32_t PutCondRtListTlv(const BOL_SRPOLICY_LIST_HEAD_S *pstList, uint8_t **ppu
         return BOL_OK;
     }
     bol::Writer stWr = bol::MakeWriterTo(*ppucCur, pucEnd);
-    bol::View stHdr;
-    if (!bol::PutView(stWr, kCondRtHdrLen, stHdr)) {
+    if (!bol::Fits(stWr, kCondRtHdrLen)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
+    bol::View stHdr = bol::PutView(stWr, kCondRtHdrLen);
     bol::SetU32(stHdr, 0u, ulType);
     bol::SetU16(stHdr, 4u, 0u);
 
@@ -292,17 +300,16 @@ uint32_t PutCondRtName(uint8_t **ppucCur, const uint8_t *pucEnd, bool bValid, ui
     if (!bol::Fits(stWr, kCondRtHdrLen + usLen)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    (void)bol::PutU32(stWr, ulType);
-    (void)bol::PutU16(stWr, 0u);
-    (void)bol::PutU16(stWr, usLen);
+    bol::PutU32(stWr, ulType);
+    bol::PutU16(stWr, 0u);
+    bol::PutU16(stWr, usLen);
     if (usLen != 0u) {
         int iRet = bol::PutBytes(stWr, pucName, usLen);
         if (iRet != 0) {
             BOL_REPORT_SEC(iRet);
         }
     }
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    return FinishItem(stWr, ppucCur);
 }
 
 } /* namespace */
@@ -419,12 +426,11 @@ uint32_t BOL_SRPOLICY_FormatCondRtBindSid(const BOL_SRPOLICY_TNLENCAP_ATTR_S *ps
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
     PutCondRtHdr(stWr, BOL_SRPOLICY_CONDRT_TLV_BSID, kCondRtBsidTlvLen - kCondRtHdrLen);
-    (void)bol::PutU8(stWr, pstAttr->ucBsidFlags);
-    (void)bol::PutU8(stWr, pstAttr->ucBsidType);
-    (void)bol::PutSkip(stWr, 2u);
-    (void)bol::PutWords4(stWr, pstAttr->aulBsidValue);
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    bol::PutU8(stWr, pstAttr->ucBsidFlags);
+    bol::PutU8(stWr, pstAttr->ucBsidType);
+    bol::PutSkip(stWr, 2u);
+    bol::PutWords4(stWr, pstAttr->aulBsidValue);
+    return FinishItem(stWr, ppucCur);
 }
 
 uint32_t BOL_SRPOLICY_FormatCondRtSegmentList(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
@@ -449,14 +455,13 @@ uint32_t BOL_SRPOLICY_FormatCondRtOneSegmentList(const BOL_SRPOLICY_SEGLIST_NODE
     if (!bol::Fits(stWr, kCondRtSegListEntryHdrLen + ulLen)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    (void)bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
-    (void)bol::PutSkip(stWr, 1u);
+    bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
+    bol::PutSkip(stWr, 1u);
     int iRet = bol::PutBytes(stWr, pstNode->aucSegList, ulLen);
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
     }
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    return FinishItem(stWr, ppucCur);
 }
 
 uint32_t BOL_SRPOLICY_FormatCondRtSRv6BSID(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
@@ -478,17 +483,16 @@ uint32_t BOL_SRPOLICY_FormatCondRtOneSRv6BSID(const BOL_SRPOLICY_SRV6_BSID_NODE_
     if (!bol::Fits(stWr, kCondRtSRv6BsidEntryLen)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    (void)bol::PutU8(stWr, pstNode->ucFlags);
-    (void)bol::PutSkip(stWr, 3u);
-    (void)bol::PutWords4(stWr, pstNode->aulSid);
-    (void)bol::PutU16(stWr, pstNode->usEndpointBehavior);
-    (void)bol::PutSkip(stWr, 2u);
-    (void)bol::PutU8(stWr, pstNode->ucLbLen);
-    (void)bol::PutU8(stWr, pstNode->ucLnLen);
-    (void)bol::PutU8(stWr, pstNode->ucFunLen);
-    (void)bol::PutU8(stWr, pstNode->ucArgLen);
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    bol::PutU8(stWr, pstNode->ucFlags);
+    bol::PutSkip(stWr, 3u);
+    bol::PutWords4(stWr, pstNode->aulSid);
+    bol::PutU16(stWr, pstNode->usEndpointBehavior);
+    bol::PutSkip(stWr, 2u);
+    bol::PutU8(stWr, pstNode->ucLbLen);
+    bol::PutU8(stWr, pstNode->ucLnLen);
+    bol::PutU8(stWr, pstNode->ucFunLen);
+    bol::PutU8(stWr, pstNode->ucArgLen);
+    return FinishItem(stWr, ppucCur);
 }
 
 uint32_t BOL_SRPOLICY_FormatCondRtCPathName(const BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t **ppucCur,
@@ -523,12 +527,11 @@ uint32_t BOL_SRPOLICY_FormatCondRtOneSegment(const BOL_SRPOLICY_CONDRT_SEGMENT_S
     if (!bol::Fits(stWr, 8u)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    (void)bol::PutU8(stWr, pstSeg->ucType);
-    (void)bol::PutU8(stWr, pstSeg->ucExist);
-    (void)bol::PutSkip(stWr, 2u);
-    (void)bol::PutU32(stWr, pstSeg->ulValue);
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    bol::PutU8(stWr, pstSeg->ucType);
+    bol::PutU8(stWr, pstSeg->ucExist);
+    bol::PutSkip(stWr, 2u);
+    bol::PutU32(stWr, pstSeg->ulValue);
+    return FinishItem(stWr, ppucCur);
 }
 
 } /* extern "C" */
@@ -547,10 +550,10 @@ bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey)
     if (!Fits(stWr, sizeof(BOL_SRPOLICY_RT_KEY_MSG_S))) {
         return false;
     }
-    (void)PutU8(stWr, stKey.ucNlriLen);
-    (void)PutZeros(stWr, sizeof(stKey.aucReserved));
+    PutU8(stWr, stKey.ucNlriLen);
+    PutZeros(stWr, sizeof(stKey.aucReserved));
     PutKeyFields(stWr, stKey, 4u);
-    return true;
+    return BOL_WRITER_DONE(stWr);
 }
 
 } /* namespace bol */
@@ -570,7 +573,9 @@ extern "C" uint32_t BOL_SRPOLICY_FormatHaRtPrefixTlv(const BOL_RT_DATA_S *pstRtD
     if (pstRtData->pstKey == nullptr) {
         return BOL_ERR_NO_DATA;
     }
-    (void)bol::PutRtKeyMsg(stWr, *pstRtData->pstKey);
+    if (!bol::PutRtKeyMsg(stWr, *pstRtData->pstKey)) {
+        return BOL_SRPOLICY_ERR_BUF_SHORT;
+    }
     *ppucCur = stWr.puc;
     return BOL_OK;
 }
@@ -595,12 +600,12 @@ extern "C" uint32_t BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(const BOL_RT_DATA_S *
     if (!bol::Fits(stWr, ulLen)) {
         return BOL_SRPOLICY_ERR_BUF_SHORT;
     }
-    int iRet = bol::PutBytes(stWr, pstRtData->pucAttr, ulLen);
+    /* The copy is given the whole room as its destination size. */
+    int iRet = bol::PutBytesInRoom(stWr, pstRtData->pucAttr, ulLen);
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
     }
-    *ppucCur = stWr.puc;
-    return BOL_OK;
+    return FinishItem(stWr, ppucCur);
 }
 
 /* ======================================================================== */
@@ -639,7 +644,10 @@ extern "C" uint32_t BOL_SRPOLICY_FormatCfgPrefix(const BOL_RT_DATA_S *pstRtData,
         pstCfg->ucEndpointIsV6 = 0u;
     } else if (pstKey->ucNlriLen == BOL_SRPOLICY_NLRI_LEN_IPV6) {
         bol::Writer stWr = bol::MakeWriter(pstCfg->aucEndpointV6, sizeof(pstCfg->aucEndpointV6));
-        (void)bol::PutWords4(stWr, pstKey->aulEndpoint);
+        bol::PutWords4(stWr, pstKey->aulEndpoint);
+        if (!BOL_WRITER_FILLED(stWr)) {
+            return BOL_SRPOLICY_ERR_BUF_SHORT;
+        }
         pstCfg->ucEndpointIsV6 = 1u;
     } else {
         return BOL_ERR_NO_DATA;

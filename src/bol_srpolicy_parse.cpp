@@ -325,8 +325,6 @@ namespace {
 
 /* Tunnel header: type (2) and length (2) of the sub-TLV area. */
 const uint32_t kTnlHdrLen = 4u;
-/* Sub-TLV types from 128 up carry a 2-byte length, the others a 1-byte one. */
-const uint32_t kWideLenTypeMin = 128u;
 /* Names are kept, and copied, up to this many bytes. */
 const uint32_t kNameKeepMax = BOL_SRPOLICY_NAME_MAX;
 
@@ -363,9 +361,9 @@ const NameSlot *FindNameSlot(uint32_t ulType)
 void PutLenField(bol::Writer &stWr, uint32_t ulWidth, uint32_t ulLen)
 {
     if (ulWidth == 1u) {
-        (void)bol::PutU8(stWr, static_cast<uint8_t>(ulLen));
+        bol::PutU8(stWr, static_cast<uint8_t>(ulLen));
     } else {
-        (void)bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
+        bol::PutU16(stWr, static_cast<uint16_t>(ulLen));
     }
 }
 
@@ -386,8 +384,9 @@ void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const u
 {
     bol::View stHdr = bol::MakeReadView(pucAttr, kTnlHdrLen);
     bol::Writer stWr = bol::MakeWriter(pucPos, kTnlHdrLen);
-    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 0u));
-    (void)bol::PutU16(stWr, bol::GetU16(stHdr, 2u));
+    bol::PutU16(stWr, bol::GetU16(stHdr, 0u));
+    bol::PutU16(stWr, bol::GetU16(stHdr, 2u));
+    BOL_WRITER_FILLED(stWr);
     pucPos = stWr.puc;
     pstAttr->pstInst = pstInst;
     pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
@@ -398,15 +397,19 @@ void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const u
 void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
 {
     bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
-    (void)bol::PutSkip(stWr, 1u);
+    bol::PutSkip(stWr, 1u);
     if (usNameLen != 0u && pucName != nullptr) {
         int iRet = bol::PutBytes(stWr, pucName, usNameLen);
         if (iRet != 0) {
             BOL_REPORT_SEC(iRet);
         }
+    } else {
+        bol::PutSkip(stWr, usNameLen);
     }
+    BOL_WRITER_FILLED(stWr);
     bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
     PutLenField(stLen, ulWidth, 1u + usNameLen);
+    BOL_WRITER_FILLED(stLen);
     pucPos = stWr.puc;
 }
 
@@ -428,23 +431,24 @@ void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_
                 const uint8_t *pucValue, uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
 {
     uint32_t ulWidth = (pstAttr->ucSubTlvLenWidth == 1u) ? 1u : 2u;
-    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + ulLen);
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulType));
+    /* A name's value is written by CopyName, cut to the kept length. */
+    const NameSlot *pstName = FindNameSlot(ulType);
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + ((pstName != nullptr) ? 0u : ulLen));
+    bol::PutU8(stWr, static_cast<uint8_t>(ulType));
     pstAttr->pucCurLenField = stWr.puc;
     PutLenField(stWr, ulWidth, ulLen);
-
-    const NameSlot *pstName = FindNameSlot(ulType);
-    if (pstName != nullptr) {
-        CopyName(stWr.puc, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
-        pucPos = stWr.puc;
-        return;
+    if (pstName == nullptr) {
+        NoteSliceIdTlv(pucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+        int iRet = bol::PutBytes(stWr, pucValue, ulLen);
+        if (iRet != 0) {
+            BOL_REPORT_SEC(iRet);
+        }
     }
-    NoteSliceIdTlv(pucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
-    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
-    if (iRet != 0) {
-        BOL_REPORT_SEC(iRet);
-    }
+    BOL_WRITER_FILLED(stWr);
     pucPos = stWr.puc;
+    if (pstName != nullptr) {
+        CopyName(pucPos, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
+    }
 }
 
 /* The copy's length, and its tunnel length rewritten to match. */
@@ -467,6 +471,7 @@ void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
     if (iRet != 0) {
         BOL_REPORT_SEC(iRet);
     }
+    BOL_WRITER_FILLED(stWr);
     pucPos = stWr.puc;
 }
 
@@ -488,7 +493,7 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
         if (!bol::ReadSubTlvHeader(stRd, ucType, usLen) || usLen == 0u) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
-        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>((ucType < kWideLenTypeMin) ? 1u : 2u);
+        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(bol::SubTlvLenWidth(ucType));
 
         bol::View stValue = {nullptr, 0u};
         if (!bol::ReadView(stRd, usLen, stValue)) {
@@ -753,6 +758,7 @@ uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8
     if (iRet != 0) {
         BOL_REPORT_SEC(iRet);
     }
+    BOL_WRITER_FILLED(stWr);
     pstAttr->*pstSlot->pusLen = static_cast<uint16_t>(ulKeep);
     return BOL_OK;
 }
@@ -865,6 +871,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
     }
+    BOL_WRITER_FILLED(stWr);
     pstNode->usSegListLen = static_cast<uint16_t>(ulLen);
     return BOL_OK;
 }
@@ -1032,69 +1039,49 @@ extern "C" uint32_t BOL_SRPOLICY_ParseCfgPrefix(const void *pvCfg, uint32_t ulLe
 
 /*
  * A configured tunnel record becomes a Tunnel Encapsulation attribute value
- * (tunnel type 15). The size arithmetic computes every piece beforehand; each
- * encoding step writes through a writer whose room is exactly the size that
- * the arithmetic gave its piece, so a step can never write past the buffer,
- * and every length field equals the bytes that follow it.
+ * (tunnel type 15), written as configured. The size arithmetic computes every
+ * piece beforehand; each encoding step writes through a writer whose room is
+ * exactly the size that the arithmetic gave its piece and checks at its end
+ * that it wrote exactly that, so a step never writes past the buffer and
+ * every length field equals the bytes that follow it.
  */
 namespace {
 
 const uint8_t kSegFlagsSet = 0x80u; /* flags byte of the segments written */
+const uint8_t kBsidFlagS = 0x80u;   /* binding SID S-flag */
+const uint8_t kBsidFlagI = 0x40u;   /* binding SID I-flag */
 const uint32_t kMaxAttrLen = 0xFFFFu;
-const uint32_t kMaxSidStructBits = 128u; /* an SRv6 SID has 128 bits */
-const uint32_t kLabelShift = 12u;        /* an MPLS label fills the top 20 bits of its field */
+const uint32_t kLabelShift = 12u; /* an MPLS label fills the top 20 bits of its field */
+
+/* Header of a sub-TLV with a 1-byte length: type, length, flags, reserved 0. */
+void PutFlaggedHdr(bol::Writer &stWr, uint32_t ulType, uint32_t ulLen, uint8_t ucFlags)
+{
+    bol::PutU8(stWr, static_cast<uint8_t>(ulType));
+    bol::PutU8(stWr, static_cast<uint8_t>(ulLen));
+    bol::PutU8(stWr, ucFlags);
+    bol::PutU8(stWr, 0u);
+}
 
 /* Sub-TLV with a 1-byte length carrying flags, a zero reserved byte and one
  * 32-bit value: preference, template id, slice id, weight, path MTU, label. */
 void PutU32SubTlv(bol::Writer &stWr, uint32_t ulType, uint8_t ucFlags, uint32_t ulValue)
 {
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulType));
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_U32_SUBTLV_LEN - 2u));
-    (void)bol::PutU8(stWr, ucFlags);
-    (void)bol::PutU8(stWr, 0u);
-    (void)bol::PutU32(stWr, ulValue);
+    PutFlaggedHdr(stWr, ulType, BOL_SRPOLICY_U32_SUBTLV_LEN - 2u, ucFlags);
+    bol::PutU32(stWr, ulValue);
 }
 
-/* One segment-list binding SID: 16-byte SID or its first word as a 4-byte
- * SID, then behavior, two zero bytes and structure when flag 0x40 is set. */
+/* One segment-list binding SID as its flags lay it out: the SID (its first
+ * word when SIDs are 4 bytes), then behavior, two zero bytes and structure
+ * when they follow. */
 void PutSegListBsidSid(bol::Writer &stWr, uint8_t ucFlags, const uint32_t aulSid[4], uint16_t usBehavior,
                        uint32_t ulStructure)
 {
-    if ((ucFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_SRV6) != 0u) {
-        (void)bol::PutWords4(stWr, aulSid);
-    } else {
-        (void)bol::PutU32(stWr, aulSid[0]);
+    bol::PutWords(stWr, aulSid, bol::SlBsidSidLen(ucFlags) / 4u);
+    if ((ucFlags & BOL_SRPOLICY_SLBSID_FLAG_EXT) != 0u) {
+        bol::PutU16(stWr, usBehavior);
+        bol::PutU16(stWr, 0u);
+        bol::PutU32(stWr, ulStructure);
     }
-    if ((ucFlags & BOL_SRPOLICY_CFG_SLBSID_FLAG_EXT) != 0u) {
-        (void)bol::PutU16(stWr, usBehavior);
-        (void)bol::PutU16(stWr, 0u);
-        (void)bol::PutU32(stWr, ulStructure);
-    }
-}
-
-/* The lengths of a SID structure (one byte each, top byte first) add up to
- * at most 128 bits, else the attribute decoder refuses the sub-TLV. */
-bool SidStructureFits(uint32_t ulStructure)
-{
-    uint32_t ulBits = (ulStructure >> 24) + ((ulStructure >> 16) & 0xFFu) + ((ulStructure >> 8) & 0xFFu) +
-                      (ulStructure & 0xFFu);
-    return ulBits <= kMaxSidStructBits;
-}
-
-/* What a configuration must satisfy to be encoded: the whole value fits the
- * 16-bit tunnel length, and every SRv6 binding SID that carries a structure
- * has one that the decoder accepts. */
-bool CfgEncodable(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint64_t ullTotal)
-{
-    if (ullTotal > kMaxAttrLen) {
-        return false;
-    }
-    uint32_t ulBad = bol::ForEachNode<BOL_SRPOLICY_CFG_SRV6_BSID_S>(
-        &pstCfg->stSRv6BsidList, [](const BOL_SRPOLICY_CFG_SRV6_BSID_S *pstBsid) {
-            bool bHasStructure = (pstBsid->ucFlags & BOL_SRPOLICY_CFG_SRV6_BSID_FLAG_B) != 0u;
-            return (bHasStructure && !SidStructureFits(pstBsid->ulSidStructure)) ? 1u : 0u;
-        });
-    return ulBad == 0u;
 }
 
 } /* namespace */
@@ -1115,8 +1102,9 @@ uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ul
     }
     const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg = static_cast<const BOL_SRPOLICY_CFG_TNLENCAP_S *>(pvCfg);
 
+    /* A value that the 16-bit tunnel length cannot carry is refused. */
     uint64_t ullTotal = BOL_SRPOLICY_CalculateTunAttrSize(pstCfg);
-    if (!CfgEncodable(pstCfg, ullTotal)) {
+    if (ullTotal > kMaxAttrLen) {
         BOL_REPORT(static_cast<uintptr_t>(ullTotal));
         return BOL_ERR_PARAM;
     }
@@ -1132,8 +1120,8 @@ uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ul
     }
 
     bol::Writer stWr = bol::MakeWriter(static_cast<uint8_t *>(pvBuf), ulTotal);
-    (void)bol::PutU16(stWr, static_cast<uint16_t>(BOL_SRPOLICY_TUNNEL_TYPE));
-    (void)bol::PutU16(stWr, static_cast<uint16_t>(ulTotal - BOL_SRPOLICY_TUNNEL_HDR_LEN));
+    bol::PutU16(stWr, static_cast<uint16_t>(BOL_SRPOLICY_TUNNEL_TYPE));
+    bol::PutU16(stWr, static_cast<uint16_t>(ulTotal - BOL_SRPOLICY_TUNNEL_HDR_LEN));
     if (pstCfg->ucPrefExist == 1u) {
         PutU32SubTlv(stWr, BOL_SRPOLICY_SUBTLV_PREF, 0u, pstCfg->ulPreference);
     }
@@ -1142,7 +1130,7 @@ uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ul
     BOL_SRPOLICY_ParseCfgSRv6BSID(pstCfg, &pucPos);
     BOL_SRPOLICY_ParseCfgSegmentList(pstCfg, &pucPos);
     /* The steps above wrote inside the buffer; the writer takes over after them. */
-    (void)bol::PutSkip(stWr, static_cast<uint32_t>(pucPos - stWr.puc));
+    bol::PutSkip(stWr, static_cast<uint32_t>(pucPos - stWr.puc));
     if (pstCfg->ucCfgModuleIdExist == 1u) {
         PutU32SubTlv(stWr, BOL_SRPOLICY_SUBTLV_CFG_MODULE_ID, 0u, pstCfg->ulCfgModuleId);
     }
@@ -1150,8 +1138,10 @@ uint32_t BOL_SRPOLICY_ParseCfgTunnelEncapsulation(const void *pvCfg, uint32_t ul
         PutU32SubTlv(stWr, BOL_SRPOLICY_SUBTLV_STD_SLICE_ID, 0u, pstCfg->ulSliceId);
     }
 
-    uint32_t ulRet = bol::OutputAttribute(ppvOut, static_cast<uint8_t *>(pvBuf), static_cast<uint16_t>(ulTotal),
-                                          pstInst);
+    uint32_t ulRet = BOL_SRPOLICY_ERR_BUF_SHORT;
+    if (BOL_WRITER_FILLED(stWr)) {
+        ulRet = bol::OutputAttribute(ppvOut, static_cast<uint8_t *>(pvBuf), static_cast<uint16_t>(ulTotal), pstInst);
+    }
     BOL_SRPOLICY_Free(&pvBuf, pstInst);
     return ulRet;
 }
@@ -1167,26 +1157,26 @@ void BOL_SRPOLICY_ParseCfgBSID(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint8_
     BOL_SRPOLICY_CalculateBsidLen(pstCfg, &usSize);
     uint8_t ucFlags = 0u;
     if (pstCfg->ucBsidSFlag == 1u) {
-        ucFlags |= 0x80u;
+        ucFlags |= kBsidFlagS;
     }
     if (pstCfg->ucBsidIFlag == 1u) {
-        ucFlags |= 0x40u;
+        ucFlags |= kBsidFlagI;
     }
 
     bol::Writer stWr = bol::MakeWriter(*ppucPos, usSize);
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_BSID));
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(usSize - 2u));
-    (void)bol::PutU8(stWr, ucFlags);
-    (void)bol::PutU8(stWr, 0u);
+    PutFlaggedHdr(stWr, BOL_SRPOLICY_SUBTLV_BSID, usSize - 2u, ucFlags);
     /* The size tells which value the arithmetic chose: a label field, a SID, or none. */
     if (stWr.ulRoom == 4u) {
-        (void)bol::PutU32(stWr, pstCfg->ulBsidLabel << kLabelShift);
+        bol::PutU32(stWr, pstCfg->ulBsidLabel << kLabelShift);
     } else if (stWr.ulRoom == 16u) {
-        (void)bol::PutWords4(stWr, pstCfg->aulBsidV6);
+        bol::PutWords4(stWr, pstCfg->aulBsidV6);
     }
+    BOL_WRITER_FILLED(stWr);
     *ppucPos = stWr.puc;
 }
 
+/* Flags as configured, all eight bits; behavior and structure follow the SID
+ * when the B-flag is set, whatever the structure holds. */
 void BOL_SRPOLICY_ParseCfgSRv6BSID(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, uint8_t **ppucPos)
 {
     BOL_CHECK_PTR(pstCfg, );
@@ -1196,16 +1186,14 @@ void BOL_SRPOLICY_ParseCfgSRv6BSID(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg, ui
         &pstCfg->stSRv6BsidList, [&pucPos](const BOL_SRPOLICY_CFG_SRV6_BSID_S *pstBsid) {
             uint32_t ulSize = BOL_SRPOLICY_CalculateSRv6BsidLen(pstBsid);
             bol::Writer stWr = bol::MakeWriter(pucPos, ulSize);
-            (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_SRV6_BSID));
-            (void)bol::PutU8(stWr, static_cast<uint8_t>(ulSize - 2u));
-            (void)bol::PutU8(stWr, pstBsid->ucFlags);
-            (void)bol::PutU8(stWr, 0u);
-            (void)bol::PutWords4(stWr, pstBsid->aulSid);
+            PutFlaggedHdr(stWr, BOL_SRPOLICY_SUBTLV_SRV6_BSID, ulSize - 2u, pstBsid->ucFlags);
+            bol::PutWords4(stWr, pstBsid->aulSid);
             if ((pstBsid->ucFlags & BOL_SRPOLICY_CFG_SRV6_BSID_FLAG_B) != 0u) {
-                (void)bol::PutU16(stWr, pstBsid->usEndpointBehavior);
-                (void)bol::PutU16(stWr, 0u);
-                (void)bol::PutU32(stWr, pstBsid->ulSidStructure);
+                bol::PutU16(stWr, pstBsid->usEndpointBehavior);
+                bol::PutU16(stWr, 0u);
+                bol::PutU32(stWr, pstBsid->ulSidStructure);
             }
+            BOL_WRITER_FILLED(stWr);
             pucPos = stWr.puc;
             return 0u;
         });
@@ -1223,18 +1211,21 @@ void BOL_SRPOLICY_ParseCfgSegmentList(const BOL_SRPOLICY_CFG_TNLENCAP_S *pstCfg,
             uint16_t usLen = 1u;
             (void)BOL_SRPOLICY_CalculateSegmentListLen(pstSegList, &usLen);
             bol::Writer stWr = bol::MakeWriter(pucPos, 3u + usLen);
-            (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_SEGLIST));
-            (void)bol::PutU16(stWr, usLen);
-            (void)bol::PutU8(stWr, 0u);
+            bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SUBTLV_SEGLIST));
+            bol::PutU16(stWr, usLen);
+            bol::PutU8(stWr, 0u);
             if (pstSegList->ucWeightExist == 1u) {
                 PutU32SubTlv(stWr, BOL_SRPOLICY_SEG_WEIGHT, 0u, pstSegList->ulWeight);
             }
             if (pstSegList->ucPathMtuExist == 1u) {
                 PutU32SubTlv(stWr, BOL_SRPOLICY_SEG_TYPE13, 0u, pstSegList->ulPathMtu);
             }
+            uint8_t *pucInner = stWr.puc;
+            BOL_SRPOLICY_ParseCfgSegListBSid(&pucInner, pstSegList);
+            BOL_SRPOLICY_ParseCfgSegment(&pucInner, pstSegList);
+            bol::PutSkip(stWr, static_cast<uint32_t>(pucInner - stWr.puc));
+            BOL_WRITER_FILLED(stWr);
             pucPos = stWr.puc;
-            BOL_SRPOLICY_ParseCfgSegListBSid(&pucPos, pstSegList);
-            BOL_SRPOLICY_ParseCfgSegment(&pucPos, pstSegList);
             return 0u;
         });
     *ppucPos = pucPos;
@@ -1250,10 +1241,7 @@ void BOL_SRPOLICY_ParseCfgSegListBSid(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_
     }
     uint8_t ucFlags = pstSegList->ucBsidFlags;
     bol::Writer stWr = bol::MakeWriter(*ppucPos, ulLen + 2u);
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SEG_BSID));
-    (void)bol::PutU8(stWr, static_cast<uint8_t>(ulLen));
-    (void)bol::PutU8(stWr, ucFlags);
-    (void)bol::PutU8(stWr, 0u);
+    PutFlaggedHdr(stWr, BOL_SRPOLICY_SEG_BSID, ulLen, ucFlags);
     /* The forward SID is written even when all its words are 0: the reverse
      * one decides on its own whether the sub-TLV carries two SIDs. */
     PutSegListBsidSid(stWr, ucFlags, pstSegList->aulBsid, pstSegList->usEndpointBehavior,
@@ -1262,6 +1250,7 @@ void BOL_SRPOLICY_ParseCfgSegListBSid(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_
         PutSegListBsidSid(stWr, ucFlags, pstSegList->aulReverseBsid, pstSegList->usReverseEndpointBehavior,
                           pstSegList->ulReverseSidStructure);
     }
+    BOL_WRITER_FILLED(stWr);
     *ppucPos = stWr.puc;
 }
 
@@ -1280,12 +1269,10 @@ void BOL_SRPOLICY_ParseCfgSegment(uint8_t **ppucPos, const BOL_SRPOLICY_CFG_SEGL
             uint32_t ulLabel = BOL_SRPOLICY_GetSrpType1SegmentValue(pstSegList, i + 1u);
             PutU32SubTlv(stWr, BOL_SRPOLICY_SEG_MPLS, kSegFlagsSet, ulLabel << kLabelShift);
         } else {
-            (void)bol::PutU8(stWr, static_cast<uint8_t>(BOL_SRPOLICY_SEG_SRV6));
-            (void)bol::PutU8(stWr, static_cast<uint8_t>(ulSize - 2u));
-            (void)bol::PutU8(stWr, kSegFlagsSet);
-            (void)bol::PutU8(stWr, 0u);
-            (void)bol::PutWords4(stWr, BOL_SRPOLICY_GetSrpType2SegmentValue(pstSegList, i));
+            PutFlaggedHdr(stWr, BOL_SRPOLICY_SEG_SRV6, ulSize - 2u, kSegFlagsSet);
+            bol::PutWords4(stWr, BOL_SRPOLICY_GetSrpType2SegmentValue(pstSegList, i));
         }
+        BOL_WRITER_FILLED(stWr);
         *ppucPos = stWr.puc;
     }
 }

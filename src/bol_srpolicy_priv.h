@@ -2,6 +2,45 @@
  * Internal interface of the SR Policy plug-in: the decoded attribute record,
  * the report helpers, and every exported function that the host reaches only
  * through the handler tables.
+ *
+ * Where each Tunnel Encapsulation sub-TLV is handled, in the order decode;
+ * text; message 122; size; encode (BOL_SRPOLICY_ prefixes left out; files:
+ * p = _parse, b = _parse_bindsid, f = _format, s = bol_srpolicy.cpp). Every
+ * sub-TLV, known or not, is also appended to the normalised copy by
+ * CopySubTlv (p).
+ *
+ *   12  Preference:   ParseSubTlv_Preference (p); OutputPreferenceData (s);
+ *                     FormatCondRtPreference (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   13  Binding SID:  ParseSubTlv_BSID (p); OutputBSIDData (s);
+ *                     FormatCondRtBindSid (f); CalculateBsidLen (s); ParseCfgBSID (p)
+ *   20  SRv6 BSID:    ParseSubTlv_SRv6BSID (b); OutputSRv6BSIDData (s);
+ *                     FormatCondRtSRv6BSID, FormatCondRtOneSRv6BSID (f);
+ *                     CalculateSRv6BsidLen (s); ParseCfgSRv6BSID (p)
+ *   123 Slice id:     ParseSubTlv_Standard_SliceId (p); OutputSliceIdData (s);
+ *                     FormatCondRtSliceId (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   126 Private slice id: ParseSubTlv_SliceId (p); OutputSliceIdData (s);
+ *                     FormatCondRtSliceId (f); not configured; the attribute
+ *                     setter turns 123 into 126 (SetTunnelEncapsulationAttr)
+ *   127 Template id:  ParseSubTlv_CfgModuleId (p); OutputCfgModuleData (s);
+ *                     FormatCondRtCfgModuleId (f); CalculateTunAttrSize (s);
+ *                     ParseCfgTunnelEncapsulation (p)
+ *   128 Segment List: ParseSubTlv_SegmentList (p) after CheckSegmentListVaild
+ *                     (s); OutputSegmentList, OutputSegListSubType (s);
+ *                     FormatCondRtSegmentList, FormatCondRtOneSegmentList (f);
+ *                     CalculateSegmentListLen, CalculateSegmentLen,
+ *                     CalculateSegmentListBSidLen (s); ParseCfgSegmentList,
+ *                     ParseCfgSegListBSid, ParseCfgSegment (p)
+ *   129 Candidate path name: ParseSubTlv_CPathName (p); OutputCPathName (s);
+ *                     FormatCondRtCPathName (f); not configured
+ *   130 Policy name:  ParseSubTlv_PolicyName (p); OutputPolicyName (s);
+ *                     FormatCondRtPolicyName (f); not configured
+ *
+ * Inside a Segment List, the segment-list binding SID (segment type 33) is
+ * checked by CheckSegmentListBSidValid, printed by OutputSegListBSid, sized
+ * by CalculateSegmentListBSidLen and written by ParseCfgSegListBSid, all with
+ * the layout of bol::SlBsidSidLen and bol::SlBsidEntryLen (below).
  */
 #ifndef BOL_SRPOLICY_PRIV_H
 #define BOL_SRPOLICY_PRIV_H
@@ -167,6 +206,16 @@ struct BOL_SRPOLICY_TNLENCAP_ATTR_S {
 #define BOL_SRPOLICY_SEG_TYPE13 13u
 #define BOL_SRPOLICY_SEG_BSID 33u
 #define BOL_SRPOLICY_SEG_PATH_MTU 220u
+
+/* Segment-list binding SID (segment type 33): flags (1), reserved (1), then
+ * one SID or two (the second is the reverse SID). The flags give the size
+ * of each SID; bol::SlBsidSidLen and bol::SlBsidEntryLen (end of this
+ * header) are the one place that turns them into byte counts. */
+#define BOL_SRPOLICY_SLBSID_FLAG_SRV6 0x80u /* SIDs of 16 bytes, else 4 */
+#define BOL_SRPOLICY_SLBSID_FLAG_EXT 0x40u  /* each SID followed by behavior (2), reserved (2), structure (4) */
+#define BOL_SRPOLICY_SLBSID_HDR_LEN 2u      /* flags and reserved byte */
+#define BOL_SRPOLICY_SLBSID_EXT_LEN 8u      /* behavior, reserved, structure */
+
 
 /* ======================================================================== */
 /* Plug-in frame                                                             */
@@ -453,8 +502,6 @@ BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_ParseRtTunnelEncapsAttrTlv(const uint8_t 
 
 /* Configured tunnel encapsulation: flags and the sizes that both the size
  * arithmetic and the encoder use. */
-#define BOL_SRPOLICY_CFG_SLBSID_FLAG_SRV6 0x80u /* segment-list binding SIDs of 16 bytes, else 4 */
-#define BOL_SRPOLICY_CFG_SLBSID_FLAG_EXT 0x40u  /* each SID followed by behavior and structure */
 #define BOL_SRPOLICY_CFG_SRV6_BSID_FLAG_B 0x20u /* SRv6 binding SID: behavior and structure follow */
 #define BOL_SRPOLICY_TUNNEL_HDR_LEN 4u          /* tunnel type and tunnel length */
 #define BOL_SRPOLICY_U32_SUBTLV_LEN 8u          /* type, length 6, flags, reserved, 4-byte value */
@@ -544,6 +591,28 @@ inline const BOL_SRPOLICY_PROC_ENTRY_S *SubTlvParseRow(uint8_t ucType)
 uint32_t CheckAndClearSegmentList(uint8_t *pucValue, uint32_t ulLen);
 
 struct Writer;
+
+/* Bytes of one segment-list binding SID itself: 16 or 4. */
+inline uint32_t SlBsidSidLen(uint32_t ulFlags)
+{
+    return ((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_SRV6) != 0u) ? 16u : 4u;
+}
+
+/* Bytes of one segment-list binding SID with its behavior and structure. */
+inline uint32_t SlBsidEntryLen(uint32_t ulFlags)
+{
+    uint32_t ulExt = ((ulFlags & BOL_SRPOLICY_SLBSID_FLAG_EXT) != 0u) ? BOL_SRPOLICY_SLBSID_EXT_LEN : 0u;
+    return SlBsidSidLen(ulFlags) + ulExt;
+}
+
+/* The end-of-encoder check of a writer. Every encoder sizes its writes
+ * beforehand (a room check, or the size arithmetic of the configured tunnel);
+ * a write that then did not fit, or (bFilled) room that a buffer sized for
+ * exactly what is written still has left, means the sizes and the encoder
+ * disagree. That is reported as the text "sizeMismatch:%d" with the bytes
+ * refused (positive) or left unwritten (negative), and false is returned. */
+bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine);
+
 /* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
  * the HA prefix TLV and the conditional-route key message. False, and nothing
  * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
@@ -603,6 +672,8 @@ inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
 BOL_SRPOLICY_LIST_NODE_S *AppendNewNode(BOL_SRPOLICY_LIST_HEAD_S *pstList, uint32_t ulSize,
                                         BOL_SRPOLICY_INSTANCE_S *pstInst, const char *pcModule, uint32_t ulLine);
 } /* namespace bol */
+#define BOL_WRITER_DONE(stWr) bol::WriterDone((stWr), false, BOL_THIS_MODULE, (uint32_t)__LINE__)
+#define BOL_WRITER_FILLED(stWr) bol::WriterDone((stWr), true, BOL_THIS_MODULE, (uint32_t)__LINE__)
 #define BOL_APPEND_NEW_NODE(pstList, ulSize, pstInst) \
     bol::AppendNewNode((pstList), (ulSize), (pstInst), BOL_THIS_MODULE, (uint32_t)__LINE__)
 #endif

@@ -40,6 +40,20 @@ inline void StoreBe32(uint8_t *puc, uint32_t ulVal)
     puc[3] = static_cast<uint8_t>(ulVal);
 }
 
+/* A 16-bit field of a host record, in host byte order and at any alignment;
+ * plain byte copies, which cannot fail. */
+inline uint16_t LoadHost16(const uint8_t *puc)
+{
+    uint16_t usVal = 0u;
+    memcpy(&usVal, puc, sizeof(usVal));
+    return usVal;
+}
+
+inline void StoreHost16(uint8_t *puc, uint16_t usVal)
+{
+    memcpy(puc, &usVal, sizeof(usVal));
+}
+
 /* ---- View: a fixed byte range with checked random access ---------------- */
 
 struct View {
@@ -233,65 +247,82 @@ inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
 
 /* ---- Writer: appends with a room count ----------------------------------- */
 
+/* A write that does not fit writes nothing and is remembered in ulShort (the
+ * bytes that were refused); the writer takes no further bytes after it. An
+ * encoder that sized its writes beforehand checks the writer once at its end
+ * (BOL_WRITER_DONE in the private header), so that a size computation that
+ * disagrees with the encoder is reported instead of leaving bytes unwritten. */
 struct Writer {
     uint8_t *puc;
     uint32_t ulRoom;
+    uint32_t ulShort;
 };
 
 inline Writer MakeWriter(uint8_t *puc, uint32_t ulRoom)
 {
-    Writer stWr = {puc, (puc == nullptr) ? 0u : ulRoom};
+    Writer stWr = {puc, (puc == nullptr) ? 0u : ulRoom, 0u};
     return stWr;
 }
 
 inline bool Fits(const Writer &stWr, uint32_t ulCount)
 {
-    return ulCount <= stWr.ulRoom;
+    return stWr.ulShort == 0u && ulCount <= stWr.ulRoom;
 }
 
-inline bool PutU8(Writer &stWr, uint8_t ucVal)
+/* Reserves ulCount bytes at the position and steps past them: their start,
+ * or null (and the write remembered as short) when they do not fit. */
+inline uint8_t *Take(Writer &stWr, uint32_t ulCount)
 {
-    if (!Fits(stWr, 1u)) {
-        return false;
+    if (!Fits(stWr, ulCount)) {
+        stWr.ulShort = (ulCount > UINT32_MAX - stWr.ulShort) ? UINT32_MAX : stWr.ulShort + ulCount;
+        return nullptr;
     }
-    stWr.puc[0] = ucVal;
-    stWr.puc += 1;
-    stWr.ulRoom -= 1u;
-    return true;
+    uint8_t *puc = stWr.puc;
+    stWr.puc += ulCount;
+    stWr.ulRoom -= ulCount;
+    return puc;
 }
 
-inline bool PutU16(Writer &stWr, uint16_t usVal)
+inline void PutU8(Writer &stWr, uint8_t ucVal)
 {
-    if (!Fits(stWr, 2u)) {
-        return false;
+    uint8_t *puc = Take(stWr, 1u);
+    if (puc != nullptr) {
+        puc[0] = ucVal;
     }
-    StoreBe16(stWr.puc, usVal);
-    stWr.puc += 2;
-    stWr.ulRoom -= 2u;
-    return true;
 }
 
-inline bool PutU32(Writer &stWr, uint32_t ulVal)
+inline void PutU16(Writer &stWr, uint16_t usVal)
 {
-    if (!Fits(stWr, 4u)) {
-        return false;
+    uint8_t *puc = Take(stWr, 2u);
+    if (puc != nullptr) {
+        StoreBe16(puc, usVal);
     }
-    StoreBe32(stWr.puc, ulVal);
-    stWr.puc += 4;
-    stWr.ulRoom -= 4u;
-    return true;
+}
+
+inline void PutU32(Writer &stWr, uint32_t ulVal)
+{
+    uint8_t *puc = Take(stWr, 4u);
+    if (puc != nullptr) {
+        StoreBe32(puc, ulVal);
+    }
+}
+
+/* The first ulWords (at most 4) of four words big-endian, first word first. */
+inline void PutWords(Writer &stWr, const uint32_t aulWords[4], uint32_t ulWords)
+{
+    if (ulWords > 4u) {
+        ulWords = 4u;
+    }
+    uint8_t *puc = Take(stWr, 4u * ulWords);
+    for (uint32_t i = 0; puc != nullptr && i < ulWords; i++, puc += 4) {
+        StoreBe32(puc, aulWords[i]);
+    }
 }
 
 /* Four words big-endian, first word first. */
-inline bool PutWords4(Writer &stWr, const uint32_t aulWords[4])
+inline void PutWords4(Writer &stWr, const uint32_t aulWords[4])
 {
-    if (!Fits(stWr, 16u)) {
-        return false;
-    }
-    for (uint32_t i = 0; i < 4u; i++) {
-        (void)PutU32(stWr, aulWords[i]);
-    }
-    return true;
+    PutWords(stWr, aulWords, 4u);
 }
 
 /* True when any of four words is not 0 (an SID or address that is set). */
@@ -300,39 +331,27 @@ inline bool AnyWord(const uint32_t aulWords[4])
     return (aulWords[0] | aulWords[1] | aulWords[2] | aulWords[3]) != 0u;
 }
 
-inline bool PutZeros(Writer &stWr, uint32_t ulCount)
+inline void PutZeros(Writer &stWr, uint32_t ulCount)
 {
-    if (!Fits(stWr, ulCount)) {
-        return false;
+    uint8_t *puc = Take(stWr, ulCount);
+    if (puc != nullptr) {
+        memset(puc, 0, ulCount);
     }
-    memset(stWr.puc, 0, ulCount);
-    stWr.puc += ulCount;
-    stWr.ulRoom -= ulCount;
-    return true;
 }
 
 /* Steps over bytes that the encoder leaves as the caller's buffer held them. */
-inline bool PutSkip(Writer &stWr, uint32_t ulCount)
+inline void PutSkip(Writer &stWr, uint32_t ulCount)
 {
-    if (!Fits(stWr, ulCount)) {
-        return false;
-    }
-    stWr.puc += ulCount;
-    stWr.ulRoom -= ulCount;
-    return true;
+    (void)Take(stWr, ulCount);
 }
 
 /* The writer's position as a view of ulCount bytes, stepping past them: for
- * fields that are filled or patched after the fact (a length written later). */
-inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
+ * fields that are filled or patched after the fact (a length written later).
+ * An empty view when they do not fit. */
+inline View PutView(Writer &stWr, uint32_t ulCount)
 {
-    if (!Fits(stWr, ulCount)) {
-        return false;
-    }
-    stOut = View{stWr.puc, ulCount};
-    stWr.puc += ulCount;
-    stWr.ulRoom -= ulCount;
-    return true;
+    uint8_t *puc = Take(stWr, ulCount);
+    return (puc != nullptr) ? View{puc, ulCount} : View{nullptr, 0u};
 }
 
 /* A writer whose room ends at pucEnd (the first byte past the usable
@@ -340,9 +359,37 @@ inline bool PutView(Writer &stWr, uint32_t ulCount, View &stOut)
 inline Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
 {
     if (puc == nullptr || pucEnd == nullptr || pucEnd < puc) {
-        return Writer{puc, 0u};
+        return Writer{puc, 0u, 0u};
     }
     return MakeWriter(puc, static_cast<uint32_t>(pucEnd - puc));
+}
+
+/* Copies ulCount bytes to the position with memcpy_s and steps past them.
+ * The copy is given ulDstSize as its destination size (the item itself, or
+ * the room where a caller's contract names the room), so a failing copy
+ * clears no more than that. Bytes that do not fit are not copied (a short
+ * write). The copy's result is returned: callers report a non-zero one and
+ * carry on as if the bytes had been written. */
+inline int PutBytesIn(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount, uint32_t ulDstSize)
+{
+    uint8_t *puc = Take(stWr, ulCount);
+    if (puc == nullptr) {
+        return 0;
+    }
+    return memcpy_s(puc, ulDstSize, pucSrc, ulCount);
+}
+
+/* PutBytesIn with the item's own size as the destination size. */
+inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    return PutBytesIn(stWr, pucSrc, ulCount, ulCount);
+}
+
+/* PutBytesIn with the whole room left before the copy as the destination size. */
+inline int PutBytesInRoom(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+{
+    uint32_t ulRoom = stWr.ulRoom;
+    return PutBytesIn(stWr, pucSrc, ulCount, ulRoom);
 }
 
 /* ---- Read-only access and sub-TLV framing -------------------------------- */
@@ -356,15 +403,22 @@ inline View MakeReadView(const uint8_t *puc, uint32_t ulLen)
     return MakeView(const_cast<uint8_t *>(puc), ulLen);
 }
 
+/* Width of a Tunnel Encapsulation sub-TLV's length field: 2 bytes when the
+ * type is 128 or more (bit 7 set), else 1 byte. */
+inline uint32_t SubTlvLenWidth(uint8_t ucType)
+{
+    return ((ucType & 0x80u) != 0u) ? 2u : 1u;
+}
+
 /* Header of a Tunnel Encapsulation sub-TLV: a type byte, then the value
- * length in 2 bytes when the type is 128 or more (bit 7 set), else 1 byte.
- * False when the header does not fit in what is left. */
+ * length in the width the type gives. False when the header does not fit in
+ * what is left. */
 inline bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
 {
     if (!ReadU8(stRd, ucType)) {
         return false;
     }
-    if ((ucType & 0x80u) != 0u) {
+    if (SubTlvLenWidth(ucType) == 2u) {
         return ReadU16(stRd, usLen);
     }
     uint8_t ucLen = 0u;
@@ -373,16 +427,6 @@ inline bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
     }
     usLen = ucLen;
     return true;
-}
-
-/* Copies ulCount bytes to the writer's position with memcpy_s and steps past
- * them when they fit the room, whether or not the copy succeeded: callers
- * report a non-zero result and carry on as if the bytes had been written. */
-inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
-{
-    int iRet = memcpy_s(stWr.puc, stWr.ulRoom, pucSrc, ulCount);
-    (void)PutSkip(stWr, ulCount);
-    return iRet;
 }
 
 } /* namespace bol */

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <string>
@@ -23,33 +24,39 @@ namespace at {
 
 using bt::Bytes;
 
+/* Byte strings are built at their final size and then filled: appending to
+ * a vector that has to grow makes GCC 12 at -O3 see copies past the end of
+ * the storage it had before growing (-Warray-bounds, -Wstringop-overflow). */
+
+/* The pieces one after the other. */
+inline Bytes Cat(std::initializer_list<Bytes> lst)
+{
+    size_t n = 0;
+    for (const Bytes &b : lst) {
+        n += b.size();
+    }
+    Bytes v(n);
+    auto it = v.begin();
+    for (const Bytes &b : lst) {
+        it = std::copy(b.begin(), b.end(), it);
+    }
+    return v;
+}
+
 /* One sub-TLV: 1-byte length below type 128, 2-byte length from 128 up. */
 inline Bytes Sub(uint8_t ucType, const Bytes &vecValue)
 {
-    Bytes v{ucType};
-    if (ucType >= 128u) {
-        v.push_back(static_cast<uint8_t>(vecValue.size() >> 8));
-    }
-    v.push_back(static_cast<uint8_t>(vecValue.size()));
-    v.insert(v.end(), vecValue.begin(), vecValue.end());
-    return v;
+    const auto ucLenHi = static_cast<uint8_t>(vecValue.size() >> 8);
+    const auto ucLenLo = static_cast<uint8_t>(vecValue.size());
+    return ucType >= 128u ? Cat({Bytes{ucType, ucLenHi, ucLenLo}, vecValue}) : Cat({Bytes{ucType, ucLenLo}, vecValue});
 }
 
 /* An SR Policy tunnel (type 15) around the given sub-TLV bytes. */
 inline Bytes Tunnel(const Bytes &vecSubTlvs)
 {
-    Bytes v{0x00, 0x0F, static_cast<uint8_t>(vecSubTlvs.size() >> 8), static_cast<uint8_t>(vecSubTlvs.size())};
-    v.insert(v.end(), vecSubTlvs.begin(), vecSubTlvs.end());
-    return v;
-}
-
-inline Bytes Cat(std::initializer_list<Bytes> lst)
-{
-    Bytes v;
-    for (const Bytes &b : lst) {
-        v.insert(v.end(), b.begin(), b.end());
-    }
-    return v;
+    const auto ucLenHi = static_cast<uint8_t>(vecSubTlvs.size() >> 8);
+    const auto ucLenLo = static_cast<uint8_t>(vecSubTlvs.size());
+    return Cat({Bytes{0x00, 0x0F, ucLenHi, ucLenLo}, vecSubTlvs});
 }
 
 /* Decoding a normalised copy again yields the same bytes and leaves the
@@ -197,14 +204,20 @@ inline std::string Str(const uint8_t *puc, uint16_t usLen)
 inline Bytes RealisticAttr()
 {
     auto SegList = [](uint32_t ulFirstLabel, uint8_t ucWeight) {
-        Bytes v{0x00}; /* reserved */
+        Bytes v(1u + 5u * 8u + 8u, 0x00); /* reserved, five label segments, weight */
+        size_t ulAt = 1;
         for (uint32_t i = 0; i < 5; i++) {
             uint32_t ulField = (ulFirstLabel + i) << 12;
-            v.insert(v.end(), {0x01, 0x06, 0x00, 0x00, static_cast<uint8_t>(ulField >> 24),
-                               static_cast<uint8_t>(ulField >> 16), static_cast<uint8_t>(ulField >> 8),
-                               static_cast<uint8_t>(ulField)});
+            for (uint8_t ucByte : {uint8_t{0x01}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00},
+                                   static_cast<uint8_t>(ulField >> 24), static_cast<uint8_t>(ulField >> 16),
+                                   static_cast<uint8_t>(ulField >> 8), static_cast<uint8_t>(ulField)}) {
+                v[ulAt++] = ucByte;
+            }
         }
-        v.insert(v.end(), {0x09, 0x06, 0x00, 0x00, 0x00, 0x00, 0x00, ucWeight});
+        for (uint8_t ucByte : {uint8_t{0x09}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00}, uint8_t{0x00},
+                               uint8_t{0x00}, uint8_t{0x00}, ucWeight}) {
+            v[ulAt++] = ucByte;
+        }
         return Sub(128, v);
     };
     return Tunnel(Cat({

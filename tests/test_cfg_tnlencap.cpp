@@ -133,6 +133,16 @@ const EncodeRow kEncodeRows[] = {
      },
      /* tunnel | type 20, len 26, flags, rsv, SID, behavior, 0, LB LN Fun Arg */
      "00 0F 00 1C | 14 1A 60 00 | 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 05 | 00 41 00 00 | 28 18 10 00"},
+    {"SRv6 binding SID whose structure adds up to 255 bits, flags 0xFF: written as configured",
+     [](Cfg &c) {
+         BOL_SRPOLICY_CFG_SRV6_BSID_S &b = c.AddSRv6Bsid();
+         b.ucFlags = 0xFF;
+         SetSid(b.aulSid, 0xFC000000u, 0x1u);
+         b.usEndpointBehavior = 0x0048;
+         b.ulSidStructure = 0x404040FFu;
+     },
+     /* tunnel | type 20, len 26, flags, rsv, SID, behavior, 0, LB LN Fun Arg */
+     "00 0F 00 1C | 14 1A FF 00 | FC 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 | 00 48 00 00 | 40 40 40 FF"},
     {"sub-TLV order: preference, binding SID, SRv6 binding SID, segment list, template id, slice id",
      [](Cfg &c) {
          c.st.ucSliceIdExist = 1;
@@ -170,9 +180,8 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
 /* ---- Refusals and failures ------------------------------------------------- */
 
 /* Refusals come before any allocation, with one report: a record of another
- * length, a SID structure longer than the SID, an attribute beyond the 16-bit
- * tunnel length. Each row also gives the computed size, which wraps modulo
- * 65536. */
+ * length, an attribute beyond the 16-bit tunnel length. Each row also gives
+ * the computed size, which wraps modulo 65536. */
 TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
 {
     auto Structure = [](uint8_t ucFlags, uint32_t ulStructure) {
@@ -209,7 +218,6 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
         {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
         {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},
         {"SID structure of 32+16+16+64 bits", Structure(0x20, 0x20101040u), 0, BOL_OK, 52},
-        {"SID structure of 129 bits", Structure(0x20, 0x20101041u), 0, BOL_ERR_PARAM, 52},
         {"no B-flag: the structure is not encoded", Structure(0x00, 0xFFFFFFFFu), 0, BOL_OK, 44},
         {"65532 bytes", Largest(0), 0, BOL_OK, 65532},
         {"65536 bytes", Largest(1), 0, BOL_ERR_PARAM, 0},

@@ -215,4 +215,45 @@ TEST_F(CondRtMsg, AttributeMessageCases)
     }
 }
 
+/* A copy that fails clears only its own item: the segment-list entry's and
+ * the name's L bytes, never the rest of the caller's room. Every memcpy_s
+ * fails here, the decode's own copies included, so the copied bytes are 0;
+ * each failure is reported and the message is still completed. */
+TEST_F(CondRtMsg, FailedCopyClearsOnlyItsItem)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcAttrHex;
+        const char *pcMsgHex;
+        const char *pcReport;
+    } const astRows[] = {
+        {"segment list entry", "00 0F 00 0C | 80 00 09 00 01 06 00 00 00 06 40 00",
+         /* type 4, 0, length 12 | L 9, reserved, 9 cleared bytes */
+         "00 00 00 04 00 00 00 0C | 00 09 EE | 00 00 00 00 00 00 00 00 00", "retCode:22"},
+        {"candidate path name", "00 0F 00 07 | 81 00 04 00 61 62 63",
+         /* type 9, 0, length 3, 3 cleared bytes */ "00 00 00 09 00 00 00 03 | 00 00 00", "secRetCode:22"},
+        {"policy name", "00 0F 00 08 | 82 00 05 00 61 62 63 64",
+         /* type 10, 0, length 4, 4 cleared bytes */ "00 00 00 0A 00 00 00 04 | 00 00 00 00", "secRetCode:22"},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        tp::Reset();
+        bt::Route stRoute;
+        stRoute.SetAttr(Hex(stRow.pcAttrHex));
+        const uint32_t ulRoom = 64u;
+        Bytes vecBuf(ulRoom + kGuard, kFill);
+        uint8_t *pucCur = vecBuf.data();
+        tp::FailMemcpyS(true);
+        uint32_t ulRet = BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, ulRoom, m_pstInst);
+        tp::FailMemcpyS(false);
+        EXPECT_EQ(ulRet, BOL_OK);
+        Bytes vecWant = Hex(stRow.pcMsgHex);
+        EXPECT_EQ(pucCur, vecBuf.data() + vecWant.size());
+        vecWant.resize(vecBuf.size(), kFill);
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
+        EXPECT_GE(tp::TextReportCount(stRow.pcReport), 1u);
+        EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u);
+    }
+}
+
 }  // namespace

@@ -143,18 +143,46 @@ TEST_F(ProcTable, WritesExactlyTheContractBytes)
     }
 }
 
+/* The flags half-word at offset 2 of the host's entry, at any alignment:
+ * 0x000A is ORed in, every other bit and byte is kept, and nothing there
+ * depends on a platform copy succeeding. */
 TEST_F(ProcTable, ConstructRtpEntryOrsKeyAndAttrBits)
 {
-    uint8_t aucEntry[8] = {0xEE, 0xEE, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE};
-    uint16_t usFlags = 0x0001u;
-    memcpy(aucEntry + 2, &usFlags, 2);
-    int iHost = 0;
-    EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(&iHost, aucEntry), BOL_OK);
-    memcpy(&usFlags, aucEntry + 2, 2);
-    EXPECT_EQ(usFlags, 0x000Bu);
-    EXPECT_EQ(aucEntry[0], 0xEE);
-    EXPECT_EQ(aucEntry[4], 0xEE);
+    struct Row {
+        const char *pcName;
+        size_t ulAt; /* where the entry starts in the buffer */
+        uint16_t usFlags;
+        bool bCopiesFail;
+        uint16_t usWant;
+    } const astRows[] = {
+        {"flags 0x0001", 0, 0x0001u, false, 0x000Bu},
+        {"all other bits set, entry at an odd address", 1, 0xFFF5u, false, 0xFFFFu},
+        {"bits already set stay set", 3, 0x800Au, false, 0x800Au},
+        {"platform copies failing", 1, 0x4001u, true, 0x400Bu},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        uint8_t aucBuf[12];
+        memset(aucBuf, 0xEE, sizeof(aucBuf));
+        uint8_t *pucEntry = aucBuf + stRow.ulAt;
+        memcpy(pucEntry + 2, &stRow.usFlags, 2);
+        int iHost = 0;
+        tp::FailMemcpyS(stRow.bCopiesFail);
+        EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(&iHost, pucEntry), BOL_OK);
+        tp::FailMemcpyS(false);
+        uint16_t usFlags = 0u;
+        memcpy(&usFlags, pucEntry + 2, 2);
+        EXPECT_EQ(usFlags, stRow.usWant);
+        for (size_t i = 0; i < sizeof(aucBuf); i++) {
+            if (i != stRow.ulAt + 2u && i != stRow.ulAt + 3u) {
+                EXPECT_EQ(aucBuf[i], 0xEE) << "byte " << i;
+            }
+        }
+    }
+    EXPECT_EQ(ReportCount(), 0u);
 
+    int iHost = 0;
+    uint8_t aucEntry[4] = {};
     EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(nullptr, aucEntry), BOL_ERR_PARAM);
     EXPECT_EQ(m_stTbl.pfnConstructRtpEntry(&iHost, nullptr), BOL_ERR_PARAM);
     EXPECT_EQ(ReportCount(), 2u);
@@ -422,6 +450,8 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
     } astCases[] = {
         {"empty descriptor", 0, false, false, kModule, 0, BOL_ERR_PARAM, 0},
         {"zero-length attribute only", 0, false, true, kModule, 0, BOL_ERR_PARAM, 0},
+        {"zero-length key only: nothing to output", 0, true, false, kModule, 0, BOL_ERR_PARAM, 0},
+        {"zero-length key and zero-length attribute", 0, true, true, kModule, 0, BOL_ERR_PARAM, 0},
         {"key of 27 bytes", 27, true, false, kModule, 0, BOL_ERR_PARAM, 1},
         {"module 0", 28, true, false, 0u, 0, BOL_ERR_PARAM, 1},
         {"key of 27 bytes, module 0", 27, true, false, 0u, 0, BOL_ERR_PARAM, 1},

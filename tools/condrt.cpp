@@ -17,6 +17,18 @@ const uint8_t kSegPathMtu = 220u;
 
 const size_t kSrv6EntryLen = 28u;
 
+/* Segment-list binding SID layout: flags, reserved, then one SID or two.
+ * Flag 0x80: each SID is 16 bytes (an SRv6 SID, the only form shown), else
+ * 4; flag 0x40: each SID is followed by 8 bytes of behavior and structure. */
+const uint8_t kSlBsidFlagSrv6 = 0x80u;
+const uint8_t kSlBsidFlagExt = 0x40u;
+const size_t kSlBsidHdrLen = 2u;
+
+size_t SlBsidEntryLen(uint8_t ucFlags)
+{
+    return ((ucFlags & kSlBsidFlagSrv6) != 0u ? 16u : 4u) + ((ucFlags & kSlBsidFlagExt) != 0u ? 8u : 0u);
+}
+
 SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentListField &stList)
 {
     SegmentField stSeg;
@@ -37,9 +49,8 @@ SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentLis
         stSeg.oLabel = Be32(p + 2) >> 12;
     } else if ((ucType == kSegSrv6 || ucType == kSegSrv6OrMtu) && n >= 18u) {
         stSeg.strSid = Ipv6Text(p + 2);
-    } else if (ucType == kSegListBsid && n >= 2u && (p[0] & 0x80u) != 0u) {
-        size_t ulStep = (p[0] & 0x40u) != 0u ? 24u : 16u;
-        for (size_t i = 2u; i + 16u <= n; i += ulStep) {
+    } else if (ucType == kSegListBsid && n >= kSlBsidHdrLen && (p[0] & kSlBsidFlagSrv6) != 0u) {
+        for (size_t i = kSlBsidHdrLen; i + 16u <= n; i += SlBsidEntryLen(p[0])) {
             stSeg.vecBindingSids.push_back(Ipv6Text(p + i));
         }
     }

@@ -6,7 +6,10 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
+#include "bol_srpolicy.h"
 #include "decode.h"
 #include "encode.h"
 
@@ -14,10 +17,32 @@
 #define SRPOLICY_SAMPLE "samples/all_subtlvs.hex"
 #endif
 
+/* The bundled sample: $SRPOLICY_SAMPLE, else the installed copy (its path
+ * relative to the program's folder), else the source tree's. */
+static std::string SamplePath()
+{
+    const char *pcSample = getenv("SRPOLICY_SAMPLE");
+    if (pcSample != nullptr) {
+        return pcSample;
+    }
+#ifdef SRPOLICY_INSTALLED_SAMPLE
+    std::error_code ec;
+    const std::filesystem::path pathExe = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (!ec) {
+        const std::filesystem::path pathSample = pathExe.parent_path() / SRPOLICY_INSTALLED_SAMPLE;
+        if (std::filesystem::is_regular_file(pathSample, ec)) {
+            return pathSample.lexically_normal().string();
+        }
+    }
+#endif
+    return SRPOLICY_SAMPLE;
+}
+
 int main(int argc, char **argv)
 {
     CLI::App app{"srpolicy: decode and encode BGP SR Policy routes through the SR Policy plug-in"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("srpolicy ") + BOL_SRPOLICY_VERSION_STRING);
 
     srp::DecodeOptions stDecode;
     std::string strIn = "auto";
@@ -55,8 +80,7 @@ int main(int argc, char **argv)
         stDecode.eMode = bAttr ? srp::DecodeMode::Attributes
                                : (bNlri ? srp::DecodeMode::Nlri : srp::DecodeMode::Messages);
         if (bSample) {
-            const char *pcSample = getenv("SRPOLICY_SAMPLE");
-            stDecode.vecInputs.push_back(pcSample != nullptr ? pcSample : SRPOLICY_SAMPLE);
+            stDecode.vecInputs.push_back(SamplePath());
         }
         return srp::RunDecode(stDecode);
     }

@@ -62,6 +62,7 @@ void PluginTest::TearDown()
     }
     EXPECT_EQ(tp::LiveBlocksAll(), 0u) << "blocks still live after the test";
     EXPECT_EQ(tp::BadFrees(), 0u) << "frees of blocks that were not live";
+    EXPECT_EQ(tp::SizeMismatchReports(), 0u) << "an encoder wrote other than it had sized";
 }
 
 BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr)

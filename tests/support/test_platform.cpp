@@ -5,6 +5,7 @@
 #include "test_platform.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 #include <map>
 #include <utility>
@@ -24,6 +25,7 @@ struct State {
     std::vector<Report> vecReports;
     uint32_t ulCountdown = 0;  // fail when it reaches 1
     bool bFailAll = false;
+    bool bFailMemcpyS = false;
     uint32_t ulCalls = 0;
     uint32_t ulFailed = 0;
     uint32_t ulBadFrees = 0;
@@ -56,6 +58,7 @@ void Reset()
 
 void FailNthAlloc(uint32_t ulNth) { S().ulCountdown = ulNth; }
 void FailAllAllocs(bool bFail) { S().bFailAll = bFail; }
+void FailMemcpyS(bool bFail) { S().bFailMemcpyS = bFail; }
 uint32_t AllocCalls() { return S().ulCalls; }
 uint32_t FailedAllocs() { return S().ulFailed; }
 uint32_t BadFrees() { return S().ulBadFrees; }
@@ -65,6 +68,15 @@ uint32_t LiveBlocks(uint32_t ulModule) { return Live(ulModule, false); }
 uint32_t LiveBytes(uint32_t ulModule) { return Live(ulModule, true); }
 
 uint32_t LiveBlocksAll() { return static_cast<uint32_t>(S().mapLive.size()); }
+
+uint32_t TextReportsStartingWith(const std::string &strPrefix)
+{
+    uint32_t n = 0;
+    for (const Report &r : S().vecReports) {
+        n += (r.bIsText && r.strText.compare(0, strPrefix.size(), strPrefix) == 0) ? 1u : 0u;
+    }
+    return n;
+}
 
 uint32_t TextReportCount(const std::string &strText)
 {
@@ -116,6 +128,17 @@ uint32_t ZUN_Free_F(void *pvMem, const char *pcModule, uint32_t ulLine)
     st.mapLive.erase(it);
     free(pvMem);
     return 0u;
+}
+
+/* The shared core's memcpy_s, and the one the code under test calls. */
+int __real_memcpy_s(void *dest, size_t destMax, const void *src, size_t count);
+int __wrap_memcpy_s(void *dest, size_t destMax, const void *src, size_t count)
+{
+    if (tp::S().bFailMemcpyS && dest != nullptr) {
+        memset(dest, 0, destMax);
+        return BOL_SEC_EINVAL;
+    }
+    return __real_memcpy_s(dest, destMax, src, count);
 }
 
 void ZUN_Assert(const char *pcModule, uint32_t ulLine, uintptr_t uvValue)

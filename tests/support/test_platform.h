@@ -43,6 +43,16 @@ uint32_t BadFrees();
 
 const std::vector<Report> &Reports();
 uint32_t TextReportCount(const std::string &strText);
+/* Text reports that begin with strPrefix. */
+uint32_t TextReportsStartingWith(const std::string &strPrefix);
+/* Reports of an encoder whose writes disagreed with the sizes it had
+ * computed or checked ("sizeMismatch:%d"): a fault in any call. */
+inline uint32_t SizeMismatchReports() { return TextReportsStartingWith("sizeMismatch:"); }
+
+/* While set, every memcpy_s fails as the platform's does for a bad argument:
+ * it clears its whole destination size and returns BOL_SEC_EINVAL. The
+ * programs that link the test platform link with --wrap=memcpy_s. */
+void FailMemcpyS(bool bFail);
 
 }  // namespace tp
 

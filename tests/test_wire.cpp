@@ -1,0 +1,133 @@
+/*
+ * The writer of the wire helpers: a write that does not fit writes nothing,
+ * is remembered and stops the writer; copies are given the destination size
+ * their caller names; the end-of-encoder check reports a disagreement.
+ */
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <functional>
+#include <string>
+
+#include "bol_platform.h"
+#include "bol_srpolicy_priv.h"
+#include "bol_srpolicy_wire.h"
+#include "fixture.h"
+
+using bt::Bytes;
+using bt::Hex;
+
+namespace {
+
+const uint8_t kFill = 0xEEu;
+
+TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
+{
+    static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
+    static const uint8_t aucSrc[3] = {0xA1, 0xA2, 0xA3};
+    struct Row {
+        const char *pcName;
+        uint32_t ulRoom;
+        std::function<void(bol::Writer &)> fnWrite;
+        const char *pcHex; /* the room afterwards */
+        uint32_t ulShort;
+    } const astRows[] = {
+        {"u8, u16, u32 fill the room", 7,
+         [](bol::Writer &w) { bol::PutU8(w, 1); bol::PutU16(w, 0x0203); bol::PutU32(w, 0x04050607u); },
+         "01 02 03 04 05 06 07", 0},
+        {"a u16 that does not fit writes nothing", 5,
+         [](bol::Writer &w) { bol::PutU32(w, 0x01020304u); bol::PutU16(w, 0x0506); },
+         "01 02 03 04 EE", 2},
+        {"after a short write a write that would fit is refused too, and counted", 5,
+         [](bol::Writer &w) {
+             bol::PutU32(w, 0x01020304u);
+             bol::PutU16(w, 0x0506);
+             bol::PutU8(w, 7);
+             bol::PutU32(w, 0x08090A0Bu);
+         },
+         "01 02 03 04 EE", 7},
+        {"one word of a SID, then zeros and a skip", 8,
+         [](bol::Writer &w) { bol::PutWords(w, aulSid, 1); bol::PutZeros(w, 2); bol::PutSkip(w, 2); },
+         "11 11 11 11 00 00 EE EE", 0},
+        {"four words need 16 bytes", 15, [](bol::Writer &w) { bol::PutWords4(w, aulSid); },
+         "EE EE EE EE EE EE EE EE EE EE EE EE EE EE EE", 16},
+        {"bytes, then a view patched afterwards", 5,
+         [](bol::Writer &w) {
+             bol::View v = bol::PutView(w, 2);
+             (void)bol::PutBytes(w, aucSrc, 3);
+             bol::SetU16(v, 0, 0x0102);
+         },
+         "01 02 A1 A2 A3", 0},
+        {"a view that does not fit is empty", 1, [](bol::Writer &w) { bol::SetU8(bol::PutView(w, 2), 0, 9); },
+         "EE", 2},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        Bytes vecBuf(stRow.ulRoom, kFill);
+        bol::Writer stWr = bol::MakeWriter(vecBuf.data(), stRow.ulRoom);
+        stRow.fnWrite(stWr);
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(Hex(stRow.pcHex)));
+        EXPECT_EQ(stWr.ulShort, stRow.ulShort);
+        EXPECT_FALSE(bol::Fits(stWr, 0u) && stRow.ulShort != 0u) << "a short writer takes nothing more";
+    }
+}
+
+/* A failing copy clears the destination size it was given: the item itself,
+ * or the whole room left when the caller names the room. */
+TEST(Writer, FailingCopyClearsTheDestinationSizeItWasGiven)
+{
+    static const uint8_t aucSrc[3] = {0xA1, 0xA2, 0xA3};
+    struct Row {
+        const char *pcName;
+        int (*pfnPut)(bol::Writer &, const uint8_t *, uint32_t);
+        const char *pcHex;
+    } const astRows[] = {
+        {"item size", bol::PutBytes, "01 00 00 00 EE EE EE EE"},
+        {"the room", bol::PutBytesInRoom, "01 00 00 00 00 00 00 00"},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        Bytes vecBuf(8, kFill);
+        bol::Writer stWr = bol::MakeWriter(vecBuf.data(), 8);
+        bol::PutU8(stWr, 1);
+        tp::FailMemcpyS(true);
+        int iRet = stRow.pfnPut(stWr, aucSrc, sizeof(aucSrc));
+        tp::FailMemcpyS(false);
+        EXPECT_EQ(iRet, BOL_SEC_EINVAL);
+        EXPECT_EQ(stWr.ulRoom, 4u) << "the position moves as if the copy had succeeded";
+        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(Hex(stRow.pcHex)));
+    }
+}
+
+TEST(Writer, EndCheckReportsWhatTheSizesGotWrong)
+{
+    struct Row {
+        const char *pcName;
+        uint32_t ulRoom;
+        uint32_t ulWrite; /* bytes written as one item */
+        bool bFilled;
+        bool bWant;
+        const char *pcReport; /* "" = none */
+    } const astRows[] = {
+        {"every write fitted", 6, 4, false, true, ""},
+        {"every write fitted and filled the room", 4, 4, true, true, ""},
+        {"room left where it should be used up", 7, 4, true, false, "sizeMismatch:-3"},
+        {"a write refused", 3, 4, false, false, "sizeMismatch:4"},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        tp::Reset();
+        Bytes vecBuf(stRow.ulRoom, kFill);
+        bol::Writer stWr = bol::MakeWriter(vecBuf.data(), stRow.ulRoom);
+        bol::PutZeros(stWr, stRow.ulWrite);
+        EXPECT_EQ(bol::WriterDone(stWr, stRow.bFilled, "test", 1u), stRow.bWant);
+        const std::string strReport = stRow.pcReport;
+        ASSERT_EQ(tp::Reports().size(), strReport.empty() ? 0u : 1u);
+        if (!strReport.empty()) {
+            EXPECT_EQ(tp::Reports()[0].strText, strReport);
+        }
+    }
+    tp::Reset();
+}
+
+}  // namespace
