@@ -25,7 +25,7 @@ void ReportCode(const char *pcModule, uint32_t ulLine, const char *pcFmt, int iC
     ZUN_Assert(pcModule, ulLine, reinterpret_cast<uintptr_t>(acText));
 }
 
-bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
+bool WriterMismatch(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
 {
     if (stWr.ulShort != 0u) {
         ReportCode(pcModule, ulLine, "sizeMismatch:%d", static_cast<int>(stWr.ulShort & 0x7FFFFFFFu));

@@ -50,6 +50,7 @@
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
+#include "bol_srpolicy_wire.h"
 
 /* ======================================================================== */
 /* Reports                                                                   */
@@ -590,8 +591,6 @@ inline const BOL_SRPOLICY_PROC_ENTRY_S *SubTlvParseRow(uint8_t ucType)
  * clears, in one pass over the segments. Nothing is cleared on a refusal. */
 uint32_t CheckAndClearSegmentList(uint8_t *pucValue, uint32_t ulLen);
 
-struct Writer;
-
 /* Bytes of one segment-list binding SID itself: 16 or 4. */
 inline uint32_t SlBsidSidLen(uint32_t ulFlags)
 {
@@ -611,7 +610,16 @@ inline uint32_t SlBsidEntryLen(uint32_t ulFlags)
  * exactly what is written still has left, means the sizes and the encoder
  * disagree. That is reported as the text "sizeMismatch:%d" with the bytes
  * refused (positive) or left unwritten (negative), and false is returned. */
-bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine);
+bool WriterMismatch(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine);
+/* Inline, so that a writer that holds what was sized (every decode writes a
+ * dozen) costs a compare; the report is made out of line. */
+inline bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
+{
+    if (stWr.ulShort == 0u && (!bFilled || stWr.ulRoom == 0u)) {
+        return true;
+    }
+    return WriterMismatch(stWr, bFilled, pcModule, ulLine);
+}
 
 /* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
  * the HA prefix TLV and the conditional-route key message. False, and nothing
