@@ -18,10 +18,10 @@ namespace {
 const uint32_t kModule = 11u;
 
 /* As received: preference, MPLS binding SID, two segment lists of five
- * label segments with a weight each, candidate-path and policy names. The
- * flag bytes are set so that the decoder has bits to clear. 139 bytes. */
+ * label segments with a weight each, names "cp-primary" and "pol-red-100".
+ * The flag bytes are set so that the decoder has bits to clear. 153 bytes. */
 const uint8_t g_aucRealistic[] = {
-    0x00, 0x0F, 0x00, 0x87,                               /* tunnel type 15, length 135 */
+    0x00, 0x0F, 0x00, 0x95,                               /* tunnel type 15, length 149 */
     0x0C, 0x06, 0xFF, 0x00, 0x00, 0x00, 0x00, 0x64,       /* preference 100 */
     0x0D, 0x06, 0xFF, 0x00, 0x00, 0x3E, 0x8F, 0xFF,       /* MPLS binding SID, label 1000 */
     0x80, 0x00, 0x31, 0x00,                               /* segment list 1, reserved */
@@ -38,8 +38,10 @@ const uint8_t g_aucRealistic[] = {
     0x01, 0x06, 0x00, 0x00, 0x03, 0xEE, 0x80, 0x00,       /* label 16104 */
     0x01, 0x06, 0x00, 0x00, 0x03, 0xEE, 0x90, 0x00,       /* label 16105 */
     0x09, 0x06, 0xFF, 0x00, 0x00, 0x00, 0x00, 0x02,       /* weight 2 */
-    0x81, 0x00, 0x04, 0x00, 0x63, 0x70, 0x31,             /* candidate path "cp1" */
-    0x82, 0x00, 0x05, 0x00, 0x70, 0x6F, 0x6C, 0x31,       /* policy "pol1" */
+    0x81, 0x00, 0x0B, 0x00,                               /* candidate path name, reserved */
+    'c', 'p', '-', 'p', 'r', 'i', 'm', 'a', 'r', 'y',
+    0x82, 0x00, 0x0C, 0x00,                               /* policy name, reserved */
+    'p', 'o', 'l', '-', 'r', 'e', 'd', '-', '1', '0', '0',
 };
 
 /* The same with a standard (123) and a private (126) slice id, normalised
@@ -98,8 +100,8 @@ __attribute__((noinline)) void BaselineOnce(uint8_t *pucBuf)
         static_cast<uint32_t>(sizeof(BOL_SRPOLICY_LIST_HEAD_S)),
         static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + 49u,
         static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + 49u,
-        3u,
-        4u,
+        10u,
+        11u,
         BOL_PARSE_OUTPUT_HDR_LEN + ulLen,
     };
     const size_t n = sizeof(aulSizes) / sizeof(aulSizes[0]);

@@ -25,7 +25,7 @@ void ReportCode(const char *pcModule, uint32_t ulLine, const char *pcFmt, int iC
     ZUN_Assert(pcModule, ulLine, reinterpret_cast<uintptr_t>(acText));
 }
 
-bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
+bool WriterMismatch(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
 {
     if (stWr.ulShort != 0u) {
         ReportCode(pcModule, ulLine, "sizeMismatch:%d", static_cast<int>(stWr.ulShort & 0x7FFFFFFFu));
@@ -119,8 +119,9 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_CONSTRUCT_SUBSKEY_TBL[1] = {
     {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_Construct_CondRtSubsKey},
 };
 
-/* Sub-TLV decoders of the attribute walk; the order is the contract's. */
-const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = {
+/* Sub-TLV decoders of the attribute walk; the order is the contract's.
+ * constexpr so that the walk's type index below is built from it. */
+constexpr BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = {
     {BOL_SRPOLICY_SUBTLV_PREF, BOL_SRPOLICY_ParseSubTlv_Preference},
     {BOL_SRPOLICY_SUBTLV_BSID, BOL_SRPOLICY_ParseSubTlv_BSID},
     {BOL_SRPOLICY_SUBTLV_SEGLIST, BOL_SRPOLICY_ParseSubTlv_SegmentList},
@@ -131,6 +132,35 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[9] = 
     {BOL_SRPOLICY_SUBTLV_POLICY_NAME, BOL_SRPOLICY_ParseSubTlv_PolicyName},
     {BOL_SRPOLICY_SUBTLV_STD_SLICE_ID, BOL_SRPOLICY_ParseSubTlv_Standard_SliceId},
 };
+
+} /* extern "C" */
+
+namespace bol {
+
+namespace {
+
+/* The row of each sub-TLV type, built from the table at compile time: the
+ * first row that names the type, as the search finds it. */
+template <size_t N>
+constexpr SubTlvRowIndex MakeSubTlvRowIndex(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N])
+{
+    static_assert(N < 255u, "a row number and the no-row mark fit a byte");
+    SubTlvRowIndex stIndex = {};
+    for (size_t i = N; i-- > 0;) {
+        if (astTbl[i].ulType < sizeof(stIndex.aucRowPlus1)) {
+            stIndex.aucRowPlus1[astTbl[i].ulType] = static_cast<uint8_t>(i + 1u);
+        }
+    }
+    return stIndex;
+}
+
+} /* namespace */
+
+constexpr SubTlvRowIndex g_stSubTlvParseRows = MakeSubTlvRowIndex(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL);
+
+} /* namespace bol */
+
+extern "C" {
 
 /* Sub-TLV printers of the attribute text; same order as the decoders. */
 const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL[9] = {
@@ -177,28 +207,12 @@ const BOL_SRPOLICY_PROC_ENTRY_S g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[8] = {
 /* Lookups                                                                   */
 /* ======================================================================== */
 
-namespace {
-
-/* The one lookup: first row of the table whose type matches, or null. */
-template <size_t N>
-const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N], uint32_t ulType)
-{
-    for (size_t i = 0; i < N; i++) {
-        if (astTbl[i].ulType == ulType) {
-            return &astTbl[i];
-        }
-    }
-    return nullptr;
-}
-
-} /* namespace */
-
 extern "C" {
 
 #define BOL_DEFINE_LOOKUP(name, table)                                        \
     const BOL_SRPOLICY_PROC_ENTRY_S *name(uint32_t ulType)                    \
     {                                                                         \
-        return FindRow(table, ulType);                                        \
+        return bol::FindRow(table, ulType);                                   \
     }
 
 BOL_DEFINE_LOOKUP(BOL_SRPOLICY_GetPktParseEntry, g_astBOL_SRPOLICY_PKT_PARSE_TBL)
@@ -511,6 +525,9 @@ uint32_t BOL_SRPOLICY_OutputData(void **ppvOut, const BOL_PARSE_DESC_S *pstDesc,
 {
     BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstDesc, BOL_ERR_PARAM);
+    if (pstDesc->pvKey != nullptr && pstDesc->ulKeyLen == BOL_SRPOLICY_NLRI_KEY_LEN && pstDesc->pucAttr == nullptr) {
+        return bol::OutputKeyBlock(ppvOut, static_cast<const BOL_SRPOLICY_NLRI_S *>(pstDesc->pvKey), ulMemModuleId);
+    }
     if (ulMemModuleId == 0u) {
         BOL_REPORT(ulMemModuleId);
         return BOL_ERR_PARAM;
@@ -714,17 +731,35 @@ const uint32_t kSegFlaggedU32Len = 6u;
 /* Rows of the check table; a segment type below this indexes it. */
 const uint32_t kCheckRows =
     static_cast<uint32_t>(sizeof(g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL) / sizeof(g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[0]));
+/* A type-13 segment of this length or more carries an SRv6 SID. */
+const uint32_t kType13SidFormMin = 18u;
 
-/* The value length is one of the accepted ones. */
-template <size_t N>
-uint32_t CheckSegLen(uint32_t ulLen, const uint32_t (&aulAccepted)[N])
+constexpr uint64_t LenBit(uint32_t ulLen)
 {
-    for (uint32_t ulAccepted : aulAccepted) {
-        if (ulLen == ulAccepted) {
-            return BOL_OK;
-        }
-    }
-    return BOL_ERR_SUBTLV_INVALID;
+    return uint64_t{1} << ulLen;
+}
+
+/* Accepted value lengths of segment types 1 to 8 (bit n set: length n),
+ * indexed like the check table; row 0 has no check. The checks in rows 1 to 8
+ * of the table test exactly these, and the segment walk tests them without
+ * the call. */
+const uint64_t g_aullSegTypeLens[] = {
+    0u,                                                  /* 0: no check */
+    LenBit(6u),                                          /* 1: MPLS label */
+    LenBit(18u),                                         /* 2: SRv6 SID */
+    LenBit(6u) | LenBit(10u),                            /* 3 */
+    LenBit(18u) | LenBit(22u),                           /* 4 */
+    LenBit(10u) | LenBit(14u),                           /* 5 */
+    LenBit(10u) | LenBit(14u),                           /* 6 */
+    LenBit(22u) | LenBit(26u) | LenBit(42u) | LenBit(46u), /* 7 */
+    LenBit(34u) | LenBit(38u),                           /* 8 */
+};
+static_assert(sizeof(g_aullSegTypeLens) / sizeof(g_aullSegTypeLens[0]) == kCheckRows,
+              "one accepted-length row per check-table row");
+
+uint32_t CheckSegLen(uint64_t ullAccepted, uint32_t ulLen)
+{
+    return (ulLen < 64u && ((ullAccepted >> ulLen) & 1u) != 0u) ? BOL_OK : BOL_ERR_SUBTLV_INVALID;
 }
 
 /* A once-only segment: accepted length, and not seen before in this list. */
@@ -735,6 +770,16 @@ uint32_t CheckOnce(bool bLenOk, uint32_t *pulSeen)
     }
     *pulSeen = 1u;
     return BOL_OK;
+}
+
+/* Type 13: a path MTU (length 6, once) or an SRv6 SID form (18 and longer,
+ * any number). */
+uint32_t CheckType13(uint32_t ulLen, uint32_t *pulMtuSeen)
+{
+    if (ulLen >= kType13SidFormMin) {
+        return BOL_OK;
+    }
+    return CheckOnce(ulLen == kSegFlaggedU32Len, pulMtuSeen);
 }
 
 /* The check in row ulType of the table, null when the row has none or the
@@ -751,43 +796,54 @@ struct SegMarkers {
     uint32_t ulMtu220Seen;
 };
 
-/* Checks one segment by its type; types without a check are accepted.
- * Types 1 to 8 (the usual label and SID segments) come from the table. */
-uint32_t CheckOneSegment(uint32_t ulType, const bol::View &stSeg, SegMarkers &stMarkers)
+/* Checks one segment by its type; types without a check are accepted. */
+inline uint32_t CheckOneSegment(uint32_t ulType, const bol::View &stSeg, SegMarkers &stMarkers)
 {
-    const uint8_t *pucEnd = stSeg.puc + stSeg.ulLen;
-    if (ulType >= 1u && ulType < kCheckRows) {
-        BOL_SRPOLICY_SEG_CHECK_PF pfnCheck = RowCheck(ulType);
-        return (pfnCheck != nullptr) ? pfnCheck(stSeg.puc, pucEnd, stSeg.ulLen, ulType)
-                                     : BOL_SRPOLICY_CheckSubTlvValid(stSeg.puc, pucEnd, stSeg.ulLen, ulType);
+    if (ulType < kCheckRows) {
+        return (ulType == 0u) ? BOL_OK : CheckSegLen(g_aullSegTypeLens[ulType], stSeg.ulLen);
     }
-    if (ulType == BOL_SRPOLICY_SEG_WEIGHT) {
-        return BOL_SRPOLICY_CheckSegmenWeightVaild(stSeg.puc, pucEnd, stSeg.ulLen, &stMarkers.ulWeightSeen);
+    switch (ulType) {
+        case BOL_SRPOLICY_SEG_WEIGHT:
+            return CheckOnce(stSeg.ulLen == kSegFlaggedU32Len, &stMarkers.ulWeightSeen);
+        case BOL_SRPOLICY_SEG_TYPE13:
+            return CheckType13(stSeg.ulLen, &stMarkers.ulMtu13Seen);
+        case BOL_SRPOLICY_SEG_PATH_MTU:
+            return CheckOnce(stSeg.ulLen == kSegFlaggedU32Len, &stMarkers.ulMtu220Seen);
+        case BOL_SRPOLICY_SEG_BSID:
+            return BOL_SRPOLICY_CheckSegmentListBSidValid(stSeg.puc, stSeg.puc + stSeg.ulLen, stSeg.ulLen);
+        default:
+            return BOL_OK;
     }
-    if (ulType == BOL_SRPOLICY_SEG_TYPE13) {
-        return BOL_SRPOLICY_CheckSegmentType13Vaild(ulType, stSeg.ulLen, &stMarkers.ulMtu13Seen);
-    }
-    if (ulType == BOL_SRPOLICY_SEG_PATH_MTU) {
-        return BOL_SRPOLICY_CheckSegmentType220Vaild(stSeg.ulLen, &stMarkers.ulMtu220Seen);
-    }
-    if (ulType == BOL_SRPOLICY_SEG_BSID) {
-        return BOL_SRPOLICY_CheckSegmentListBSidValid(stSeg.puc, pucEnd, stSeg.ulLen);
-    }
-    return BOL_OK;
 }
 
-} /* namespace */
-
-extern "C" {
-
-/* Value: a reserved byte, then segment sub-TLVs with 1-byte type and length. */
-uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ulLen)
+/* The segment whose ignored bytes the clearing step sets to 0: the first
+ * weight, or the first type-13 path MTU, whichever comes first. */
+bool IsClearTarget(uint32_t ulType, const bol::View &stSeg)
 {
-    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
-    if (ulLen <= 1u) {
+    return ulType == BOL_SRPOLICY_SEG_WEIGHT ||
+           (ulType == BOL_SRPOLICY_SEG_TYPE13 && stSeg.ulLen == kSegFlaggedU32Len);
+}
+
+/* Sets a clear target's ignored bytes to 0: the weight's flags, or the path
+ * MTU's flags and reserved byte. */
+void ClearTarget(uint32_t ulType, const bol::View &stSeg)
+{
+    if (ulType == BOL_SRPOLICY_SEG_WEIGHT) {
+        bol::SetU8(stSeg, 0u, 0u);
+    } else {
+        bol::SetU16(stSeg, 0u, 0u);
+    }
+}
+
+/* One pass over a Segment List value (a reserved byte, then segment
+ * sub-TLVs with 1-byte type and length): checks every segment, and notes the
+ * clear target in stTarget/ucTargetType (left empty when there is none). */
+uint32_t WalkSegments(const bol::View &stValue, bol::View &stTarget, uint8_t &ucTargetType)
+{
+    if (stValue.ulLen <= 1u) {
         return BOL_OK;
     }
-    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucValue, ulLen));
+    bol::Reader stRd = bol::MakeReader(stValue);
     (void)bol::Skip(stRd, 1u);
     SegMarkers stMarkers = {0u, 0u, 0u};
     while (stRd.ulLeft != 0u) {
@@ -800,8 +856,40 @@ uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ul
         if (ulRet != BOL_OK) {
             return ulRet;
         }
+        if (stTarget.puc == nullptr && IsClearTarget(ucType, stSeg)) {
+            stTarget = stSeg;
+            ucTargetType = ucType;
+        }
     }
     return BOL_OK;
+}
+
+} /* namespace */
+
+namespace bol {
+
+uint32_t CheckAndClearSegmentList(uint8_t *pucValue, uint32_t ulLen)
+{
+    bol::View stTarget = {nullptr, 0u};
+    uint8_t ucTargetType = 0u;
+    uint32_t ulRet = WalkSegments(bol::MakeView(pucValue, ulLen), stTarget, ucTargetType);
+    if (ulRet == BOL_OK && stTarget.puc != nullptr) {
+        ClearTarget(ucTargetType, stTarget);
+    }
+    return ulRet;
+}
+
+} /* namespace bol */
+
+extern "C" {
+
+/* Value: a reserved byte, then segment sub-TLVs with 1-byte type and length. */
+uint32_t BOL_SRPOLICY_CheckSegmentListVaild(const uint8_t *pucValue, uint32_t ulLen)
+{
+    BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
+    bol::View stTarget = {nullptr, 0u};
+    uint8_t ucTargetType = 0u;
+    return WalkSegments(bol::MakeReadView(pucValue, ulLen), stTarget, ucTargetType);
 }
 
 /* Clears the flags of the first weight, or the flags and reserved byte of
@@ -817,12 +905,8 @@ void BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(uint8_t *pucValue, uint32_t ul
     uint8_t ucType = 0u;
     bol::View stSeg = {nullptr, 0u};
     while (bol::ReadTlv8(stRd, ucType, stSeg)) {
-        if (ucType == BOL_SRPOLICY_SEG_WEIGHT) {
-            bol::SetU8(stSeg, 0u, 0u);
-            return;
-        }
-        if (ucType == BOL_SRPOLICY_SEG_TYPE13 && stSeg.ulLen == kSegFlaggedU32Len) {
-            bol::SetU16(stSeg, 0u, 0u);
+        if (IsClearTarget(ucType, stSeg)) {
+            ClearTarget(ucType, stSeg);
             return;
         }
     }
@@ -842,27 +926,27 @@ uint32_t BOL_SRPOLICY_CheckSubTlvValid(const uint8_t *pucValue, const uint8_t *p
     return pfnCheck(pucValue, pucEnd, ulLen, ulType);
 }
 
-/* Accepted value lengths of segment types 1 to 8, one check per type. */
-#define BOL_SEG_TYPE_CHECK(name, ...)                                                                  \
+/* Segment types 1 to 8, one check per type: the lengths of its row in
+ * g_aullSegTypeLens. */
+#define BOL_SEG_TYPE_CHECK(name, lens)                                                                \
     uint32_t name(const uint8_t *pucValue, const uint8_t *pucEnd, uint32_t ulLen, uint32_t ulType)      \
     {                                                                                                  \
         (void)ulType;                                                                                  \
         BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);                                                        \
         BOL_CHECK_PTR(pucEnd, BOL_ERR_PARAM);                                                          \
-        static const uint32_t aulAccepted[] = {__VA_ARGS__};                                           \
-        return CheckSegLen(ulLen, aulAccepted);                                                        \
+        return CheckSegLen(lens, ulLen);                                                               \
     }
 
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType1Vaild, 6u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType2Vaild, 18u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType3Vaild, 6u, 10u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType4Vaild, 18u, 22u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType5Vaild, 10u, 14u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType6Vaild, 10u, 14u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType7Vaild, 22u, 26u, 42u, 46u)
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType8Vaild, 34u, 38u)
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType1Vaild, g_aullSegTypeLens[1])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType2Vaild, g_aullSegTypeLens[2])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType3Vaild, g_aullSegTypeLens[3])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType4Vaild, g_aullSegTypeLens[4])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType5Vaild, g_aullSegTypeLens[5])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType6Vaild, g_aullSegTypeLens[6])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType7Vaild, g_aullSegTypeLens[7])
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentType8Vaild, g_aullSegTypeLens[8])
 /* The SID encoding check is kept for hosts that call it; nothing here does. */
-BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentSidEncodingVaild, 6u)
+BOL_SEG_TYPE_CHECK(BOL_SRPOLICY_CheckSegmentSidEncodingVaild, LenBit(6u))
 
 #undef BOL_SEG_TYPE_CHECK
 
@@ -875,17 +959,11 @@ uint32_t BOL_SRPOLICY_CheckSegmenWeightVaild(const uint8_t *pucValue, const uint
     return CheckOnce(ulLen == kSegFlaggedU32Len, pulWeightSeen);
 }
 
-/* Type 13: a path MTU (length 6, once) or an SRv6 SID form (18 and longer,
- * any number). */
 uint32_t BOL_SRPOLICY_CheckSegmentType13Vaild(uint32_t ulType, uint32_t ulLen, uint32_t *pulMtuSeen)
 {
     (void)ulType;
     BOL_CHECK_PTR(pulMtuSeen, BOL_ERR_PARAM);
-    const uint32_t ulSidFormMin = 18u;
-    if (ulLen >= ulSidFormMin) {
-        return BOL_OK;
-    }
-    return CheckOnce(ulLen == kSegFlaggedU32Len, pulMtuSeen);
+    return CheckType13(ulLen, pulMtuSeen);
 }
 
 uint32_t BOL_SRPOLICY_CheckSegmentType220Vaild(uint32_t ulLen, uint32_t *pulMtuSeen)

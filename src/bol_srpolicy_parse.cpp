@@ -41,7 +41,9 @@ uint32_t BOL_SRPOLICY_ParsePkt(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCt
     BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
 
-    const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetPktParseEntry(ulType);
+    /* The row BOL_SRPOLICY_GetPktParseEntry finds, found here without a call:
+     * this runs once per NLRI of a full table. */
+    const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::FindRow(g_astBOL_SRPOLICY_PKT_PARSE_TBL, ulType);
     if (pstRow == nullptr || pstRow->unHandler.pfnPktParse == nullptr) {
         return BOL_ERR_PARAM;
     }
@@ -104,25 +106,29 @@ const uint32_t kNlriBodyV6 = 24u;
 /* Distinguisher, color and WORDS endpoint words, big-endian from ulOff on,
  * into a key that the caller has zeroed. The NLRI body, the HA prefix TLV and
  * the conditional-route key message all carry the key fields this way. The
- * word count is fixed per caller so that the reads unroll on the hot path. */
+ * word count is fixed per caller, and the reads are written out, so that the
+ * hot path has no loop. */
 template <uint32_t WORDS>
-inline void GetKeyFields(const bol::View &stView, uint32_t ulOff, BOL_SRPOLICY_NLRI_S &stKey)
+__attribute__((always_inline)) inline void GetKeyFields(const bol::View &stView, uint32_t ulOff,
+                                                     BOL_SRPOLICY_NLRI_S &stKey)
 {
-    static_assert(WORDS >= 1u && WORDS <= 4u, "an endpoint has one to four words");
+    static_assert(WORDS == 1u || WORDS == 4u, "an IPv4 or an IPv6 endpoint");
     stKey.ulDistinguisher = bol::GetU32(stView, ulOff);
     stKey.ulPolicyColor = bol::GetU32(stView, ulOff + 4u);
-    for (uint32_t i = 0; i < WORDS; i++) {
-        stKey.aulEndpoint[i] = bol::GetU32(stView, ulOff + 8u + 4u * i);
+    stKey.aulEndpoint[0] = bol::GetU32(stView, ulOff + 8u);
+    if (WORDS == 4u) {
+        stKey.aulEndpoint[1] = bol::GetU32(stView, ulOff + 12u);
+        stKey.aulEndpoint[2] = bol::GetU32(stView, ulOff + 16u);
+        stKey.aulEndpoint[3] = bol::GetU32(stView, ulOff + 20u);
     }
 }
 
-/* Hands one key, and nothing else, to the host as an output block. */
-uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRPOLICY_INSTANCE_S *pstInst)
+/* Hands one key, and nothing else, to the host as an output block: the
+ * block BOL_SRPOLICY_OutputData builds for a key-only descriptor. */
+inline uint32_t OutputKeyOnly(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
+                              const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_PARSE_DESC_S stDesc = {};
-    stDesc.ulKeyLen = BOL_SRPOLICY_NLRI_KEY_LEN;
-    stDesc.pvKey = pstKey;
-    return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+    return bol::OutputKeyBlock(ppvOut, pstKey, pstInst->ulMemModuleId);
 }
 
 /* Decodes an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller has
@@ -130,7 +136,7 @@ uint32_t OutputKeyOnly(void **ppvOut, BOL_SRPOLICY_NLRI_S *pstKey, const BOL_SRP
  * flag and moves the cursor past the body. The length comes from the body,
  * never from the wire byte. Shared by both NLRI entry points; inlined into
  * the per-NLRI path of a full-table load. */
-inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
+__attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     uint32_t ulUsed = bV4 ? kNlriBodyV4 : kNlriBodyV6;
@@ -407,19 +413,14 @@ void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint
     pucPos = stWr.puc;
 }
 
-/* pucValuePos stands on the value of a slice-id sub-TLV, whose type byte
- * lies 2 bytes before it (slice ids have a 1-byte length). */
-void NoteSliceIdPos(uint8_t *pucValuePos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos,
-                    uint8_t **ppucStdSliceIdPos)
+/* pucTlvPos stands on the type byte of a sub-TLV in the copy; a slice id's
+ * position is noted in the output for its kind. */
+void NoteSliceIdTlv(uint8_t *pucTlvPos, uint32_t ulType, uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
 {
-    uint8_t **ppucOut = nullptr;
     if (ulType == BOL_SRPOLICY_SUBTLV_PRIV_SLICE_ID) {
-        ppucOut = ppucPrivSliceIdPos;
+        *ppucPrivSliceIdPos = pucTlvPos;
     } else if (ulType == BOL_SRPOLICY_SUBTLV_STD_SLICE_ID) {
-        ppucOut = ppucStdSliceIdPos;
-    }
-    if (ppucOut != nullptr) {
-        *ppucOut = pucValuePos - 2;
+        *ppucStdSliceIdPos = pucTlvPos;
     }
 }
 
@@ -437,7 +438,7 @@ void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_
     pstAttr->pucCurLenField = stWr.puc;
     PutLenField(stWr, ulWidth, ulLen);
     if (pstName == nullptr) {
-        NoteSliceIdPos(stWr.puc, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+        NoteSliceIdTlv(pucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
         int iRet = bol::PutBytes(stWr, pucValue, ulLen);
         if (iRet != 0) {
             BOL_REPORT_SEC(iRet);
@@ -458,35 +459,65 @@ void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
     bol::SetU16(stHdr, 2u, static_cast<uint16_t>(pstAttr->usRealPrivAttrLen - kTnlHdrLen));
 }
 
+/* Appends the received bytes [pucFrom, pucTo) to the copy unchanged. */
+void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
+{
+    uint32_t ulCount = static_cast<uint32_t>(pucTo - pucFrom);
+    if (ulCount == 0u) {
+        return;
+    }
+    bol::Writer stWr = bol::MakeWriter(pucPos, ulCount);
+    int iRet = bol::PutBytes(stWr, pucFrom, ulCount);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    BOL_WRITER_FILLED(stWr);
+    pucPos = stWr.puc;
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
- * appending every one to the copy at pucPos. */
+ * writing the normalised copy at pucPos. In the copy, every sub-TLV but a
+ * name is the received bytes as its decoder left them (decoders clear only
+ * their own value), so a run of such sub-TLVs is copied in one piece when a
+ * name or the end is reached; where each of them lands in the copy follows
+ * from its offset in the run. Names are written from the record. */
 uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
                      SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
+    const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
     for (;;) {
+        const uint8_t *pucTlv = stRd.puc;
         uint8_t ucType = 0u;
         uint16_t usLen = 0u;
         if (!bol::ReadSubTlvHeader(stRd, ucType, usLen) || usLen == 0u) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
-        uint32_t ulLen = usLen;
         pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(bol::SubTlvLenWidth(ucType));
 
         bol::View stValue = {nullptr, 0u};
-        if (!bol::ReadView(stRd, ulLen, stValue)) {
+        if (!bol::ReadView(stRd, usLen, stValue)) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
 
-        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(ucType);
+        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
         if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
-            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, ulLen, pstInst);
+            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, usLen, pstInst);
             if (ulRet != BOL_OK) {
                 return ulRet;
             }
         }
-        CopySubTlv(pucPos, pstAttr, ucType, ulLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+        uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
+        if (FindNameSlot(ucType) != nullptr) {
+            CopyRun(pucPos, pucRun, pucTlv);
+            CopySubTlv(pucPos, pstAttr, ucType, usLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+            pucRun = stRd.puc;
+        } else {
+            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
+        }
         if (stRd.ulLeft == 0u) {
+            CopyRun(pucPos, pucRun, stRd.puc);
+            pstAttr->pucCurLenField = pucLands + 1;
             FinishCopy(pucPos, pstAttr);
             return BOL_OK;
         }
@@ -532,7 +563,17 @@ void BOL_SRPOLICY_GetSliceIDAttrPos(uint8_t **ppucPos, uint32_t ulType, uint8_t 
 {
     BOL_CHECK_PTR(ppucPos, );
     BOL_CHECK_PTR(*ppucPos, );
-    NoteSliceIdPos(*ppucPos, ulType, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+    /* The position stands on the value; slice ids have a 1-byte length, so
+     * their type byte lies 2 bytes before it. */
+    uint8_t *pucPriv = nullptr;
+    uint8_t *pucStd = nullptr;
+    NoteSliceIdTlv(*ppucPos - 2, ulType, &pucPriv, &pucStd);
+    if (pucPriv != nullptr && ppucPrivSliceIdPos != nullptr) {
+        *ppucPrivSliceIdPos = pucPriv;
+    }
+    if (pucStd != nullptr && ppucStdSliceIdPos != nullptr) {
+        *ppucStdSliceIdPos = pucStd;
+    }
 }
 
 void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
@@ -812,11 +853,10 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstAttr->pstSegListHead, BOL_ERR_PARAM);
 
-    uint32_t ulRet = BOL_SRPOLICY_CheckSegmentListVaild(pucValue, ulLen);
+    uint32_t ulRet = bol::CheckAndClearSegmentList(pucValue, ulLen);
     if (ulRet != BOL_OK) {
         return ulRet;
     }
-    BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(pucValue, ulLen);
 
     /* The node's fixed part followed directly by the value bytes. */
     uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
@@ -882,14 +922,7 @@ uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
     if (pucName == nullptr || ulLen == 0u) {
         return 0u;
     }
-    bol::Reader stRd = bol::MakeReader(bol::MakeReadView(pucName, ulLen));
-    uint8_t ucChar = 0u;
-    while (bol::ReadU8(stRd, ucChar)) {
-        if (ucChar < 0x20u || ucChar > 0x7Eu) {
-            return 0u;
-        }
-    }
-    return 1u;
+    return bol::AllBytesIn(bol::MakeReadView(pucName, ulLen), 0x20u, 0x7Eu) ? 1u : 0u;
 }
 
 } /* extern "C" */

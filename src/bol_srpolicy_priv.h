@@ -50,6 +50,7 @@
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
+#include "bol_srpolicy_wire.h"
 
 /* ======================================================================== */
 /* Reports                                                                   */
@@ -556,7 +557,39 @@ BOL_SRPOLICY_API uint32_t BOL_SRPOLICY_CheckSRv6Route(const BOL_SRPOLICY_NLRI_S 
 
 #ifdef __cplusplus
 namespace bol {
-struct Writer;
+/* The one lookup behind every BOL_SRPOLICY_Get*Entry: the first row of the
+ * table whose type matches, or null. Inline so that the hot dispatchers
+ * (packet parse, the sub-TLV walk) search their table without a call. */
+template <size_t N>
+inline const BOL_SRPOLICY_PROC_ENTRY_S *FindRow(const BOL_SRPOLICY_PROC_ENTRY_S (&astTbl)[N], uint32_t ulType)
+{
+    for (size_t i = 0; i < N; i++) {
+        if (astTbl[i].ulType == ulType) {
+            return &astTbl[i];
+        }
+    }
+    return nullptr;
+}
+
+/* g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL indexed by sub-TLV type (types
+ * have 8 bits): the row number plus one, 0 for a type without a row. */
+struct SubTlvRowIndex {
+    uint8_t aucRowPlus1[256];
+};
+extern const SubTlvRowIndex g_stSubTlvParseRows;
+
+/* The row BOL_SRPOLICY_GetTunEncapSubTlvParseEntry finds for a sub-TLV type,
+ * with one load instead of a search: the walk asks once per sub-TLV. */
+inline const BOL_SRPOLICY_PROC_ENTRY_S *SubTlvParseRow(uint8_t ucType)
+{
+    uint32_t ulRowPlus1 = g_stSubTlvParseRows.aucRowPlus1[ucType];
+    return (ulRowPlus1 == 0u) ? nullptr : &g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[ulRowPlus1 - 1u];
+}
+
+/* Checks a Segment List value as BOL_SRPOLICY_CheckSegmentListVaild does and,
+ * when it is accepted, clears what BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero
+ * clears, in one pass over the segments. Nothing is cleared on a refusal. */
+uint32_t CheckAndClearSegmentList(uint8_t *pucValue, uint32_t ulLen);
 
 /* Bytes of one segment-list binding SID itself: 16 or 4. */
 inline uint32_t SlBsidSidLen(uint32_t ulFlags)
@@ -577,7 +610,16 @@ inline uint32_t SlBsidEntryLen(uint32_t ulFlags)
  * exactly what is written still has left, means the sizes and the encoder
  * disagree. That is reported as the text "sizeMismatch:%d" with the bytes
  * refused (positive) or left unwritten (negative), and false is returned. */
-bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine);
+bool WriterMismatch(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine);
+/* Inline, so that a writer that holds what was sized (every decode writes a
+ * dozen) costs a compare; the report is made out of line. */
+inline bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, uint32_t ulLine)
+{
+    if (stWr.ulShort == 0u && (!bFilled || stWr.ulRoom == 0u)) {
+        return true;
+    }
+    return WriterMismatch(stWr, bFilled, pcModule, ulLine);
+}
 
 /* Appends the 28-byte route key message (BOL_SRPOLICY_RT_KEY_MSG_S) of a key:
  * the HA prefix TLV and the conditional-route key message. False, and nothing
@@ -594,6 +636,42 @@ inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
     stDesc.usAttrLen = usLen;
     stDesc.pucAttr = pucAttr;
     return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+}
+
+/* The output block of a key alone, which BOL_SRPOLICY_OutputData builds for a
+ * descriptor that holds a 28-byte key and no attribute: allocated from the
+ * module and zeroed, flags 0x2, key offset 32, key length 28, the key copied,
+ * stored in *ppvOut. Inline so that the key decoders, the NLRI decoder above
+ * all, which hands over one key per NLRI of a full table, build the block
+ * without a call; its reports and its allocation tag name the output
+ * service's module whoever inlines it. */
+inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey, uint32_t ulMemModuleId)
+{
+    if (ulMemModuleId == 0u) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
+        return BOL_ERR_PARAM;
+    }
+    const uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN + BOL_SRPOLICY_NLRI_KEY_LEN;
+    void *pvBlock = ZUN_SimpleAlloc_F(ulMemModuleId, ulTotal, BOL_MOD_SRPOLICY, (uint32_t)__LINE__);
+    if (pvBlock == nullptr) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, ulTotal);
+        return BOL_ERR_MALLOC;
+    }
+    int iRet = memset_s(pvBlock, ulTotal, 0, ulTotal);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
+    pstOut->ulOutFlags = BOL_OUTPUT_FLAG_KEY;
+    pstOut->usKeyOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
+    pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
+    iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, BOL_SRPOLICY_NLRI_KEY_LEN, pstKey,
+                    BOL_SRPOLICY_NLRI_KEY_LEN);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    *ppvOut = pvBlock;
+    return BOL_OK;
 }
 
 /* Allocates a zero-filled list node of ulSize bytes from the instance's

@@ -129,6 +129,33 @@ inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
     }
 }
 
+/* True when every byte of the view lies in [ucLo, ucHi], where
+ * ucLo <= ucHi < 0x80. Four bytes at a time: in a word w, some byte is below
+ * ucLo when (w - ucLo x 0x01010101) & ~w has a top bit set, and some byte is
+ * above ucHi when (w + (0x7F - ucHi) x 0x01010101) | w has one (a borrow or
+ * carry between bytes only comes from a byte that is itself out of range).
+ * The last bytes one by one. */
+inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
+{
+    const uint32_t kOnes = 0x01010101u;
+    const uint32_t kTops = 0x80808080u;
+    const uint32_t ulBelow = kOnes * ucLo;
+    const uint32_t ulAbove = kOnes * static_cast<uint32_t>(0x7Fu - ucHi);
+    uint32_t i = 0;
+    for (; stView.ulLen - i >= 4u; i += 4u) {
+        uint32_t ulWord = LoadBe32(stView.puc + i);
+        if (((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & kTops) != 0u) {
+            return false;
+        }
+    }
+    for (; i < stView.ulLen; i++) {
+        if (stView.puc[i] < ucLo || stView.puc[i] > ucHi) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /* ---- Reader: sequential reads with a remaining count -------------------- */
 
 struct Reader {

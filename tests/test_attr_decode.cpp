@@ -143,6 +143,64 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
     }
 }
 
+/* Names in the copy are rewritten (reserved byte 0, cut to 255 bytes) while
+ * every other sub-TLV is copied as received: sub-TLVs before, between and
+ * after names land where the rewritten names put them, and so do the
+ * slice-id positions handed out. */
+TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
+{
+    const Bytes vecStd = at::Sub(123, Hex("00 00 00 00 00 0B"));
+    const Bytes vecPriv = at::Sub(126, Hex("00 00 00 00 00 0C"));
+    const Bytes vecUnknown = at::Sub(200, Hex("01 02 03"));
+    /* A name sub-TLV as received (reserved byte 5A) and as copied. */
+    auto NameIn = [](uint8_t ucType, size_t ulLen) {
+        Bytes v(1 + ulLen, 'n');
+        v[0] = 0x5A;
+        return at::Sub(ucType, v);
+    };
+    auto NameOut = [](uint8_t ucType, size_t ulLen) {
+        Bytes v(1 + (ulLen < 255 ? ulLen : 255), 'n');
+        v[0] = 0x00;
+        return at::Sub(ucType, v);
+    };
+    struct Row {
+        const char *pcName;
+        std::vector<Bytes> vecIn;
+        std::vector<Bytes> vecOut;
+    } astRows[] = {
+        {"standard slice id, long name, private slice id",
+         {vecStd, NameIn(130, 300), vecPriv},
+         {vecStd, NameOut(130, 300), vecPriv}},
+        {"name first, slice ids between, long name last",
+         {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
+         {NameOut(129, 2), vecPriv, vecStd, NameOut(130, 300)}},
+        {"two names back to back, then an unknown type and a private slice id",
+         {NameIn(129, 260), NameIn(130, 1), vecUnknown, vecPriv},
+         {NameOut(129, 260), NameOut(130, 1), vecUnknown, vecPriv}},
+    };
+    for (const Row &row : astRows) {
+        SCOPED_TRACE(row.pcName);
+        Bytes vecIn;
+        Bytes vecOut;
+        size_t ulPrivAt = 0;
+        size_t ulStdAt = 0;
+        for (size_t i = 0; i < row.vecIn.size(); i++) {
+            vecIn.insert(vecIn.end(), row.vecIn[i].begin(), row.vecIn[i].end());
+            uint8_t ucType = row.vecOut[i][0];
+            size_t ulAt = at::Tunnel(vecOut).size(); /* the tunnel header comes first */
+            ulPrivAt = (ucType == 126) ? ulAt : ulPrivAt;
+            ulStdAt = (ucType == 123) ? ulAt : ulStdAt;
+            vecOut.insert(vecOut.end(), row.vecOut[i].begin(), row.vecOut[i].end());
+        }
+        at::Record recRow(m_pstInst, at::Tunnel(vecIn));
+        ASSERT_EQ(recRow.ulRet, BOL_OK);
+        EXPECT_EQ(bt::ToHex(recRow.Copy()), bt::ToHex(at::Tunnel(vecOut)));
+        uint8_t *pucCopy = recRow.pstAttr->pucRealPrivAttr;
+        EXPECT_EQ(recRow.pucPrivSliceId, ulPrivAt != 0 ? pucCopy + ulPrivAt : nullptr);
+        EXPECT_EQ(recRow.pucStdSliceId, ulStdAt != 0 ? pucCopy + ulStdAt : nullptr);
+    }
+}
+
 TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
 {
     Bytes vecIn = Hex(kExampleIn);

@@ -211,6 +211,29 @@ TEST_F(SubTlv, Names)
 }
 
 /* Null record or value: reported with the decoder's module, 0x50002. */
+/* The name check looks at four bytes at a time and then at the rest: one
+ * byte at the edges of the printable range, at every place of names that
+ * fill whole words and names that do not, decides alone. */
+TEST(NameCheck, EveryPlaceAndEdgeByte)
+{
+    struct Row {
+        uint8_t ucByte;
+        uint32_t ulWant;
+    } astRows[] = {
+        {0x00, 0u}, {0x1F, 0u}, {0x20, 1u}, {0x41, 1u}, {0x7E, 1u}, {0x7F, 0u}, {0x80, 0u}, {0xA0, 0u}, {0xFF, 0u},
+    };
+    for (uint32_t ulLen : {1u, 4u, 7u, 8u, 11u}) {
+        for (uint32_t ulAt = 0; ulAt < ulLen; ulAt++) {
+            for (const Row &row : astRows) {
+                SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at " << ulAt);
+                Bytes vecName(ulLen, 'm');
+                vecName[ulAt] = row.ucByte;
+                EXPECT_EQ(BOL_SRPOLICY_CheckNameValid(vecName.data(), ulLen), row.ulWant);
+            }
+        }
+    }
+}
+
 TEST_F(SubTlv, NullRecordOrValue)
 {
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;

@@ -365,6 +365,12 @@ TEST(Lookup, TablesHoldTheContractTypesInOrder)
     for (size_t i = 0; i < 8; i++) {
         EXPECT_EQ(g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[i].ulType, aulCondRt[i]);
     }
+    /* The walk's type index finds the row the search finds, for every type. */
+    for (uint32_t ulType = 0; ulType < 256; ulType++) {
+        SCOPED_TRACE(ulType);
+        EXPECT_EQ(bol::SubTlvParseRow(static_cast<uint8_t>(ulType)),
+                  BOL_SRPOLICY_GetTunEncapSubTlvParseEntry(ulType));
+    }
 }
 
 /* ---- Output records ------------------------------------------------------- */
@@ -448,6 +454,7 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         {"zero-length key and zero-length attribute", 0, true, true, kModule, 0, BOL_ERR_PARAM, 0},
         {"key of 27 bytes", 27, true, false, kModule, 0, BOL_ERR_PARAM, 1},
         {"module 0", 28, true, false, 0u, 0, BOL_ERR_PARAM, 1},
+        {"key of 27 bytes, module 0", 27, true, false, 0u, 0, BOL_ERR_PARAM, 1},
         {"allocation fails", 28, true, false, kModule, 1, BOL_ERR_MALLOC, 1},
     };
     for (const Case &c : astCases) {
@@ -464,6 +471,9 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         EXPECT_EQ(pvOut, reinterpret_cast<void *>(0x10));
         EXPECT_EQ(tp::AllocCalls(), c.ulFailNth);
         EXPECT_EQ(ReportCount(), c.ulReports);
+        for (const tp::Report &rep : tp::Reports()) {
+            EXPECT_EQ(rep.strModule, "bol_srpolicy");
+        }
     }
 }
 

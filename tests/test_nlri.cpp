@@ -95,6 +95,9 @@ TEST_F(Nlri, OutputFailureStillMovesPastLengthByte)
     EXPECT_EQ(pucCur, vecIn.data() + 1);
     EXPECT_EQ(ulMore, 1u);
     EXPECT_EQ(pvOut, kUntouched);
+    /* The output service reports the failure under its own module. */
+    ASSERT_EQ(ReportCount(), 1u);
+    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy");
 }
 
 /* Without a key and without a buffer the two types answer differently. */

@@ -72,17 +72,35 @@ TEST_F(SegList, ValidationAndClearing)
         {"type 33 of length 1", "00 | 21 01 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 10 of any length, unchecked", "00 | 0A 03 01 02 03", BOL_OK, ""},
         {"type 0 of length 0, unchecked", "00 | 00 00", BOL_OK, ""},
+        {"type 4 of length 22", "00 | 04 16 " + Zeros(22), BOL_OK, ""},
+        {"type 5 of length 14", "00 | 05 0E " + Zeros(14), BOL_OK, ""},
+        {"type 6 of length 10", "00 | 06 0A " + Zeros(10), BOL_OK, ""},
+        {"type 6 of length 12", "00 | 06 0C " + Zeros(12), BOL_ERR_SUBTLV_INVALID, ""},
+        {"type 8 of length 34", "00 | 08 22 " + Zeros(34), BOL_OK, ""},
+        {"type 8 of length 36", "00 | 08 24 " + Zeros(36), BOL_ERR_SUBTLV_INVALID, ""},
+        {"type 1 of length 0", "00 | 01 00", BOL_ERR_SUBTLV_INVALID, ""},
+        /* Refused after a clear target: the target keeps its bytes. */
+        {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
+         BOL_ERR_SUBTLV_INVALID, ""},
+        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED,
+         ""},
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
         Bytes vecValue = Hex(row.strValue);
-        EXPECT_EQ(BOL_SRPOLICY_CheckSegmentListVaild(vecValue.data(), static_cast<uint32_t>(vecValue.size())),
-                  row.ulWant);
+        const uint32_t ulLen = static_cast<uint32_t>(vecValue.size());
+        Bytes vecWant = (row.ulWant == BOL_OK && *row.pcCleared != '\0') ? Hex(row.pcCleared) : vecValue;
+        /* The decoder's one pass: the same verdict, and the clearing only
+         * when the list is accepted. */
+        Bytes vecOnePass = vecValue;
+        EXPECT_EQ(bol::CheckAndClearSegmentList(vecOnePass.data(), ulLen), row.ulWant);
+        EXPECT_EQ(bt::ToHex(vecOnePass), bt::ToHex(vecWant));
+
+        EXPECT_EQ(BOL_SRPOLICY_CheckSegmentListVaild(vecValue.data(), ulLen), row.ulWant);
         if (row.ulWant != BOL_OK) {
             continue;
         }
-        Bytes vecWant = (*row.pcCleared != '\0') ? Hex(row.pcCleared) : vecValue;
-        BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(vecValue.data(), static_cast<uint32_t>(vecValue.size()));
+        BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(vecValue.data(), ulLen);
         EXPECT_EQ(bt::ToHex(vecValue), bt::ToHex(vecWant));
     }
     EXPECT_EQ(ReportCount(), 0u);
