@@ -123,7 +123,10 @@ Bytes BuildOpen(const SessionConfig &stConfig)
 
 Bytes BuildNotification(uint8_t ucCode, uint8_t ucSubcode, const Bytes &vecData)
 {
-    Bytes v{ucCode, ucSubcode};
+    Bytes v;
+    v.reserve(2u + vecData.size());
+    Put8(v, ucCode);
+    Put8(v, ucSubcode);
     v.insert(v.end(), vecData.begin(), vecData.end());
     return BuildMessage(kBgpNotification, v);
 }
@@ -331,7 +334,11 @@ void BgpSession::OnOpen(const uint8_t *p, size_t n)
         /* The peer speaks no SR Policy family: name the ones it lacks. */
         Bytes vecData;
         for (const Family &st : kOffered) {
-            vecData.insert(vecData.end(), {kCapMultiprotocol, 4u, 0u, static_cast<uint8_t>(st.usAfi), 0u, st.ucSafi});
+            Put8(vecData, kCapMultiprotocol);
+            Put8(vecData, 4u);
+            Put16(vecData, st.usAfi);
+            Put8(vecData, 0u);
+            Put8(vecData, st.ucSafi);
         }
         Close(kErrOpen, kSubBadCapability, vecData);
         return;

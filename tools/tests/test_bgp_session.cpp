@@ -21,7 +21,10 @@ struct Recorder : SessionEvents {
 /* One capability: code, length, value. */
 Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
 {
-    Bytes v{ucCode, static_cast<uint8_t>(vecValue.size())};
+    Bytes v;
+    v.reserve(2u + vecValue.size());
+    srp::Put8(v, ucCode);
+    srp::Put8(v, static_cast<uint32_t>(vecValue.size()));
     v.insert(v.end(), vecValue.begin(), vecValue.end());
     return v;
 }
