@@ -188,13 +188,21 @@ void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *p
  */
 uint32_t BOL_PlatformProbeReportText(uintptr_t uvValue, char *pcText);
 
-/* Receives each assertion report instead of standard error: the module, the
- * line, and the report as the default text ("0x1f" for a value, else the
- * report text). Called on the reporting thread. */
+/**
+ * @brief Receives each assertion report of the default platform instead of standard error. Called on the
+ *        reporting thread.
+ * @param pvCtx     the context given to BOL_PlatformSetReportHook()
+ * @param pcModule  the reporting module
+ * @param ulLine    the reporting line
+ * @param pcText    the report as the default text: "0x1f" for a value, else the report text
+ */
 typedef void (*BOL_PLATFORM_REPORT_FN)(void *pvCtx, const char *pcModule, uint32_t ulLine, const char *pcText);
 
-/* Routes the default platform's assertion reports to pfnReport (with pvCtx);
- * NULL sends them to standard error again. */
+/**
+ * @brief Routes the default platform's assertion reports to a function of the host's.
+ * @param pfnReport  receives every report from now on; NULL sends them to standard error again
+ * @param pvCtx      passed to @p pfnReport with each report
+ */
 void BOL_PlatformSetReportHook(BOL_PLATFORM_REPORT_FN pfnReport, void *pvCtx);
 
 #ifdef __cplusplus
