@@ -81,7 +81,7 @@ class Station:
         self.rib_file = os.path.join(workdir, "rib.jsonl")
         self.out = open(os.path.join(workdir, "stdout"), "w+")
         self.err = open(os.path.join(workdir, "stderr"), "w+")
-        self.proc = subprocess.Popen([tool, "bmp", "--bind", bind, "--port-file", self.port_file,
+        self.proc = harness.spawn([tool, "bmp", "--bind", bind, "--port-file", self.port_file,
                                       "--rib-out", self.rib_file, "--json", "--verbose", *extra],
                                      stdout=self.out, stderr=self.err)
         wait_for(lambda: os.path.exists(self.port_file), "the station's port")
@@ -236,7 +236,7 @@ def run_gobgpd(tool, configs, workdir):
         daemon.__enter__()
         station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
         wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
-        announcer = subprocess.Popen([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
+        announcer = harness.spawn([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
                                       "--connect", "127.0.0.1:%d" % daemon.port, "--source", "127.0.0.2",
                                       "--retry", "0.5", "--keep-on-exit"],
                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -317,7 +317,7 @@ def run_slow_output(tool, configs, workdir, count=3000):
     port_file = os.path.join(workdir, "port")
     err_path = os.path.join(workdir, "stderr")
     with open(err_path, "w") as err:
-        proc = subprocess.Popen([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", port_file, "--json",
+        proc = harness.spawn([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", port_file, "--json",
                                  "--out-buffer", "1"], stdout=subprocess.PIPE, stderr=err)
     stderr = lambda: open(err_path).read()
     try:

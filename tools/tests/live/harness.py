@@ -3,6 +3,7 @@ with its own configuration and ports and stopped within a time bound, srpolicy
 processes, and a scripted BGP peer that sends whatever a test needs.
 
 Everything listens on and connects to 127.0.0.0/8 only."""
+import ctypes
 import json
 import os
 import shutil
@@ -14,6 +15,18 @@ import tempfile
 import time
 
 LOOPBACK = "127.0.0.1"
+
+
+def _die_with_parent():
+    """In a child before exec: SIGKILL when the test process ends, however it
+    ends (a CTest timeout kills the test, not what it started)."""
+    PR_SET_PDEATHSIG = 1
+    ctypes.CDLL(None, use_errno=True).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def spawn(args, **kwargs):
+    """subprocess.Popen for every process a test starts: none outlives the test."""
+    return subprocess.Popen(args, preexec_fn=_die_with_parent, **kwargs)
 
 
 def free_port(addr=LOOPBACK):
@@ -115,7 +128,7 @@ class Gobgpd:
         with open(path, "w") as f:
             f.write(self.config_text())
         self.logfile = open(self.log, "w")
-        self.proc = subprocess.Popen(
+        self.proc = spawn(
             [self.gobgpd, "-f", path, "-p", "--pprof-disable",
              "--api-hosts", "%s:%d" % (LOOPBACK, self.api_port)],
             stdout=self.logfile, stderr=subprocess.STDOUT)
@@ -159,7 +172,7 @@ class Srpolicy:
         self.err_path = os.path.join(workdir, name + ".err")
         self.out = open(self.out_path, "w")
         self.err = open(self.err_path, "w")
-        self.proc = subprocess.Popen([tool] + args, stdout=subprocess.PIPE if stdout_pipe else self.out,
+        self.proc = spawn([tool] + args, stdout=subprocess.PIPE if stdout_pipe else self.out,
                                      stderr=self.err)
 
     def stderr(self):
