@@ -232,6 +232,47 @@ int FormatChecked(char *dest, size_t destMax, size_t ulRoom, const char *format,
     return iLen;
 }
 
+/* Decimal text of a byte; returns the end. */
+char *PutByte(char *pc, unsigned uByte)
+{
+    if (uByte >= 100u) {
+        *pc++ = static_cast<char>('0' + uByte / 100u);
+    }
+    if (uByte >= 10u) {
+        *pc++ = static_cast<char>('0' + uByte / 10u % 10u);
+    }
+    *pc++ = static_cast<char>('0' + uByte % 10u);
+    return pc;
+}
+
+/* Dotted-decimal text of an IPv4 address in host order, unterminated;
+ * returns the end. */
+char *PutDotted(char *pc, uint32_t ulAddr)
+{
+    for (unsigned uShift = 24u;; uShift -= 8u) {
+        pc = PutByte(pc, (ulAddr >> uShift) & 0xFFu);
+        if (uShift == 0u) {
+            return pc;
+        }
+        *pc++ = '.';
+    }
+}
+
+/* Lower-case hex of a 16-bit group without leading zeros; returns the end. */
+char *PutHexGroup(char *pc, unsigned uGroup)
+{
+    static const char acDigits[] = "0123456789abcdef";
+    bool bStarted = false;
+    for (int iShift = 12; iShift >= 0; iShift -= 4) {
+        unsigned uNibble = (uGroup >> iShift) & 0xFu;
+        if (uNibble != 0u || bStarted || iShift == 0) {
+            *pc++ = acDigits[uNibble];
+            bStarted = true;
+        }
+    }
+    return pc;
+}
+
 } /* namespace */
 
 extern "C" {
@@ -264,8 +305,7 @@ char *KEO_IpAddrToStr(uint32_t ulAddr, char *pcBuf)
     if (pcBuf == nullptr) {
         return nullptr;
     }
-    (void)snprintf(pcBuf, 16, "%u.%u.%u.%u", (ulAddr >> 24) & 0xFFu, (ulAddr >> 16) & 0xFFu, (ulAddr >> 8) & 0xFFu,
-                   ulAddr & 0xFFu);
+    *PutDotted(pcBuf, ulAddr) = '\0';
     return pcBuf;
 }
 
@@ -313,15 +353,13 @@ uint32_t KEO_Inet_ntoa_b_ipv6(KEO_IN6ADDR_S stAddr, char *pcBuf)
         if (i != 0 && pc[-1] != ':') {
             *pc++ = ':';
         }
-        pc += snprintf(pc, 5, "%x", ausG[i]);
+        pc = PutHexGroup(pc, ausG[i]);
     }
     if (bMapped) {
         if (pc[-1] != ':') {
             *pc++ = ':';
         }
-        unsigned uHigh = ausG[6];
-        unsigned uLow = ausG[7];
-        pc += snprintf(pc, 16, "%u.%u.%u.%u", uHigh >> 8, uHigh & 0xFFu, uLow >> 8, uLow & 0xFFu);
+        pc = PutDotted(pc, (static_cast<uint32_t>(ausG[6]) << 16) | ausG[7]);
     }
     *pc = '\0';
     return 0u;

@@ -175,6 +175,8 @@ TEST(AddressText, Ipv4)
     EXPECT_STREQ(KEO_IpAddrToStr(0x0A000001u, ac), "10.0.0.1");
     EXPECT_STREQ(KEO_IpAddrToStr(0xFFFFFFFFu, ac), "255.255.255.255");
     EXPECT_STREQ(KEO_IpAddrToStr(0u, ac), "0.0.0.0");
+    EXPECT_STREQ(KEO_IpAddrToStr(0xC0A86405u, ac), "192.168.100.5");
+    EXPECT_STREQ(KEO_IpAddrToStr(0x0A630A09u, ac), "10.99.10.9");
 }
 
 KEO_IN6ADDR_S Groups(const unsigned char auc[16])
