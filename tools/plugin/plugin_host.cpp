@@ -194,14 +194,17 @@ uint32_t PluginHost::KeyText(const BOL_SRPOLICY_NLRI_S &stKey, std::string &strT
 uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, uint32_t ulChunk,
                                     std::string &strText, bool &bCut)
 {
-    Bytes vecCopy = vecAttr;
-    BOL_RT_DATA_S stRt = Route(&stKey, &vecCopy);
-    std::vector<char> vecBuf(ulChunk);
+    m_vecTextAttr.assign(vecAttr.begin(), vecAttr.end());
+    BOL_RT_DATA_S stRt = Route(&stKey, &m_vecTextAttr);
+    std::vector<char> &vecBuf = m_vecTextBuf;
+    vecBuf.assign(ulChunk, '\0');
     uint32_t ulOffset = 0;
     strText.clear();
     bCut = false;
     for (uint32_t i = 0; i < kMaxTextCalls; i++) {
-        std::fill(vecBuf.begin(), vecBuf.end(), '\0');
+        if (i > 0u) {
+            std::fill(vecBuf.begin(), vecBuf.end(), '\0');
+        }
         uint32_t ulMore = 0;
         uint32_t ulBefore = ulOffset;
         uint32_t ulRc = m_stTbl.pfnData2Str(&stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulChunk, &ulOffset, &ulMore,
@@ -215,13 +218,13 @@ uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Byte
         if (strncmp(pc, "\r\n", 2) == 0) {
             pc += 2;
         }
-        std::string strPiece(pc);
+        size_t ulPiece = strlen(pc);
         /* Every piece ends with a whole line; one that does not was cut at
          * the end of the buffer by a printer that appends what fits. */
-        if (!strPiece.empty() && strPiece.back() != '\n') {
+        if (ulPiece > 0u && pc[ulPiece - 1u] != '\n') {
             bCut = true;
         }
-        strText += strPiece;
+        strText.append(pc, ulPiece);
         if (ulMore == 0u) {
             return BOL_OK;
         }
