@@ -2,6 +2,7 @@
  * tools/README.md), written by a streaming writer straight into the output
  * buffer, with no document built in between. */
 #include <cstdint>
+#include <cstring>
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -18,12 +19,26 @@ namespace {
  * buffered output in one piece. */
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
-void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+/* A key known when compiling: written quoted as it stands, without the
+ * writer's per-character escaping (a raw string in a key's place is a key). */
+template <size_t N>
+void Key(Writer &w, const char (&acKey)[N])
+{
+    char ac[N + 1u];
+    ac[0] = '"';
+    memcpy(ac + 1, acKey, N - 1u);
+    ac[N] = '"';
+    w.RawValue(ac, N + 1u, rapidjson::kStringType);
+}
+
+/* A key chosen at run time. */
+void KeyText(Writer &w, const char *pcKey) { w.Key(pcKey); }
 
 void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
 
 /* A number that the attribute may or may not carry. */
-void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &oValue)
+template <size_t N>
+void OptionalUint(Writer &w, const char (&pcKey)[N], const std::optional<uint32_t> &oValue)
 {
     if (oValue) {
         Key(w, pcKey);
@@ -185,11 +200,11 @@ void Names(Writer &w, const std::vector<NameView> &vecNames)
 {
     for (const NameView &st : vecNames) {
         bool bPolicy = st.ucType == kSubTlvPolicyName;
-        Key(w, bPolicy ? "policy_name" : "candidate_path_name");
+        KeyText(w, bPolicy ? "policy_name" : "candidate_path_name");
         std::string strLiteral = JsonStringLiteral(st.vecName.data(), st.vecName.size());
         w.RawValue(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
         if (st.Cut()) {
-            Key(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
+            KeyText(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
             w.StartObject();
             Key(w, "kept");
             w.Uint(static_cast<unsigned>(st.vecName.size()));
