@@ -8,7 +8,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <atomic>
 #include <mutex>
+#include <thread>
 
 #include "bol_platform.h"
 
@@ -32,8 +34,28 @@ struct ModuleUsage {
 
 const size_t kModuleSlots = 64u;
 
+/* A lock for the few instructions of an update to the counts: held for
+ * less time than a system mutex takes to lock. A caller that finds it held
+ * gives up its time slice until it is free (the holder may be waiting for
+ * the processor). */
+class CountLock {
+public:
+    void lock()
+    {
+        while (m_bHeld.exchange(true, std::memory_order_acquire)) {
+            while (m_bHeld.load(std::memory_order_relaxed)) {
+                std::this_thread::yield();
+            }
+        }
+    }
+    void unlock() { m_bHeld.store(false, std::memory_order_release); }
+
+private:
+    std::atomic<bool> m_bHeld{false};
+};
+
 struct Accounting {
-    std::mutex mtx;
+    CountLock mtx;
     ModuleUsage astUsage[kModuleSlots] = {};
     uint32_t ulUsed = 0u;
 };
@@ -94,7 +116,7 @@ void *ZUN_SimpleAlloc_F(uint32_t ulMemModuleId, uint32_t ulSize, const char *pcM
     pstHdr->st.ulSize = ulSize;
 
     Accounting &stAcc = TheAccounting();
-    std::lock_guard<std::mutex> lock(stAcc.mtx);
+    std::lock_guard<CountLock> lock(stAcc.mtx);
     ModuleUsage *pstUsage = UsageOf(stAcc, ulMemModuleId, true);
     if (pstUsage != nullptr) {
         pstUsage->ulBlocks++;
@@ -113,7 +135,7 @@ uint32_t ZUN_Free_F(void *pvMem, const char *pcModule, uint32_t ulLine)
     BlockHeader *pstHdr = static_cast<BlockHeader *>(pvMem) - 1;
     {
         Accounting &stAcc = TheAccounting();
-        std::lock_guard<std::mutex> lock(stAcc.mtx);
+        std::lock_guard<CountLock> lock(stAcc.mtx);
         ModuleUsage *pstUsage = UsageOf(stAcc, pstHdr->st.ulModule, false);
         if (pstUsage != nullptr) {
             pstUsage->ulBlocks--;
@@ -127,7 +149,7 @@ uint32_t ZUN_Free_F(void *pvMem, const char *pcModule, uint32_t ulLine)
 void ZUN_GetModuleUsage(uint32_t ulMemModuleId, uint32_t *pulBlocks, uint32_t *pulBytes)
 {
     Accounting &stAcc = TheAccounting();
-    std::lock_guard<std::mutex> lock(stAcc.mtx);
+    std::lock_guard<CountLock> lock(stAcc.mtx);
     const ModuleUsage *pstUsage = UsageOf(stAcc, ulMemModuleId, false);
     if (pulBlocks != nullptr) {
         *pulBlocks = (pstUsage != nullptr) ? pstUsage->ulBlocks : 0u;

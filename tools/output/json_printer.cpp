@@ -306,12 +306,14 @@ public:
          * written once, copied into each route's object. */
         m_sbAttr.Clear();
         if (stAttr.bPresent) {
-            Writer wAttr(m_sbAttr);
+            Writer &wAttr = m_wAttr;
+            wAttr.Reset(m_sbAttr);
             Attribute(wAttr, stAttr);
         }
         if (stUpdate.bBareAttribute && stAttr.bPresent) {
             m_sb.Clear();
-            Writer w(m_sb);
+            Writer &w = m_w;
+            w.Reset(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "attribute");
@@ -322,7 +324,8 @@ public:
         }
         for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
             m_sb.Clear();
-            Writer w(m_sb);
+            Writer &w = m_w;
+            w.Reset(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "afi");
@@ -399,6 +402,9 @@ private:
     OutBuffer &m_out;
     rapidjson::StringBuffer m_sb;
     rapidjson::StringBuffer m_sbAttr;
+    /* Writers kept from object to object: each keeps its nesting stack. */
+    Writer m_w{m_sb};
+    Writer m_wAttr{m_sbAttr};
 };
 
 }  // namespace
