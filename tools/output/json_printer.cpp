@@ -17,18 +17,31 @@ namespace {
 
 /* Each object is written into a reused string buffer, then handed to the
  * buffered output in one piece. */
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+class Writer : public rapidjson::Writer<rapidjson::StringBuffer> {
+public:
+    using rapidjson::Writer<rapidjson::StringBuffer>::Writer;
+
+    /* Room for n bytes of a value or key the caller writes itself, after
+     * the separator the writer puts in front of it (an empty raw value
+     * writes just that). */
+    char *Raw(size_t n, rapidjson::Type eType)
+    {
+        RawValue("", 0u, eType);
+        return os_->Push(n);
+    }
+    /* A value or key already in JSON form, copied in one block. */
+    void RawBlock(const char *p, size_t n, rapidjson::Type eType) { memcpy(Raw(n, eType), p, n); }
+};
 
 /* A key known when compiling: written quoted as it stands, without the
  * writer's per-character escaping (a raw string in a key's place is a key). */
 template <size_t N>
 void Key(Writer &w, const char (&acKey)[N])
 {
-    char ac[N + 1u];
-    ac[0] = '"';
-    memcpy(ac + 1, acKey, N - 1u);
-    ac[N] = '"';
-    w.RawValue(ac, N + 1u, rapidjson::kStringType);
+    char *pc = w.Raw(N + 1u, rapidjson::kStringType);
+    pc[0] = '"';
+    memcpy(pc + 1, acKey, N - 1u);
+    pc[N] = '"';
 }
 
 /* A key chosen at run time. */
@@ -49,16 +62,13 @@ void OptionalUint(Writer &w, const char (&pcKey)[N], const std::optional<uint32_
 void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
     static const char acDigits[] = "0123456789abcdef";
-    thread_local std::string t_strHex;
-    t_strHex.resize(2u * n + 2u);
-    char *pc = &t_strHex[0];
+    char *pc = w.Raw(2u * n + 2u, rapidjson::kStringType);
     *pc++ = '"';
     for (size_t i = 0; i < n; i++) {
         *pc++ = acDigits[p[i] >> 4];
         *pc++ = acDigits[p[i] & 0xFu];
     }
     *pc = '"';
-    w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
 }
 
 void Structure(Writer &w, const uint8_t *puc)
@@ -202,7 +212,7 @@ void Names(Writer &w, const std::vector<NameView> &vecNames)
         bool bPolicy = st.ucType == kSubTlvPolicyName;
         KeyText(w, bPolicy ? "policy_name" : "candidate_path_name");
         std::string strLiteral = JsonStringLiteral(st.vecName.data(), st.vecName.size());
-        w.RawValue(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
+        w.RawBlock(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
         if (st.Cut()) {
             KeyText(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
             w.StartObject();
@@ -317,7 +327,7 @@ public:
             w.StartObject();
             Context(w, stCtx);
             Key(w, "attribute");
-            w.RawValue(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
+            w.RawBlock(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
             Warnings(w, stAttr.vecWarnings);
             w.EndObject();
             Emit();
