@@ -48,15 +48,38 @@ bool IsSeparator(char c) { return std::isspace(static_cast<unsigned char>(c)) !=
 
 }  // namespace
 
+namespace {
+
+/* The two hex digits of every byte value, side by side. */
+struct HexPairs {
+    char ac[512];
+    HexPairs()
+    {
+        static const char acDigits[] = "0123456789abcdef";
+        for (size_t i = 0; i < 256u; i++) {
+            ac[2u * i] = acDigits[i >> 4];
+            ac[2u * i + 1u] = acDigits[i & 0xFu];
+        }
+    }
+};
+
+const HexPairs g_stHexPairs;
+
+}  // namespace
+
+char *PutHex(char *pc, const uint8_t *p, size_t n)
+{
+    for (size_t i = 0; i < n; i++) {
+        memcpy(pc, &g_stHexPairs.ac[2u * p[i]], 2u);
+        pc += 2;
+    }
+    return pc;
+}
+
 std::string ToHex(const uint8_t *p, size_t n)
 {
-    static const char acDigits[] = "0123456789abcdef";
-    std::string s;
-    s.reserve(n * 2u);
-    for (size_t i = 0; i < n; i++) {
-        s.push_back(acDigits[p[i] >> 4]);
-        s.push_back(acDigits[p[i] & 0xFu]);
-    }
+    std::string s(2u * n, '\0');
+    PutHex(&s[0], p, n);
     return s;
 }
 

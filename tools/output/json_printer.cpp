@@ -61,14 +61,9 @@ void OptionalUint(Writer &w, const char (&pcKey)[N], const std::optional<uint32_
 
 void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
-    static const char acDigits[] = "0123456789abcdef";
     char *pc = w.Raw(2u * n + 2u, rapidjson::kStringType);
-    *pc++ = '"';
-    for (size_t i = 0; i < n; i++) {
-        *pc++ = acDigits[p[i] >> 4];
-        *pc++ = acDigits[p[i] & 0xFu];
-    }
     *pc = '"';
+    *PutHex(pc + 1, p, n) = '"';
 }
 
 void Structure(Writer &w, const uint8_t *puc)
