@@ -384,19 +384,33 @@ void Speaker::ConnectDone(Conn &stConn)
     NewSession(stConn);
 }
 
+/* Everything the socket holds is read at one wakeup, straight into the
+ * session's input, and every complete message in it is handled before the
+ * next poll; a bound on the reads keeps the other sessions and the timers
+ * served while one peer sends a long burst. */
 void Speaker::ReadFrom(Conn &stConn)
 {
-    uint8_t auc[65536];
-    ssize_t lRc = recv(stConn.iFd, auc, sizeof(auc), 0);
-    if (lRc < 0 && (errno == EAGAIN || errno == EINTR)) {
-        return;
+    const size_t kReadSize = 65536u;
+    const int kReadsPerWakeup = 16;
+    for (int i = 0; i < kReadsPerWakeup; i++) {
+        BgpSession &session = *stConn.pSession;
+        uint8_t *pucRoom = session.InputRoom(kReadSize);
+        ssize_t lRc = recv(stConn.iFd, pucRoom, kReadSize, 0);
+        int iErrno = errno;
+        session.Received(lRc > 0 ? static_cast<size_t>(lRc) : 0u, Now());
+        if (lRc < 0 && (iErrno == EAGAIN || iErrno == EWOULDBLOCK || iErrno == EINTR)) {
+            return;
+        }
+        if (lRc <= 0) {
+            session.Lost(lRc == 0 ? "peer closed the connection" : std::string("recv: ") + std::strerror(iErrno));
+            Retire(stConn, session.CloseReason());
+            return;
+        }
+        if (static_cast<size_t>(lRc) < kReadSize || session.State() == SessionState::Closed ||
+            m_handler.Congested()) {
+            return; /* drained, ended, or the owner's output is full */
+        }
     }
-    if (lRc <= 0) {
-        stConn.pSession->Lost(lRc == 0 ? "peer closed the connection" : std::string("recv: ") + std::strerror(errno));
-        Retire(stConn, stConn.pSession->CloseReason());
-        return;
-    }
-    stConn.pSession->Receive(auc, static_cast<size_t>(lRc), Now());
 }
 
 bool Speaker::WriteTo(Conn &stConn)
