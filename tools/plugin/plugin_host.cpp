@@ -194,8 +194,8 @@ uint32_t PluginHost::KeyText(const BOL_SRPOLICY_NLRI_S &stKey, std::string &strT
 uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, uint32_t ulChunk,
                                     std::string &strText, bool &bCut)
 {
-    m_vecTextAttr.assign(vecAttr.begin(), vecAttr.end());
-    BOL_RT_DATA_S stRt = Route(&stKey, &m_vecTextAttr);
+    m_vecAttrCopy.assign(vecAttr.begin(), vecAttr.end());
+    BOL_RT_DATA_S stRt = Route(&stKey, &m_vecAttrCopy);
     std::vector<char> &vecBuf = m_vecTextBuf;
     vecBuf.assign(ulChunk, '\0');
     uint32_t ulOffset = 0;
@@ -262,7 +262,7 @@ uint32_t PluginHost::CondRtAttrMessage(const BOL_SRPOLICY_NLRI_S &stKey, const B
     /* The formatter decodes the stored bytes again and normalises them in
      * place: it gets a copy. Route flag 0x80 asks for the private slice id
      * when that is the only one carried. */
-    Bytes vecCopy;
+    Bytes &vecCopy = m_vecAttrCopy;
     uint32_t ulRc = BOL_OK;
     /* A room a few times the attribute first (the message repeats its parts
      * with 8-byte TLV headers); the largest room only when that was short. */
