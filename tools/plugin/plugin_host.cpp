@@ -19,6 +19,8 @@ const char kHostModule[] = "srpolicy";
  * sub-TLV line (a 255-character name) plus the line break and the 12
  * characters the walk holds back. */
 const uint32_t kTextChunk = 512u;
+/* Freed plug-in blocks each thread keeps for reuse. */
+const uint32_t kCachedBlocks = 64u;
 /* Largest buffer tried for a text whose lines were cut. */
 const uint32_t kMaxTextChunk = 65536u;
 /* Upper bound on calls for one text, against a text that never completes. */
@@ -80,6 +82,9 @@ PluginHost::PluginHost()
 {
     memset(&m_stTbl, 0, sizeof(m_stTbl));
     BOL_PlatformSetReportHook(CollectReport, nullptr);
+    /* The plug-in allocates and frees the same few small blocks for every
+     * message it decodes or renders: they are kept for reuse. */
+    BOL_PlatformSetBlockCache(kCachedBlocks);
     m_pstInst = BOL_SRPOLICY_Construct(&m_stTbl, kMemModule);
 }
 
