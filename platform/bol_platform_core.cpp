@@ -6,6 +6,7 @@
 #include <stdarg.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <sys/types.h>
 #include <string.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,6 +22,186 @@ bool Overlaps(const void *pvA, const void *pvB, size_t count)
     return (a < b) ? (b - a < count) : (a - b < count);
 }
 
+/* Formatted text goes into a room of ulRoom bytes: characters beyond the
+ * room are counted but not stored, so the full length is known as with
+ * vsnprintf, and the stored part is always terminated. */
+struct RoomWriter {
+    char *pc;
+    size_t ulRoom; /* > 0, terminator included */
+    size_t ulLen;
+
+    void Put(char c)
+    {
+        if (ulLen + 1u < ulRoom) {
+            pc[ulLen] = c;
+        }
+        ulLen++;
+    }
+    void Fill(char c, size_t n)
+    {
+        for (size_t i = 0; i < n; i++) {
+            Put(c);
+        }
+    }
+    void Append(const char *pcText, size_t n)
+    {
+        if (ulLen + 1u < ulRoom) {
+            size_t ulFits = ulRoom - 1u - ulLen;
+            memcpy(pc + ulLen, pcText, n < ulFits ? n : ulFits);
+        }
+        ulLen += n;
+    }
+    void Terminate() { pc[ulLen < ulRoom ? ulLen : ulRoom - 1u] = '\0'; }
+};
+
+/* One conversion's flags, width and length modifier. */
+struct Conversion {
+    bool bLeft = false;
+    bool bZero = false;
+    size_t ulWidth = 0;
+    int iLength = 0; /* -2 hh, -1 h, 0 none, 1 l, 2 ll, 3 z */
+};
+
+/* Text of value in base 10 or 16, written backwards ending at pcEnd;
+ * returns its first character. */
+char *Digits(unsigned long long ullValue, unsigned uBase, bool bUpper, char *pcEnd)
+{
+    const char *pcSet = bUpper ? "0123456789ABCDEF" : "0123456789abcdef";
+    char *pc = pcEnd;
+    do {
+        *--pc = pcSet[ullValue % uBase];
+        ullValue /= uBase;
+    } while (ullValue != 0u);
+    return pc;
+}
+
+/* A field: sign, then the body, padded to the width. */
+void PutField(RoomWriter &w, const Conversion &cv, const char *pcSign, const char *pcBody, size_t ulBody)
+{
+    size_t ulSign = (pcSign != nullptr) ? 1u : 0u;
+    size_t ulPad = (cv.ulWidth > ulBody + ulSign) ? cv.ulWidth - ulBody - ulSign : 0u;
+    if (!cv.bLeft && !cv.bZero) {
+        w.Fill(' ', ulPad);
+    }
+    if (pcSign != nullptr) {
+        w.Put(*pcSign);
+    }
+    if (!cv.bLeft && cv.bZero) {
+        w.Fill('0', ulPad);
+    }
+    w.Append(pcBody, ulBody);
+    if (cv.bLeft) {
+        w.Fill(' ', ulPad);
+    }
+}
+
+/* The conversions the plug-in's texts use (flags - and 0, a width, the
+ * length modifiers hh h l ll z; d i u x X c s %) formatted here; returns
+ * false on anything else, which the caller leaves to vsnprintf. */
+bool FormatFast(RoomWriter &w, const char *format, va_list args)
+{
+    const char *pf = format;
+    while (*pf != '\0') {
+        const char *pcLit = pf;
+        pf = strchrnul(pf, '%');
+        w.Append(pcLit, static_cast<size_t>(pf - pcLit));
+        if (*pf == '\0') {
+            break;
+        }
+        pf++; /* the '%' */
+        Conversion cv;
+        for (;; pf++) {
+            if (*pf == '-') {
+                cv.bLeft = true;
+            } else if (*pf == '0') {
+                cv.bZero = true;
+            } else {
+                break;
+            }
+        }
+        while (*pf >= '0' && *pf <= '9') {
+            cv.ulWidth = cv.ulWidth * 10u + static_cast<size_t>(*pf - '0');
+            if (cv.ulWidth > 4096u) {
+                return false;
+            }
+            pf++;
+        }
+        if (*pf == 'h') {
+            pf++;
+            cv.iLength = (*pf == 'h') ? (pf++, -2) : -1;
+        } else if (*pf == 'l') {
+            pf++;
+            cv.iLength = (*pf == 'l') ? (pf++, 2) : 1;
+        } else if (*pf == 'z') {
+            pf++;
+            cv.iLength = 3;
+        }
+        char acNum[24];
+        char *pcEnd = acNum + sizeof(acNum);
+        char cConv = *pf++;
+        switch (cConv) {
+            case '%':
+                if (cv.bLeft || cv.bZero || cv.ulWidth != 0u || cv.iLength != 0) {
+                    return false;
+                }
+                w.Put('%');
+                break;
+            case 'd':
+            case 'i': {
+                long long llValue;
+                switch (cv.iLength) {
+                    case -2: llValue = static_cast<signed char>(va_arg(args, int)); break;
+                    case -1: llValue = static_cast<short>(va_arg(args, int)); break;
+                    case 1: llValue = va_arg(args, long); break;
+                    case 2: llValue = va_arg(args, long long); break;
+                    case 3: llValue = static_cast<long long>(va_arg(args, ssize_t)); break;
+                    default: llValue = va_arg(args, int); break;
+                }
+                unsigned long long ullMagnitude = (llValue < 0) ? 0ull - static_cast<unsigned long long>(llValue)
+                                                                : static_cast<unsigned long long>(llValue);
+                char *pcBody = Digits(ullMagnitude, 10u, false, pcEnd);
+                PutField(w, cv, (llValue < 0) ? "-" : nullptr, pcBody, static_cast<size_t>(pcEnd - pcBody));
+                break;
+            }
+            case 'u':
+            case 'x':
+            case 'X': {
+                unsigned long long ullValue;
+                switch (cv.iLength) {
+                    case -2: ullValue = static_cast<unsigned char>(va_arg(args, unsigned)); break;
+                    case -1: ullValue = static_cast<unsigned short>(va_arg(args, unsigned)); break;
+                    case 1: ullValue = va_arg(args, unsigned long); break;
+                    case 2: ullValue = va_arg(args, unsigned long long); break;
+                    case 3: ullValue = va_arg(args, size_t); break;
+                    default: ullValue = va_arg(args, unsigned); break;
+                }
+                char *pcBody = Digits(ullValue, (cConv == 'u') ? 10u : 16u, cConv == 'X', pcEnd);
+                PutField(w, cv, nullptr, pcBody, static_cast<size_t>(pcEnd - pcBody));
+                break;
+            }
+            case 'c': {
+                if (cv.bZero || cv.iLength != 0) {
+                    return false;
+                }
+                char c = static_cast<char>(va_arg(args, int));
+                PutField(w, cv, nullptr, &c, 1u);
+                break;
+            }
+            case 's': {
+                const char *pcText = va_arg(args, const char *);
+                if (pcText == nullptr || cv.bZero || cv.iLength != 0) {
+                    return false;
+                }
+                PutField(w, cv, nullptr, pcText, strlen(pcText));
+                break;
+            }
+            default:
+                return false;
+        }
+    }
+    return w.ulLen <= static_cast<size_t>(INT32_MAX);
+}
+
 /* What every formatting function does first: refuses a missing buffer or
  * format, and a room (the bytes written at most, terminator included) of 0 or
  * beyond the buffer; then formats into the room. Returns the length the whole
@@ -34,12 +215,62 @@ int FormatChecked(char *dest, size_t destMax, size_t ulRoom, const char *format,
         dest[0] = '\0';
         return -1;
     }
+    va_list argsFast;
+    va_copy(argsFast, args);
+    RoomWriter w{dest, ulRoom, 0u};
+    bool bDone = FormatFast(w, format, argsFast);
+    va_end(argsFast);
+    if (bDone) {
+        w.Terminate();
+        return static_cast<int>(w.ulLen);
+    }
     /* Every caller has started args with va_start. */
     int iLen = vsnprintf(dest, ulRoom, format, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
     if (iLen < 0) {
         dest[0] = '\0';
     }
     return iLen;
+}
+
+/* Decimal text of a byte; returns the end. */
+char *PutByte(char *pc, unsigned uByte)
+{
+    if (uByte >= 100u) {
+        *pc++ = static_cast<char>('0' + uByte / 100u);
+    }
+    if (uByte >= 10u) {
+        *pc++ = static_cast<char>('0' + uByte / 10u % 10u);
+    }
+    *pc++ = static_cast<char>('0' + uByte % 10u);
+    return pc;
+}
+
+/* Dotted-decimal text of an IPv4 address in host order, unterminated;
+ * returns the end. */
+char *PutDotted(char *pc, uint32_t ulAddr)
+{
+    for (unsigned uShift = 24u;; uShift -= 8u) {
+        pc = PutByte(pc, (ulAddr >> uShift) & 0xFFu);
+        if (uShift == 0u) {
+            return pc;
+        }
+        *pc++ = '.';
+    }
+}
+
+/* Lower-case hex of a 16-bit group without leading zeros; returns the end. */
+char *PutHexGroup(char *pc, unsigned uGroup)
+{
+    static const char acDigits[] = "0123456789abcdef";
+    bool bStarted = false;
+    for (int iShift = 12; iShift >= 0; iShift -= 4) {
+        unsigned uNibble = (uGroup >> iShift) & 0xFu;
+        if (uNibble != 0u || bStarted || iShift == 0) {
+            *pc++ = acDigits[uNibble];
+            bStarted = true;
+        }
+    }
+    return pc;
 }
 
 } /* namespace */
@@ -74,8 +305,7 @@ char *KEO_IpAddrToStr(uint32_t ulAddr, char *pcBuf)
     if (pcBuf == nullptr) {
         return nullptr;
     }
-    (void)snprintf(pcBuf, 16, "%u.%u.%u.%u", (ulAddr >> 24) & 0xFFu, (ulAddr >> 16) & 0xFFu, (ulAddr >> 8) & 0xFFu,
-                   ulAddr & 0xFFu);
+    *PutDotted(pcBuf, ulAddr) = '\0';
     return pcBuf;
 }
 
@@ -123,15 +353,13 @@ uint32_t KEO_Inet_ntoa_b_ipv6(KEO_IN6ADDR_S stAddr, char *pcBuf)
         if (i != 0 && pc[-1] != ':') {
             *pc++ = ':';
         }
-        pc += snprintf(pc, 5, "%x", ausG[i]);
+        pc = PutHexGroup(pc, ausG[i]);
     }
     if (bMapped) {
         if (pc[-1] != ':') {
             *pc++ = ':';
         }
-        unsigned uHigh = ausG[6];
-        unsigned uLow = ausG[7];
-        pc += snprintf(pc, 16, "%u.%u.%u.%u", uHigh >> 8, uHigh & 0xFFu, uLow >> 8, uLow & 0xFFu);
+        pc = PutDotted(pc, (static_cast<uint32_t>(ausG[6]) << 16) | ausG[7]);
     }
     *pc = '\0';
     return 0u;

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
+#include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
 
@@ -100,12 +102,81 @@ TEST(FormatS, SprintfSnprintfAndTruncated)
     EXPECT_EQ(sprintf_s(nullptr, 8, "x"), -1);
 }
 
+/* The formatting functions against the C library's snprintf: the same text,
+ * length, cut and terminator at every room size, for each conversion form the
+ * functions format themselves and for forms they hand on. */
+/* A null text the compiler cannot see through. */
+const char *volatile g_pcNoText = nullptr;
+
+struct FormatRow {
+    const char *pcName;
+    std::function<int(char *, size_t)> fnTruncated;
+    std::function<int(char *, size_t)> fnSprintf;
+    std::function<int(char *, size_t)> fnReference;
+};
+
+#define FORMAT_ROW(fmt, ...)                                                               \
+    FormatRow                                                                              \
+    {                                                                                      \
+        fmt, [](char *d, size_t n) { return snprintf_truncated_s(d, n, fmt, __VA_ARGS__); }, \
+            [](char *d, size_t n) { return sprintf_s(d, n, fmt, __VA_ARGS__); },             \
+            [](char *d, size_t n) { return snprintf(d, n, fmt, __VA_ARGS__); }               \
+    }
+
+TEST(FormatS, MatchesTheCLibraryAtEveryRoom)
+{
+    const FormatRow astRows[] = {
+        FORMAT_ROW("plain text %s", ""),
+        FORMAT_ROW("SRPOLICY NLRI: Distinguisher[%u], PolicyColor[%u], Endpoint[%s]", 4294967295u, 0u, "2001:db8::1"),
+        FORMAT_ROW("%d|%i|%d", -2147483647 - 1, 0, 42),
+        FORMAT_ROW("%x %X %02x %02x %08X", 0xdeadbeefu, 0xabcu, 5u, 0x1ffu, 0x12u),
+        FORMAT_ROW("%5d|%-5d|%05d|%-3d|%3d", -42, -42, -42, 7, 12345),
+        FORMAT_ROW("%hhu %hhd %hu %hd", 300u, 200, 70000u, 40000),
+        FORMAT_ROW("%lu %ld %llu %lld %zu %zd", 4000000000ul, -5l, 18446744073709551615ull, -9223372036854775807ll,
+                   static_cast<size_t>(123), static_cast<ssize_t>(-1)),
+        FORMAT_ROW("%c%c%5c%-3c|", 'a', 'b', 'c', 'd'),
+        FORMAT_ROW("%8s|%-8s|%s", "ab", "cd", "a longer string than the room"),
+        FORMAT_ROW("100%% of %u%%", 3u),
+        /* forms handed on to the C library */
+        FORMAT_ROW("%#x %+d % d %.3s %*d %o", 255u, 5, 6, "abcdef", 4, 7, 8u),
+        FORMAT_ROW("%5.2f %p", 3.14159, static_cast<void *>(nullptr)),
+        FORMAT_ROW("%s then %u", g_pcNoText, 9u),
+    };
+    for (const FormatRow &row : astRows) {
+        SCOPED_TRACE(row.pcName);
+        char acRef[256];
+        int iRef = row.fnReference(acRef, sizeof(acRef));
+        ASSERT_GT(iRef, 0);
+        ASSERT_LT(iRef, static_cast<int>(sizeof(acRef)));
+        for (size_t n = 1; n <= static_cast<size_t>(iRef) + 2u; n++) {
+            SCOPED_TRACE(n);
+            char acWant[256];
+            (void)row.fnReference(acWant, n);
+            char acGot[256];
+            memset(acGot, 'Z', sizeof(acGot));
+            EXPECT_EQ(row.fnTruncated(acGot, n), std::min(iRef, static_cast<int>(n) - 1));
+            EXPECT_STREQ(acGot, acWant);
+            EXPECT_EQ(acGot[n], 'Z');  // nothing written past the room
+
+            memset(acGot, 'Z', sizeof(acGot));
+            bool bFits = static_cast<size_t>(iRef) < n;
+            EXPECT_EQ(row.fnSprintf(acGot, n), bFits ? iRef : -1);
+            EXPECT_STREQ(acGot, bFits ? acRef : "");
+            EXPECT_EQ(acGot[n], 'Z');
+        }
+    }
+}
+
+#undef FORMAT_ROW
+
 TEST(AddressText, Ipv4)
 {
     char ac[16];
     EXPECT_STREQ(KEO_IpAddrToStr(0x0A000001u, ac), "10.0.0.1");
     EXPECT_STREQ(KEO_IpAddrToStr(0xFFFFFFFFu, ac), "255.255.255.255");
     EXPECT_STREQ(KEO_IpAddrToStr(0u, ac), "0.0.0.0");
+    EXPECT_STREQ(KEO_IpAddrToStr(0xC0A86405u, ac), "192.168.100.5");
+    EXPECT_STREQ(KEO_IpAddrToStr(0x0A630A09u, ac), "10.99.10.9");
 }
 
 KEO_IN6ADDR_S Groups(const unsigned char auc[16])

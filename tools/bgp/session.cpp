@@ -2,6 +2,8 @@
 #include "bgp/session.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <cstdio>
 
 namespace srp {
@@ -190,11 +192,31 @@ void BgpSession::Start(double dNow)
 
 void BgpSession::Receive(const uint8_t *p, size_t n, double dNow)
 {
+    if (n > 0u && m_eState != SessionState::Closed) {
+        std::memcpy(InputRoom(n), p, n);
+    }
+    Received(n, dNow);
+}
+
+uint8_t *BgpSession::InputRoom(size_t n)
+{
+    m_ulInRoom = m_vecIn.size();
+    m_vecIn.resize(m_ulInRoom + n);
+    return m_vecIn.data() + m_ulInRoom;
+}
+
+void BgpSession::Received(size_t ulGot, double dNow)
+{
+    if (m_ulInRoom != SIZE_MAX) { /* the unused part of the room goes */
+        m_vecIn.resize(m_ulInRoom + ulGot);
+        m_ulInRoom = SIZE_MAX;
+    }
     m_dNow = dNow;
-    if (m_eState == SessionState::Closed) {
+    if (m_eState == SessionState::Closed) { /* nothing more is read */
+        m_vecIn.clear();
+        m_ulInRead = 0u;
         return;
     }
-    m_vecIn.insert(m_vecIn.end(), p, p + n);
     Frame();
     if (m_ulInRead == m_vecIn.size()) {
         m_vecIn.clear();

@@ -84,6 +84,11 @@ public:
     void Start(double dNow);
     /* Bytes from the peer, in any pieces. */
     void Receive(const uint8_t *p, size_t n, double dNow);
+    /* Room for up to n bytes at the end of the input, for a transport to
+     * read into directly; Received then takes the ulGot bytes it wrote there
+     * (0 gives the room back). */
+    uint8_t *InputRoom(size_t n);
+    void Received(size_t ulGot, double dNow);
     /* Timers: keepalives out, hold timer expiry. */
     void Tick(double dNow);
     /* The owner cannot read for a while (its output is full): the hold timer
@@ -126,6 +131,7 @@ private:
     SessionState m_eState = SessionState::OpenSent;
     Bytes m_vecIn;
     size_t m_ulInRead = 0;
+    size_t m_ulInRoom = SIZE_MAX; /* where the room InputRoom gave starts */
     Bytes m_vecOut;
     double m_dNow = 0.0;
     double m_dLastHeard = 0.0;

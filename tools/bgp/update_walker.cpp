@@ -113,7 +113,8 @@ void MpUnreach(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 
 void TunnelEncap(PluginHost &host, Span stSpan, WalkedUpdate &stOut)
 {
-    Bytes vecValue(stSpan.p, stSpan.p + stSpan.n);
+    thread_local Bytes vecValue; /* the parser may rewrite its input: a copy, kept between UPDATEs */
+    vecValue.assign(stSpan.p, stSpan.p + stSpan.n);
     NoteWireValue(stSpan.p, stSpan.n, stOut.stAttrNotes);
     uint32_t ulRc = host.ParseTunnelEncap(vecValue, stOut.vecAttr);
     if (ulRc != BOL_OK) {

@@ -11,6 +11,25 @@ namespace srp {
 
 namespace {
 
+/* Dotted-decimal text of a host-order IPv4 address; returns its end. */
+char *PutIpv4(char *pc, uint32_t ulAddr)
+{
+    for (int iShift = 24; iShift >= 0; iShift -= 8) {
+        unsigned uByte = (ulAddr >> iShift) & 0xFFu;
+        if (uByte >= 100u) {
+            *pc++ = static_cast<char>('0' + uByte / 100u);
+        }
+        if (uByte >= 10u) {
+            *pc++ = static_cast<char>('0' + uByte / 10u % 10u);
+        }
+        *pc++ = static_cast<char>('0' + uByte % 10u);
+        if (iShift != 0) {
+            *pc++ = '.';
+        }
+    }
+    return pc;
+}
+
 int HexDigit(char c)
 {
     if (c >= '0' && c <= '9') {
@@ -29,15 +48,38 @@ bool IsSeparator(char c) { return std::isspace(static_cast<unsigned char>(c)) !=
 
 }  // namespace
 
+namespace {
+
+/* The two hex digits of every byte value, side by side. */
+struct HexPairs {
+    char ac[512];
+    HexPairs()
+    {
+        static const char acDigits[] = "0123456789abcdef";
+        for (size_t i = 0; i < 256u; i++) {
+            ac[2u * i] = acDigits[i >> 4];
+            ac[2u * i + 1u] = acDigits[i & 0xFu];
+        }
+    }
+};
+
+const HexPairs g_stHexPairs;
+
+}  // namespace
+
+char *PutHex(char *pc, const uint8_t *p, size_t n)
+{
+    for (size_t i = 0; i < n; i++) {
+        memcpy(pc, &g_stHexPairs.ac[2u * p[i]], 2u);
+        pc += 2;
+    }
+    return pc;
+}
+
 std::string ToHex(const uint8_t *p, size_t n)
 {
-    static const char acDigits[] = "0123456789abcdef";
-    std::string s;
-    s.reserve(n * 2u);
-    for (size_t i = 0; i < n; i++) {
-        s.push_back(acDigits[p[i] >> 4]);
-        s.push_back(acDigits[p[i] & 0xFu]);
-    }
+    std::string s(2u * n, '\0');
+    PutHex(&s[0], p, n);
     return s;
 }
 
@@ -155,17 +197,66 @@ bool LooksLikeHex(const uint8_t *p, size_t n)
 
 std::string Ipv4Text(uint32_t ulAddr)
 {
-    return std::to_string(ulAddr >> 24) + "." + std::to_string((ulAddr >> 16) & 0xFFu) + "." +
-           std::to_string((ulAddr >> 8) & 0xFFu) + "." + std::to_string(ulAddr & 0xFFu);
+    char ac[16];
+    return std::string(ac, PutIpv4(ac, ulAddr));
 }
 
+/* The text inet_ntop writes (RFC 5952: lower-case hex, the first longest
+ * run of two or more zero groups as "::", IPv4-mapped and IPv4-compatible
+ * addresses ending in dotted decimal), written here without the C library's
+ * formatted printing, which costs more than the rest of a route's key. */
 std::string Ipv6Text(const uint8_t *puc16)
 {
-    char ac[INET6_ADDRSTRLEN] = {0};
-    if (inet_ntop(AF_INET6, puc16, ac, sizeof(ac)) == nullptr) {
-        return "?";
+    static const char acDigits[] = "0123456789abcdef";
+    unsigned auGroup[8];
+    for (size_t i = 0; i < 8u; i++) {
+        auGroup[i] = (static_cast<unsigned>(puc16[2u * i]) << 8) | puc16[2u * i + 1u];
     }
-    return ac;
+    int iBest = -1;
+    int iBestLen = 0;
+    for (int i = 0; i < 8;) {
+        int j = i;
+        while (j < 8 && auGroup[j] == 0u) {
+            j++;
+        }
+        if (j - i > iBestLen) {
+            iBest = i;
+            iBestLen = j - i;
+        }
+        i = (j == i) ? i + 1 : j;
+    }
+    if (iBestLen < 2) {
+        iBest = -1;
+    }
+    char ac[48];
+    char *pc = ac;
+    for (int i = 0; i < 8; i++) {
+        if (iBest >= 0 && i >= iBest && i < iBest + iBestLen) {
+            if (i == iBest) {
+                *pc++ = ':';
+            }
+            continue;
+        }
+        if (i != 0) {
+            *pc++ = ':';
+        }
+        if (i == 6 && iBest == 0 && (iBestLen == 6 || (iBestLen == 5 && auGroup[5] == 0xFFFFu))) {
+            pc = PutIpv4(pc, (static_cast<uint32_t>(auGroup[6]) << 16) | auGroup[7]);
+            break;
+        }
+        bool bStarted = false;
+        for (int iShift = 12; iShift >= 0; iShift -= 4) {
+            unsigned uNibble = (auGroup[i] >> iShift) & 0xFu;
+            if (uNibble != 0u || bStarted || iShift == 0) {
+                *pc++ = acDigits[uNibble];
+                bStarted = true;
+            }
+        }
+    }
+    if (iBest >= 0 && iBest + iBestLen == 8) {
+        *pc++ = ':';
+    }
+    return std::string(ac, pc);
 }
 
 bool ParseAddress(const std::string &strText, Bytes &vecOut)

@@ -102,6 +102,9 @@ inline void SetBe16(uint8_t *p, uint32_t x)
 }
 
 /* Lower-case hex without separators. */
+/* Lower-case hex of n bytes written at pc (2n characters, no terminator);
+ * returns the end. */
+char *PutHex(char *pc, const uint8_t *p, size_t n);
 std::string ToHex(const uint8_t *p, size_t n);
 inline std::string ToHex(const Bytes &v) { return ToHex(v.data(), v.size()); }
 

@@ -2,6 +2,7 @@
  * tools/README.md), written by a streaming writer straight into the output
  * buffer, with no document built in between. */
 #include <cstdint>
+#include <cstring>
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -16,14 +17,41 @@ namespace {
 
 /* Each object is written into a reused string buffer, then handed to the
  * buffered output in one piece. */
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+class Writer : public rapidjson::Writer<rapidjson::StringBuffer> {
+public:
+    using rapidjson::Writer<rapidjson::StringBuffer>::Writer;
 
-void Key(Writer &w, const char *pcKey) { w.Key(pcKey); }
+    /* Room for n bytes of a value or key the caller writes itself, after
+     * the separator the writer puts in front of it (an empty raw value
+     * writes just that). */
+    char *Raw(size_t n, rapidjson::Type eType)
+    {
+        RawValue("", 0u, eType);
+        return os_->Push(n);
+    }
+    /* A value or key already in JSON form, copied in one block. */
+    void RawBlock(const char *p, size_t n, rapidjson::Type eType) { memcpy(Raw(n, eType), p, n); }
+};
+
+/* A key known when compiling: written quoted as it stands, without the
+ * writer's per-character escaping (a raw string in a key's place is a key). */
+template <size_t N>
+void Key(Writer &w, const char (&acKey)[N])
+{
+    char *pc = w.Raw(N + 1u, rapidjson::kStringType);
+    pc[0] = '"';
+    memcpy(pc + 1, acKey, N - 1u);
+    pc[N] = '"';
+}
+
+/* A key chosen at run time. */
+void KeyText(Writer &w, const char *pcKey) { w.Key(pcKey); }
 
 void Str(Writer &w, const std::string &s) { w.String(s.data(), static_cast<rapidjson::SizeType>(s.size())); }
 
 /* A number that the attribute may or may not carry. */
-void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &oValue)
+template <size_t N>
+void OptionalUint(Writer &w, const char (&pcKey)[N], const std::optional<uint32_t> &oValue)
 {
     if (oValue) {
         Key(w, pcKey);
@@ -33,17 +61,9 @@ void OptionalUint(Writer &w, const char *pcKey, const std::optional<uint32_t> &o
 
 void HexValue(Writer &w, const uint8_t *p, size_t n)
 {
-    static const char acDigits[] = "0123456789abcdef";
-    thread_local std::string t_strHex;
-    t_strHex.resize(2u * n + 2u);
-    char *pc = &t_strHex[0];
-    *pc++ = '"';
-    for (size_t i = 0; i < n; i++) {
-        *pc++ = acDigits[p[i] >> 4];
-        *pc++ = acDigits[p[i] & 0xFu];
-    }
+    char *pc = w.Raw(2u * n + 2u, rapidjson::kStringType);
     *pc = '"';
-    w.RawValue(t_strHex.data(), t_strHex.size(), rapidjson::kStringType);
+    *PutHex(pc + 1, p, n) = '"';
 }
 
 void Structure(Writer &w, const uint8_t *puc)
@@ -185,11 +205,11 @@ void Names(Writer &w, const std::vector<NameView> &vecNames)
 {
     for (const NameView &st : vecNames) {
         bool bPolicy = st.ucType == kSubTlvPolicyName;
-        Key(w, bPolicy ? "policy_name" : "candidate_path_name");
+        KeyText(w, bPolicy ? "policy_name" : "candidate_path_name");
         std::string strLiteral = JsonStringLiteral(st.vecName.data(), st.vecName.size());
-        w.RawValue(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
+        w.RawBlock(strLiteral.data(), strLiteral.size(), rapidjson::kStringType);
         if (st.Cut()) {
-            Key(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
+            KeyText(w, bPolicy ? "policy_name_cut" : "candidate_path_name_cut");
             w.StartObject();
             Key(w, "kept");
             w.Uint(static_cast<unsigned>(st.vecName.size()));
@@ -291,23 +311,26 @@ public:
          * written once, copied into each route's object. */
         m_sbAttr.Clear();
         if (stAttr.bPresent) {
-            Writer wAttr(m_sbAttr);
+            Writer &wAttr = m_wAttr;
+            wAttr.Reset(m_sbAttr);
             Attribute(wAttr, stAttr);
         }
         if (stUpdate.bBareAttribute && stAttr.bPresent) {
             m_sb.Clear();
-            Writer w(m_sb);
+            Writer &w = m_w;
+            w.Reset(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "attribute");
-            w.RawValue(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
+            w.RawBlock(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
             Warnings(w, stAttr.vecWarnings);
             w.EndObject();
             Emit();
         }
         for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
             m_sb.Clear();
-            Writer w(m_sb);
+            Writer &w = m_w;
+            w.Reset(m_sb);
             w.StartObject();
             Context(w, stCtx);
             Key(w, "afi");
@@ -384,6 +407,9 @@ private:
     OutBuffer &m_out;
     rapidjson::StringBuffer m_sb;
     rapidjson::StringBuffer m_sbAttr;
+    /* Writers kept from object to object: each keeps its nesting stack. */
+    Writer m_w{m_sb};
+    Writer m_wAttr{m_sbAttr};
 };
 
 }  // namespace

@@ -193,7 +193,8 @@ private:
         bool bBehaviorsRead = false;
         size_t ulBehavior = 0;
         bool bAfterType13 = false;
-        for (const std::string &strLine : stAttr.vecTextLines) {
+        for (const TextLineSpan &stLine : stAttr.vecTextLines) {
+            std::string_view strLine = stAttr.TextLine(stLine);
             out << "  " << strLine << '\n';
             bool bStructure = strLine.find("SID Structure: LB") != std::string::npos;
             if (bAfterType13 && bStructure && !bBehaviorsRead) {

@@ -79,6 +79,12 @@ SegmentListField ParseSegmentList(const uint8_t *p, size_t n)
     if (!rd.Skip(1u)) {
         return stList;
     }
+    /* The sub-TLVs counted first: the list is built without moving it. */
+    size_t ulCount = 0;
+    for (size_t ulAt = 1u; ulAt + 2u <= n; ulAt += 2u + p[ulAt + 1u]) {
+        ulCount++;
+    }
+    stList.vecSegments.reserve(ulCount);
     while (rd.Left() > 0u) {
         uint8_t ucType = 0;
         uint8_t ucLen = 0;

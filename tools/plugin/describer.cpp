@@ -22,8 +22,8 @@ std::string EndpointOf(const BOL_SRPOLICY_NLRI_S &stKey)
     return Ipv6Text(auc);
 }
 
-/* The plug-in's text split into its non-empty lines, line ends dropped. */
-void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
+/* The non-empty lines of a text, line ends dropped. */
+void SplitLines(const std::string &strText, std::vector<TextLineSpan> &vecLines)
 {
     size_t ulStart = 0;
     while (ulStart < strText.size()) {
@@ -36,7 +36,7 @@ void SplitLines(const std::string &strText, std::vector<std::string> &vecLines)
             ulLen--;
         }
         if (ulLen > 0u) {
-            vecLines.emplace_back(strText, ulStart, ulLen);
+            vecLines.push_back(TextLineSpan{ulStart, ulLen});
         }
         ulStart = ulEnd + 1u;
     }
@@ -80,6 +80,7 @@ void DescribedUpdate::Clear()
     stAttr.ulError = 0;
     stAttr.vecNormalised.clear();
     stAttr.strHex.clear();
+    stAttr.strText.clear();
     stAttr.vecTextLines.clear();
     stAttr.bHasFields = false;
     stAttr.stFields = AttrFields();
@@ -148,12 +149,11 @@ void Describer::Attribute(DescribedUpdate &stOut, const WireNotes &stNotes)
         stAttr.strHex = ToHex(stAttr.vecNormalised);
     }
     if (m_stOptions.bAttrText) {
-        std::string strText;
-        uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, strText);
+        uint32_t ulRc = m_host.AttrText(stKey, stAttr.vecNormalised, stAttr.strText);
         if (ulRc != BOL_OK) {
             Fail(stOut, "attribute text", ulRc, -1);
         }
-        SplitLines(strText, stAttr.vecTextLines);
+        SplitLines(stAttr.strText, stAttr.vecTextLines);
     }
     if (m_stOptions.bFields) {
         uint32_t ulRc = m_host.CondRtAttrMessage(stKey, stAttr.vecNormalised, m_vecScratch);

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bgp/update_walker.h"
@@ -49,18 +50,30 @@ struct NameView {
     bool Cut() const { return ulWireLen > vecName.size(); }
 };
 
+/* Where one line of a rendered text lies in it. */
+struct TextLineSpan {
+    size_t ulStart = 0;
+    size_t ulLen = 0;
+};
+
 /* The attribute an UPDATE carries, shared by every route it announces. */
 struct DescribedAttribute {
     bool bPresent = false;    /* the attribute was decoded */
     uint32_t ulError = 0;     /* the attribute parser's refusal, if any */
     Bytes vecNormalised;      /* the normalised value */
     std::string strHex;       /* its hex, for a bare attribute value (printers of routes write vecNormalised) */
-    std::vector<std::string> vecTextLines; /* the plug-in's display text, one entry per non-empty line */
+    std::string strText;      /* the plug-in's display text as rendered */
+    std::vector<TextLineSpan> vecTextLines; /* its non-empty lines, line ends dropped */
     bool bHasFields = false;  /* stFields holds the laid-out fields */
     AttrFields stFields;
     std::vector<std::string> vecWarnings; /* what the decoded form leaves out of the wire value */
     std::vector<KeptSubTlv> vecKept;      /* in wire order */
     std::vector<NameView> vecNames;       /* in wire order */
+
+    std::string_view TextLine(const TextLineSpan &st) const
+    {
+        return std::string_view(strText).substr(st.ulStart, st.ulLen);
+    }
 };
 
 struct DescribedRoute {

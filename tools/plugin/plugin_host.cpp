@@ -19,6 +19,8 @@ const char kHostModule[] = "srpolicy";
  * sub-TLV line (a 255-character name) plus the line break and the 12
  * characters the walk holds back. */
 const uint32_t kTextChunk = 512u;
+/* Freed plug-in blocks each thread keeps for reuse. */
+const uint32_t kCachedBlocks = 64u;
 /* Largest buffer tried for a text whose lines were cut. */
 const uint32_t kMaxTextChunk = 65536u;
 /* Upper bound on calls for one text, against a text that never completes. */
@@ -80,6 +82,9 @@ PluginHost::PluginHost()
 {
     memset(&m_stTbl, 0, sizeof(m_stTbl));
     BOL_PlatformSetReportHook(CollectReport, nullptr);
+    /* The plug-in allocates and frees the same few small blocks for every
+     * message it decodes or renders: they are kept for reuse. */
+    BOL_PlatformSetBlockCache(kCachedBlocks);
     m_pstInst = BOL_SRPOLICY_Construct(&m_stTbl, kMemModule);
 }
 
@@ -194,14 +199,17 @@ uint32_t PluginHost::KeyText(const BOL_SRPOLICY_NLRI_S &stKey, std::string &strT
 uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Bytes &vecAttr, uint32_t ulChunk,
                                     std::string &strText, bool &bCut)
 {
-    Bytes vecCopy = vecAttr;
-    BOL_RT_DATA_S stRt = Route(&stKey, &vecCopy);
-    std::vector<char> vecBuf(ulChunk);
+    m_vecAttrCopy.assign(vecAttr.begin(), vecAttr.end());
+    BOL_RT_DATA_S stRt = Route(&stKey, &m_vecAttrCopy);
+    std::vector<char> &vecBuf = m_vecTextBuf;
+    vecBuf.assign(ulChunk, '\0');
     uint32_t ulOffset = 0;
     strText.clear();
     bCut = false;
     for (uint32_t i = 0; i < kMaxTextCalls; i++) {
-        std::fill(vecBuf.begin(), vecBuf.end(), '\0');
+        if (i > 0u) {
+            std::fill(vecBuf.begin(), vecBuf.end(), '\0');
+        }
         uint32_t ulMore = 0;
         uint32_t ulBefore = ulOffset;
         uint32_t ulRc = m_stTbl.pfnData2Str(&stRt, BOL_SRPOLICY_STR_ATTR, vecBuf.data(), ulChunk, &ulOffset, &ulMore,
@@ -215,13 +223,13 @@ uint32_t PluginHost::AttrTextChunks(const BOL_SRPOLICY_NLRI_S &stKey, const Byte
         if (strncmp(pc, "\r\n", 2) == 0) {
             pc += 2;
         }
-        std::string strPiece(pc);
+        size_t ulPiece = strlen(pc);
         /* Every piece ends with a whole line; one that does not was cut at
          * the end of the buffer by a printer that appends what fits. */
-        if (!strPiece.empty() && strPiece.back() != '\n') {
+        if (ulPiece > 0u && pc[ulPiece - 1u] != '\n') {
             bCut = true;
         }
-        strText += strPiece;
+        strText.append(pc, ulPiece);
         if (ulMore == 0u) {
             return BOL_OK;
         }
@@ -259,7 +267,7 @@ uint32_t PluginHost::CondRtAttrMessage(const BOL_SRPOLICY_NLRI_S &stKey, const B
     /* The formatter decodes the stored bytes again and normalises them in
      * place: it gets a copy. Route flag 0x80 asks for the private slice id
      * when that is the only one carried. */
-    Bytes vecCopy;
+    Bytes &vecCopy = m_vecAttrCopy;
     uint32_t ulRc = BOL_OK;
     /* A room a few times the attribute first (the message repeats its parts
      * with 8-byte TLV headers); the largest room only when that was short. */

@@ -72,6 +72,9 @@ private:
 
     BOL_PROC_TBL_S m_stTbl;
     BOL_SRPOLICY_INSTANCE_S *m_pstInst = nullptr;
+    /* Kept between calls so that rendering allocates nothing per route. */
+    Bytes m_vecAttrCopy;        /* the attribute copy a dispatcher may rewrite */
+    std::vector<char> m_vecTextBuf;
 };
 
 }  // namespace srp

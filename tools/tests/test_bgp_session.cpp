@@ -2,6 +2,8 @@
  * answers with, the state it reaches, timers and End-of-RIB. */
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <vector>
 
 #include "bgp/session.h"
@@ -163,13 +165,20 @@ TEST(Session, PeerInputToNotification)
     };
     for (const Row &row : aRows) {
         SCOPED_TRACE(row.pcName);
-        /* Whole, and one byte at a time: framing must not care. */
-        for (size_t ulStep : {row.vecIn.size(), size_t{1}}) {
+        /* Whole, one byte at a time, and in 7-byte pieces read into a room
+         * of 64 KiB as a socket fills it: framing must not care. */
+        for (size_t ulStep : {row.vecIn.size(), size_t{1}, size_t{7}}) {
             Recorder rec;
             BgpSession s(Config(row.ulPeerAs), rec);
             s.Start(0.0);
             for (size_t i = 0; i < row.vecIn.size(); i += ulStep) {
-                s.Receive(row.vecIn.data() + i, std::min(ulStep, row.vecIn.size() - i), 1.0);
+                size_t n = std::min(ulStep, row.vecIn.size() - i);
+                if (ulStep == 7u) {
+                    std::memcpy(s.InputRoom(65536u), row.vecIn.data() + i, n);
+                    s.Received(n, 1.0);
+                } else {
+                    s.Receive(row.vecIn.data() + i, n, 1.0);
+                }
             }
             EXPECT_EQ(s.State(), row.eState);
             uint8_t ucCode = 0;

@@ -1,7 +1,11 @@
-/* Hex text, format detection, BGP framing and MRT records. */
+/* Hex text, address text, format detection, BGP framing and MRT records. */
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+
 #include <algorithm>
+#include <array>
+#include <random>
 
 #include "bgp/message_stream.h"
 #include "input/readers.h"
@@ -81,6 +85,40 @@ TEST(HexText, OneValuePerLine)
     EXPECT_EQ(srp::ToHex(vec[1]), "0304");
     EXPECT_FALSE(srp::ParseHexLines("01\n0g\n", vec, strError));
     EXPECT_NE(strError.find("line 2"), std::string::npos);
+}
+
+TEST(AddressText, SameAsTheCLibrary)
+{
+    const char *apcV6[] = {"::", "::1", "::2", "1::", "::ffff:10.0.0.1", "::10.1.2.3", "::ffff:0:1.2.3.4",
+                           "0:0:0:0:0:1:2:3", "2001:db8::1", "1:0:0:2:0:0:0:3", "1:2:3:4:5:6:7:8", "fe80::ffff:0:1"};
+    std::vector<std::array<uint8_t, 16>> vecAddrs;
+    for (const char *pc : apcV6) {
+        std::array<uint8_t, 16> a{};
+        ASSERT_EQ(inet_pton(AF_INET6, pc, a.data()), 1) << pc;
+        vecAddrs.push_back(a);
+    }
+    std::mt19937 rng(4291);
+    for (int n = 0; n < 3000; n++) {
+        std::array<uint8_t, 16> a{};
+        for (uint8_t &uc : a) {
+            uc = (rng() % 3 == 0) ? static_cast<uint8_t>(rng()) : 0u;  // many zero runs, all their places
+        }
+        if (n % 5 == 0) {
+            a[10] = a[11] = 0xFFu;
+        }
+        vecAddrs.push_back(a);
+    }
+    for (const std::array<uint8_t, 16> &a : vecAddrs) {
+        char acWant[INET6_ADDRSTRLEN];
+        ASSERT_NE(inet_ntop(AF_INET6, a.data(), acWant, sizeof(acWant)), nullptr);
+        ASSERT_EQ(srp::Ipv6Text(a.data()), acWant);
+    }
+    for (uint32_t ulAddr : {0u, 0xFFFFFFFFu, 0x0A000001u, 0xC0A86405u, 0x0A630A09u, 0x01020304u}) {
+        uint32_t ulNet = htonl(ulAddr);
+        char acWant[INET_ADDRSTRLEN];
+        ASSERT_NE(inet_ntop(AF_INET, &ulNet, acWant, sizeof(acWant)), nullptr);
+        EXPECT_EQ(srp::Ipv4Text(ulAddr), acWant);
+    }
 }
 
 TEST(Formats, DetectedFromTheFirstBytes)
