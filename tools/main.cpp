@@ -92,7 +92,7 @@ bool ToSpeakerOptions(const SessionArgs &st, srp::SpeakerOptions &stOut, std::st
     std::vector<std::string> vecIds = {st.strRouterId};
     for (const std::string &strBind : st.vecBind) {
         srp::PeerSpec stSpec;
-        if (!srp::ParseEndpoint(strBind, stSpec.strAddr, stSpec.usPort, strError)) {
+        if (!srp::ParseEndpoint(strBind, srp::kBgpPort, stSpec.strAddr, stSpec.usPort, strError)) {
             return false;
         }
         stOut.vecBind.push_back(stSpec);

@@ -117,55 +117,13 @@ bool ParseNumber(const std::string &strText, uint32_t &ulOut)
 
 }  // namespace
 
-bool ParseEndpoint(const std::string &strText, std::string &strAddr, uint16_t &usPort, std::string &strError)
-{
-    std::string strPort;
-    if (!strText.empty() && strText[0] == '[') {
-        size_t ulClose = strText.find(']');
-        if (ulClose == std::string::npos) {
-            strError = "missing ']' in " + strText;
-            return false;
-        }
-        strAddr = strText.substr(1u, ulClose - 1u);
-        if (ulClose + 1u < strText.size()) {
-            if (strText[ulClose + 1u] != ':') {
-                strError = "expected ':' after ']' in " + strText;
-                return false;
-            }
-            strPort = strText.substr(ulClose + 2u);
-        }
-    } else if (std::count(strText.begin(), strText.end(), ':') == 1) {
-        size_t ulColon = strText.find(':');
-        strAddr = strText.substr(0u, ulColon);
-        strPort = strText.substr(ulColon + 1u);
-    } else {
-        strAddr = strText;
-    }
-    sockaddr_storage st;
-    socklen_t ulLen = 0;
-    if (!MakeAddr(strAddr, 0, st, ulLen)) {
-        strError = "not a numeric address: " + strAddr;
-        return false;
-    }
-    usPort = kBgpPort;
-    uint32_t ulPort = 0;
-    if (!strPort.empty()) {
-        if (!ParseNumber(strPort, ulPort) || ulPort > 65535u) {
-            strError = "not a port: " + strPort;
-            return false;
-        }
-        usPort = static_cast<uint16_t>(ulPort);
-    }
-    return true;
-}
-
 bool ParsePeerSpec(const std::string &strText, bool bPort, PeerSpec &stOut, std::string &strError)
 {
     stOut = PeerSpec();
     size_t ulComma = strText.find(',');
     std::string strHead = strText.substr(0u, ulComma);
     if (bPort) {
-        if (!ParseEndpoint(strHead, stOut.strAddr, stOut.usPort, strError)) {
+        if (!ParseEndpoint(strHead, kBgpPort, stOut.strAddr, stOut.usPort, strError)) {
             return false;
         }
     } else {

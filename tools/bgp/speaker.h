@@ -31,8 +31,6 @@ struct PeerSpec {
 
 /* Parses a peer; with bPort the address may carry a port (IPv6 in brackets). */
 bool ParsePeerSpec(const std::string &strText, bool bPort, PeerSpec &stOut, std::string &strError);
-/* ADDR:PORT (IPv6 as [ADDR]:PORT); the port defaults to 179. */
-bool ParseEndpoint(const std::string &strText, std::string &strAddr, uint16_t &usPort, std::string &strError);
 
 struct SpeakerOptions {
     SessionConfig stSession;

@@ -352,44 +352,6 @@ bool PrefixContains(const Prefix &stPrefix, const Bytes &vecAddr)
     return true;
 }
 
-bool ParseBind(const std::string &strText, uint16_t usDefaultPort, std::string &strAddr, uint16_t &usPort)
-{
-    std::string strPort;
-    if (!strText.empty() && strText[0] == '[') {
-        size_t ulClose = strText.find(']');
-        if (ulClose == std::string::npos) {
-            return false;
-        }
-        strAddr = strText.substr(1u, ulClose - 1u);
-        if (ulClose + 1u < strText.size()) {
-            if (strText[ulClose + 1u] != ':') {
-                return false;
-            }
-            strPort = strText.substr(ulClose + 2u);
-        }
-    } else if (std::count(strText.begin(), strText.end(), ':') == 1) {
-        size_t ulColon = strText.find(':');
-        strAddr = strText.substr(0u, ulColon);
-        strPort = strText.substr(ulColon + 1u);
-    } else {
-        strAddr = strText; /* IPv4 or bare IPv6 without a port */
-    }
-    Bytes vecAddr;
-    if (!ParseAddress(strAddr, vecAddr)) {
-        return false;
-    }
-    usPort = usDefaultPort;
-    if (strPort.empty()) {
-        return true;
-    }
-    if (strPort.size() > 5u || strPort.find_first_not_of("0123456789") != std::string::npos) {
-        return false;
-    }
-    unsigned long ulPort = std::stoul(strPort);
-    usPort = static_cast<uint16_t>(ulPort);
-    return ulPort <= 65535u;
-}
-
 int RunStation(const StationOptions &stOptions)
 {
     std::vector<Prefix> vecAllow;
@@ -403,8 +365,9 @@ int RunStation(const StationOptions &stOptions)
     }
     std::string strAddr;
     uint16_t usPort = 0;
-    if (!ParseBind(stOptions.strBind, kDefaultPort, strAddr, usPort)) {
-        std::cerr << "srpolicy: bmp: not ADDR[:PORT]: " << stOptions.strBind << "\n";
+    std::string strError;
+    if (!ParseEndpoint(stOptions.strBind, kDefaultPort, strAddr, usPort, strError)) {
+        std::cerr << "srpolicy: bmp: --bind " << stOptions.strBind << ": " << strError << "\n";
         return 2;
     }
     PluginHost host;
@@ -412,7 +375,6 @@ int RunStation(const StationOptions &stOptions)
         std::cerr << "srpolicy: the plug-in could not be constructed\n";
         return 2;
     }
-    std::string strError;
     uint16_t usBound = 0;
     int iListen = Listen(strAddr, usPort, usBound, strError);
     if (iListen < 0) {

@@ -37,8 +37,6 @@ bool ParsePrefix(const std::string &strText, Prefix &stOut);
  * as IPv4) lies in the prefix. */
 bool PrefixContains(const Prefix &stPrefix, const Bytes &vecAddr);
 
-/* ADDR[:PORT] or [IPv6]:PORT into the address text and port. */
-bool ParseBind(const std::string &strText, uint16_t usDefaultPort, std::string &strAddr, uint16_t &usPort);
 
 /* Runs until SIGINT or SIGTERM. Exit status 0, or 2 when the station
  * cannot start (a bad address, a port in use). */

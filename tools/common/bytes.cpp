@@ -3,6 +3,8 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
+
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -271,6 +273,49 @@ bool ParseAddress(const std::string &strText, Bytes &vecOut)
         return true;
     }
     return false;
+}
+
+bool ParseEndpoint(const std::string &strText, uint16_t usDefaultPort, std::string &strAddr, uint16_t &usPort,
+                   std::string &strError)
+{
+    std::string strPort;
+    if (!strText.empty() && strText[0] == '[') {
+        size_t ulClose = strText.find(']');
+        if (ulClose == std::string::npos) {
+            strError = "missing ']' in " + strText;
+            return false;
+        }
+        strAddr = strText.substr(1u, ulClose - 1u);
+        if (ulClose + 1u < strText.size()) {
+            if (strText[ulClose + 1u] != ':') {
+                strError = "expected ':' after ']' in " + strText;
+                return false;
+            }
+            strPort = strText.substr(ulClose + 2u);
+        }
+    } else if (std::count(strText.begin(), strText.end(), ':') == 1) {
+        size_t ulColon = strText.find(':');
+        strAddr = strText.substr(0u, ulColon);
+        strPort = strText.substr(ulColon + 1u);
+    } else {
+        strAddr = strText; /* IPv4, or IPv6 without a port */
+    }
+    Bytes vecAddr;
+    if (!ParseAddress(strAddr, vecAddr)) {
+        strError = "not a numeric address: " + strAddr;
+        return false;
+    }
+    usPort = usDefaultPort;
+    if (strPort.empty()) {
+        return true;
+    }
+    if (strPort.size() > 5u || strPort.find_first_not_of("0123456789") != std::string::npos ||
+        std::stoul(strPort) > 65535u) {
+        strError = "not a port: " + strPort;
+        return false;
+    }
+    usPort = static_cast<uint16_t>(std::stoul(strPort));
+    return true;
 }
 
 }  // namespace srp

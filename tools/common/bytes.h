@@ -164,6 +164,10 @@ std::string Ipv4Text(uint32_t ulAddr);
 std::string Ipv6Text(const uint8_t *puc16);
 /* Address text to bytes: 4 bytes for IPv4, 16 for IPv6; false if neither. */
 bool ParseAddress(const std::string &strText, Bytes &vecOut);
+/* ADDR[:PORT], IPv6 as [ADDR]:PORT or bare, into the numeric address text and
+ * the port (usDefaultPort when none is given); false with strError if not. */
+bool ParseEndpoint(const std::string &strText, uint16_t usDefaultPort, std::string &strAddr, uint16_t &usPort,
+                   std::string &strError);
 
 }  // namespace srp
 

@@ -217,7 +217,8 @@ TEST(BmpStation, PrefixesAndBindAddresses)
         SCOPED_TRACE(row.pcText);
         std::string strAddr;
         uint16_t usPort = 0;
-        bool bOk = bmp::ParseBind(row.pcText, bmp::kDefaultPort, strAddr, usPort);
+        std::string strError;
+        bool bOk = srp::ParseEndpoint(row.pcText, bmp::kDefaultPort, strAddr, usPort, strError);
         ASSERT_EQ(bOk, row.pcAddr != nullptr);
         if (bOk) {
             EXPECT_EQ(strAddr, row.pcAddr);
