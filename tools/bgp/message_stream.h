@@ -19,7 +19,6 @@
 
 namespace srp {
 
-const size_t kBgpHeaderLen = 19u;
 const size_t kBgpMaxLen = 65535u; /* extended messages allow up to 65535 */
 
 /* True when p (at least 19 bytes) starts a plausible BGP message header. */

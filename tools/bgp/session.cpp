@@ -12,8 +12,6 @@ namespace {
 
 const Family kOffered[] = {{kAfiIpv4, kSafiSrPolicy}, {kAfiIpv6, kSafiSrPolicy}};
 
-enum : uint8_t { kCapMultiprotocol = 1, kCapRouteRefresh = 2, kCapExtendedMessage = 6, kCapAs4 = 65 };
-const uint8_t kParamCapabilities = 2u;
 
 /* Smallest length of each message type, and whether it is exact. */
 struct TypeRule {

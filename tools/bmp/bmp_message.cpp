@@ -11,11 +11,6 @@ namespace bmp {
 
 namespace {
 
-const size_t kBgpHeader = 19u;
-const uint8_t kCapMultiprotocol = 1u;
-const uint8_t kCapAs4 = 65u;
-const uint8_t kParamCapabilities = 2u;
-const uint8_t kParamExtendedLength = 255u; /* RFC 9072 */
 
 std::string Num(uint64_t x) { return std::to_string(x); }
 
@@ -107,7 +102,7 @@ bool ReadPeerHeader(Reader &r, PeerHeader &st)
 /* A BGP message at the reader: its header checked, the whole of it taken. */
 bool TakeBgp(Reader &r, uint8_t ucWantType, Bytes &vecOut, std::string &strError, const char *pcWhat)
 {
-    if (r.Left() < kBgpHeader) {
+    if (r.Left() < kBgpHeaderLen) {
         strError = std::string(pcWhat) + ": " + Num(r.Left()) + " bytes left, too short for a BGP header";
         return false;
     }
@@ -117,7 +112,7 @@ bool TakeBgp(Reader &r, uint8_t ucWantType, Bytes &vecOut, std::string &strError
         return false;
     }
     uint16_t usLen = Be16(p + 16);
-    if (usLen < kBgpHeader || usLen > r.Left()) {
+    if (usLen < kBgpHeaderLen || usLen > r.Left()) {
         strError = std::string(pcWhat) + ": BGP message length " + Num(usLen) + " with " + Num(r.Left()) +
                    " bytes left";
         return false;
@@ -180,13 +175,13 @@ bool ReadPeerDown(Reader &r, PeerDown &st, std::string &strError)
             if (!TakeBgp(r, kBgpNotification, vecNotification, strError, "Peer Down NOTIFICATION")) {
                 return false;
             }
-            if (vecNotification.size() < kBgpHeader + 2u) {
+            if (vecNotification.size() < kBgpHeaderLen + 2u) {
                 strError = "Peer Down NOTIFICATION without its code";
                 return false;
             }
             st.bNotification = true;
-            st.ucCode = vecNotification[kBgpHeader];
-            st.ucSubcode = vecNotification[kBgpHeader + 1u];
+            st.ucCode = vecNotification[kBgpHeaderLen];
+            st.ucSubcode = vecNotification[kBgpHeaderLen + 1u];
             break;
         }
         case kDownLocalNoNotification:
@@ -372,7 +367,7 @@ bool ParseOpen(const uint8_t *p, size_t n, OpenInfo &st, std::string &strError)
     Reader r(p, n);
     uint16_t usMyAs = 0;
     uint8_t ucParamsLen = 0;
-    if (!r.Skip(kBgpHeader) || !r.U8(st.ucVersion) || !r.U16(usMyAs) || !r.U16(st.usHoldTime) ||
+    if (!r.Skip(kBgpHeaderLen) || !r.U8(st.ucVersion) || !r.U16(usMyAs) || !r.U16(st.usHoldTime) ||
         !r.U32(st.ulBgpId) || !r.U8(ucParamsLen)) {
         strError = "OPEN too short";
         return false;

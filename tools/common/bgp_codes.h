@@ -6,6 +6,7 @@
 #ifndef SRPOLICY_TOOL_BGP_CODES_H
 #define SRPOLICY_TOOL_BGP_CODES_H
 
+#include <cstddef>
 #include <cstdint>
 
 namespace srp {
@@ -14,12 +15,23 @@ const uint16_t kAfiIpv4 = 1u;
 const uint16_t kAfiIpv6 = 2u;
 const uint8_t kSafiSrPolicy = 73u;
 
+/* Message header: marker, length, type. */
+const size_t kBgpHeaderLen = 19u;
+
 /* Message types. */
 const uint8_t kBgpOpen = 1u;
 const uint8_t kBgpUpdate = 2u;
 const uint8_t kBgpNotification = 3u;
 const uint8_t kBgpKeepalive = 4u;
 const uint8_t kBgpRouteRefresh = 5u;
+
+/* OPEN optional parameters and capability codes. */
+const uint8_t kParamCapabilities = 2u;
+const uint8_t kParamExtendedLength = 255u; /* RFC 9072 */
+const uint8_t kCapMultiprotocol = 1u;
+const uint8_t kCapRouteRefresh = 2u;
+const uint8_t kCapExtendedMessage = 6u;
+const uint8_t kCapAs4 = 65u;
 
 /* Path attribute flags and types. */
 const uint8_t kAttrFlagOptional = 0x80u;
