@@ -123,6 +123,18 @@ struct FormatRow {
             [](char *d, size_t n) { return snprintf(d, n, fmt, __VA_ARGS__); }               \
     }
 
+/* Values wider than the length modifier's type, passed as the int they are
+ * promoted to: each function must cut them as the C library does. clang's
+ * format check names the type difference, which is the point here. */
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wformat"
+#endif
+const FormatRow kNarrowedRow = FORMAT_ROW("%hhu %hhd %hu %hd", 300u, 200, 70000u, 40000);
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
+
 TEST(FormatS, MatchesTheCLibraryAtEveryRoom)
 {
     const FormatRow astRows[] = {
@@ -131,7 +143,7 @@ TEST(FormatS, MatchesTheCLibraryAtEveryRoom)
         FORMAT_ROW("%d|%i|%d", -2147483647 - 1, 0, 42),
         FORMAT_ROW("%x %X %02x %02x %08X", 0xdeadbeefu, 0xabcu, 5u, 0x1ffu, 0x12u),
         FORMAT_ROW("%5d|%-5d|%05d|%-3d|%3d", -42, -42, -42, 7, 12345),
-        FORMAT_ROW("%hhu %hhd %hu %hd", 300u, 200, 70000u, 40000),
+        kNarrowedRow,
         FORMAT_ROW("%lu %ld %llu %lld %zu %zd", 4000000000ul, -5l, 18446744073709551615ull, -9223372036854775807ll,
                    static_cast<size_t>(123), static_cast<ssize_t>(-1)),
         FORMAT_ROW("%c%c%5c%-3c|", 'a', 'b', 'c', 'd'),
