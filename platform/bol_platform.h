@@ -205,11 +205,13 @@ typedef void (*BOL_PLATFORM_REPORT_FN)(void *pvCtx, const char *pcModule, uint32
  */
 void BOL_PlatformSetReportHook(BOL_PLATFORM_REPORT_FN pfnReport, void *pvCtx);
 
-/* Keeps up to ulBlocks freed blocks of up to 256 bytes per thread for the
- * next allocations of their size instead of handing them back to the system
- * allocator (0, the default, keeps none and releases what was kept). For
- * hosts that allocate and free the same few sizes per message; counts per
- * module are the same either way. */
+/**
+ * @brief Keeps freed small blocks per thread for the next allocations of their size instead of handing them
+ *        back to the system allocator. For hosts that allocate and free the same few sizes per message; the
+ *        counts per module are the same either way.
+ * @param ulBlocks  how many freed blocks of up to 256 bytes each thread keeps; 0, the default, keeps none and
+ *                  releases what was kept
+ */
 void BOL_PlatformSetBlockCache(uint32_t ulBlocks);
 
 #ifdef __cplusplus
