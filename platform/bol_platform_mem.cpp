@@ -133,7 +133,7 @@ BlockHeader *TakeBlock(uint32_t ulSize)
             stCache.ulTotal--;
             return pstHdr;
         }
-        pstHdr = static_cast<BlockHeader *>(malloc(sizeof(BlockHeader) + (ulSlot + 1u) * kCacheStep));
+        pstHdr = static_cast<BlockHeader *>(malloc(sizeof(BlockHeader) + static_cast<size_t>(ulSlot + 1u) * kCacheStep));
         if (pstHdr != nullptr) {
             pstHdr->st.ulClassed = 1u;
         }
