@@ -93,8 +93,7 @@ class Station:
             return f.read()
 
     def events(self):
-        with open(self.out.name) as f:
-            return [json.loads(line) for line in f if line.strip()]
+        return harness.read_jsonl(self.out.name)
 
     def wait_stderr(self, pattern, what):
         wait_for(lambda: re.search(pattern, self.stderr()), what + " (stderr: " + pattern + ")")

@@ -299,8 +299,10 @@ class ScriptedPeer:
 
 
 def read_jsonl(path):
+    """The complete JSON lines of a file a process may be writing right now:
+    a last line without its newline is still being written and is left out."""
     with open(path) as f:
-        return [json.loads(line) for line in f if line.strip()]
+        return [json.loads(line) for line in f if line.endswith("\n") and line.strip()]
 
 
 def workdir():
