@@ -288,11 +288,15 @@ extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_
         return BOL_ERR_MALLOC;
     }
 
-    void *pvAttr = AllocZeroed(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S)));
+    void *pvAttr = BOL_ALLOC(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S)));
     if (pvAttr == nullptr) {
         BOL_REPORT(0u);
         return BOL_ERR_MALLOC;
     }
+    /* Every field 0 or null until the decode sets it. The record never leaves
+     * the plug-in, and a fill of its fixed size cannot fail, so it is zeroed
+     * in place rather than through the bounded fill. */
+    memset(pvAttr, 0, sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S));
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
 
     pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(AllocZeroed(pstInst, ulAttrLen + 4u));
@@ -379,7 +383,7 @@ struct SliceIdPos {
 
 /* The tunnel type and length as received (the length is rewritten when the
  * copy is finished). */
-void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
+__attribute__((always_inline)) inline void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
                 BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::View stHdr = bol::MakeReadView(pucAttr, kTnlHdrLen);
@@ -392,20 +396,26 @@ void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const u
     pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
 }
 
-/* A zero reserved byte (the copy buffer is zero-filled), the kept name, and
- * the remembered length field rewritten to 1 + the kept length. */
-void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+/* A zero reserved byte (the copy buffer is zero-filled) and the kept name. */
+void PutReservedAndName(bol::Writer &stWr, const uint8_t *pucName, uint32_t ulNameLen)
 {
-    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
     bol::PutSkip(stWr, 1u);
-    if (usNameLen != 0u && pucName != nullptr) {
-        int iRet = bol::PutBytes(stWr, pucName, usNameLen);
+    if (ulNameLen != 0u && pucName != nullptr) {
+        int iRet = bol::PutBytes(stWr, pucName, ulNameLen);
         if (iRet != 0) {
             BOL_REPORT_SEC(iRet);
         }
     } else {
-        bol::PutSkip(stWr, usNameLen);
+        bol::PutSkip(stWr, ulNameLen);
     }
+}
+
+/* The reserved byte and the kept name, and the remembered length field
+ * rewritten to 1 + the kept length. */
+void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+{
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
+    PutReservedAndName(stWr, pucName, usNameLen);
     BOL_WRITER_FILLED(stWr);
     bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
     PutLenField(stLen, ulWidth, 1u + usNameLen);
@@ -449,6 +459,24 @@ void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_
     if (pstName != nullptr) {
         CopyName(pucPos, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
     }
+}
+
+/* A name sub-TLV as the walk appends it: its type, its length field in the
+ * wire's width holding 1 + the kept length, the reserved byte and the kept
+ * name. The same bytes as CopySubTlv and
+ * CopyName write, with the length written once. */
+void CopyNameTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucType, const NameSlot &stSlot)
+{
+    const uint8_t *pucName = pstAttr->*stSlot.ppucName;
+    uint32_t ulNameLen = pstAttr->*stSlot.pusLen;
+    uint32_t ulWidth = bol::SubTlvLenWidth(ucType);
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + 1u + ulNameLen);
+    bol::PutU8(stWr, ucType);
+    pstAttr->pucCurLenField = stWr.puc;
+    PutLenField(stWr, ulWidth, 1u + ulNameLen);
+    PutReservedAndName(stWr, pucName, ulNameLen);
+    BOL_WRITER_FILLED(stWr);
+    pucPos = stWr.puc;
 }
 
 /* The copy's length, and its tunnel length rewritten to match. */
@@ -508,9 +536,10 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
             }
         }
         uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
-        if (FindNameSlot(ucType) != nullptr) {
+        const NameSlot *pstName = FindNameSlot(ucType);
+        if (pstName != nullptr) {
             CopyRun(pucPos, pucRun, pucTlv);
-            CopySubTlv(pucPos, pstAttr, ucType, usLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+            CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
             pucRun = stRd.puc;
         } else {
             NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
@@ -858,18 +887,24 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
         return ulRet;
     }
 
-    /* The node's fixed part followed directly by the value bytes. */
+    /* The node's fixed part followed directly by the value bytes. The value
+     * is copied in full, so only the fixed part is zeroed here; a failed copy
+     * leaves the value zeroed, as in a node zeroed in full. */
     uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
-    BOL_SRPOLICY_LIST_NODE_S *pstLink = BOL_APPEND_NEW_NODE(pstAttr->pstSegListHead, ulSize, pstInst);
-    if (pstLink == nullptr) {
+    void *pvNode = BOL_ALLOC(pstInst, ulSize);
+    if (pvNode == nullptr) {
         BOL_REPORT(ulSize);
         return BOL_ERR_MALLOC;
     }
-    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = reinterpret_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pstLink);
+    memset(pvNode, 0, BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN);
+    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = static_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pvNode);
+    BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
+    DLL_Insert_In_Middle(pstList, pstList->stHead.pstPrev, &pstNode->stNode, &pstList->stHead);
     bol::Writer stWr = bol::MakeWriter(pstNode->aucSegList, ulLen);
     int iRet = bol::PutBytes(stWr, pucValue, ulLen);
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
+        memset(pstNode->aucSegList, 0, ulLen);
     }
     BOL_WRITER_FILLED(stWr);
     pstNode->usSegListLen = static_cast<uint16_t>(ulLen);
