@@ -888,8 +888,8 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     }
 
     /* The node's fixed part followed directly by the value bytes. The value
-     * is copied in full, so only the fixed part is zeroed here; a failed copy
-     * leaves the value zeroed, as in a node zeroed in full. */
+     * is copied in full, and a failed copy zeroes it, so only the fixed part
+     * is zeroed here. */
     uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
     void *pvNode = BOL_ALLOC(pstInst, ulSize);
     if (pvNode == nullptr) {
@@ -904,7 +904,6 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     int iRet = bol::PutBytes(stWr, pucValue, ulLen);
     if (iRet != 0) {
         BOL_REPORT_RET(iRet);
-        memset(pstNode->aucSegList, 0, ulLen);
     }
     BOL_WRITER_FILLED(stWr);
     pstNode->usSegListLen = static_cast<uint16_t>(ulLen);

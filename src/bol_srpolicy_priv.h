@@ -677,21 +677,18 @@ inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
 /* Hands usLen attribute bytes to the host as one output block: no key,
  * attribute flags 0, attribute type 23, the bytes copied. This is the block
  * BOL_SRPOLICY_OutputData builds for such a descriptor (nothing handed over,
- * without a report, when there are no bytes), built without the descriptor and the
- * call; its reports and its allocation tag name the output service's module
- * whoever inlines it. */
+ * without a report, when there are no bytes), built without the descriptor
+ * and the call (its callers have checked ppvOut and pucAttr). Its reports
+ * and its allocation tag name the output service's module whoever inlines
+ * it. */
 inline uint32_t OutputAttribute(void **ppvOut, const uint8_t *pucAttr, uint16_t usLen,
                                 const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    if (ppvOut == nullptr) {
-        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
-        return BOL_ERR_PARAM;
-    }
     if (pstInst->ulMemModuleId == 0u) {
         ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
         return BOL_ERR_PARAM;
     }
-    if (pucAttr == nullptr || usLen == 0u) {
+    if (usLen == 0u) {
         return BOL_ERR_PARAM;
     }
     void *pvBlock = NewOutputBlock(BOL_PARSE_OUTPUT_HDR_LEN + usLen, pstInst->ulMemModuleId);
