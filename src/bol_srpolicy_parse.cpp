@@ -361,6 +361,12 @@ const NameSlot *FindNameSlot(uint32_t ulType)
     return nullptr;
 }
 
+/* A name is valid when it is not empty and every byte is printable. */
+inline bool NameValid(const bol::View &stName)
+{
+    return stName.ulLen != 0u && bol::AllBytesIn(stName, 0x20u, 0x7Eu);
+}
+
 /* Writes a length field of the given width (1 or 2 bytes). */
 void PutLenField(bol::Writer &stWr, uint32_t ulWidth, uint32_t ulLen)
 {
@@ -751,11 +757,10 @@ const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
 const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
 
 /* Candidate path name and policy name: a reserved byte, then the name. */
-uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8_t *pucValue, uint32_t ulLen,
+uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
                    BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    const NameSlot *pstSlot = FindNameSlot(ulType);
-    if (pstSlot == nullptr || pstAttr->*pstSlot->pucExist != 0u) {
+    if (pstAttr->*pstSlot->pucExist != 0u) {
         return BOL_ERR_SUBTLV_INVALID;
     }
     pstAttr->*pstSlot->pucValid = 1u;
@@ -765,7 +770,7 @@ uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8
     }
 
     bol::View stName = bol::SubView(bol::MakeView(pucValue, ulLen), 1u, ulLen - 1u);
-    if (BOL_SRPOLICY_CheckNameValid(stName.puc, stName.ulLen) == 0u) {
+    if (!NameValid(stName)) {
         pstAttr->*pstSlot->pucValid = 0u;
     }
     if (stName.ulLen == 0u) {
@@ -916,7 +921,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_CPathName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAtt
     BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_CPATH_NAME, pucValue, ulLen, pstInst);
+    return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_CPATH_NAME), pucValue, ulLen, pstInst);
 }
 
 uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
@@ -925,7 +930,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAt
     BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_POLICY_NAME, pucValue, ulLen, pstInst);
+    return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_POLICY_NAME), pucValue, ulLen, pstInst);
 }
 
 /* Known sub-TLVs that this family takes as they are: no table row names
@@ -953,10 +958,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_Priority(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr
 /* 1 when the name is non-empty and every byte is printable ASCII. */
 uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
 {
-    if (pucName == nullptr || ulLen == 0u) {
-        return 0u;
-    }
-    return bol::AllBytesIn(bol::MakeReadView(pucName, ulLen), 0x20u, 0x7Eu) ? 1u : 0u;
+    return NameValid(bol::MakeReadView(pucName, ulLen)) ? 1u : 0u;
 }
 
 } /* extern "C" */
