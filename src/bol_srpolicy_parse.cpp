@@ -131,12 +131,23 @@ inline uint32_t OutputKeyOnly(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
     return bol::OutputKeyBlock(ppvOut, pstKey, pstInst->ulMemModuleId);
 }
 
-/* Decodes an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller has
- * checked, hands its key to the host and, once handed over, clears the more
- * flag and moves the cursor past the body. The length comes from the body,
- * never from the wire byte. Shared by both NLRI entry points; inlined into
- * the per-NLRI path of a full-table load. */
-__attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
+/* The key of an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller
+ * has checked. The length comes from the body, never from the wire byte. */
+__attribute__((always_inline)) inline void NlriKey(const bol::View &stBody, bool bV4, BOL_SRPOLICY_NLRI_S &stKey)
+{
+    if (bV4) {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV4);
+        GetKeyFields<1u>(stBody, 0u, stKey);
+    } else {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
+        GetKeyFields<4u>(stBody, 0u, stKey);
+    }
+}
+
+/* Decodes an NLRI body that the caller has checked, hands its key to the
+ * host and, once handed over, clears the more flag and moves the cursor past
+ * the body. */
+inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     uint32_t ulUsed = bV4 ? kNlriBodyV4 : kNlriBodyV6;
@@ -145,13 +156,7 @@ __attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur,
     (void)bol::ReadView(stRd, ulUsed, stBody);
 
     BOL_SRPOLICY_NLRI_S stKey = {};
-    if (bV4) {
-        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV4);
-        GetKeyFields<1u>(stBody, 0u, stKey);
-    } else {
-        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
-        GetKeyFields<4u>(stBody, 0u, stKey);
-    }
+    NlriKey(stBody, bV4, stKey);
     uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
     if (ulRet == BOL_OK) {
         *pulMore = 0u;
@@ -187,14 +192,23 @@ uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHos
         return BOL_ERR_NLRI_LEN;
     }
 
+    /* The host gets the more flag, and the cursor, even when the key could
+     * not be handed over, so that it can skip this NLRI: past the body once
+     * the key is handed over, else just after the length byte. Both are
+     * stored before the output block is built, so that little is kept across
+     * its calls; a failure puts the cursor back at the body. */
+    *pulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
+    bol::View stBody = {};
+    (void)bol::ReadView(stRd, ulBody, stBody);
+    *ppucCur = stRd.puc;
     /* The body decoder that BOL_SRPOLICY_ParseBgpNlri wraps, without its
      * checks: they hold here. */
-    uint8_t *pucBody = stRd.puc;
-    uint32_t ulRet = DecodeNlriBody(&pucBody, ulBody == kNlriBodyV4, ppvOut, pulMore, pstInst);
-    /* The host gets the cursor and the more flag even when the key could not
-     * be handed over, so that it can skip this NLRI. */
-    *ppucCur = pucBody;
-    *pulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
+    BOL_SRPOLICY_NLRI_S stKey = {};
+    NlriKey(stBody, ulBody == kNlriBodyV4, stKey);
+    uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
+    if (ulRet != BOL_OK) {
+        *ppucCur = stBody.puc;
+    }
     return ulRet;
 }
 
