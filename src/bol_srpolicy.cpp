@@ -838,7 +838,8 @@ void ClearTarget(uint32_t ulType, const bol::View &stSeg)
 /* One pass over a Segment List value (a reserved byte, then segment
  * sub-TLVs with 1-byte type and length): checks every segment, and notes the
  * clear target in stTarget/ucTargetType (left empty when there is none). */
-uint32_t WalkSegments(const bol::View &stValue, bol::View &stTarget, uint8_t &ucTargetType)
+__attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stValue, bol::View &stTarget,
+                                                         uint8_t &ucTargetType)
 {
     if (stValue.ulLen <= 1u) {
         return BOL_OK;

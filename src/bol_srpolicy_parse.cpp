@@ -131,12 +131,23 @@ inline uint32_t OutputKeyOnly(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
     return bol::OutputKeyBlock(ppvOut, pstKey, pstInst->ulMemModuleId);
 }
 
-/* Decodes an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller has
- * checked, hands its key to the host and, once handed over, clears the more
- * flag and moves the cursor past the body. The length comes from the body,
- * never from the wire byte. Shared by both NLRI entry points; inlined into
- * the per-NLRI path of a full-table load. */
-__attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
+/* The key of an NLRI body of 12 (IPv4) or 24 (IPv6) bytes that the caller
+ * has checked. The length comes from the body, never from the wire byte. */
+__attribute__((always_inline)) inline void NlriKey(const bol::View &stBody, bool bV4, BOL_SRPOLICY_NLRI_S &stKey)
+{
+    if (bV4) {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV4);
+        GetKeyFields<1u>(stBody, 0u, stKey);
+    } else {
+        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
+        GetKeyFields<4u>(stBody, 0u, stKey);
+    }
+}
+
+/* Decodes an NLRI body that the caller has checked, hands its key to the
+ * host and, once handed over, clears the more flag and moves the cursor past
+ * the body. */
+inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint32_t *pulMore,
                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     uint32_t ulUsed = bV4 ? kNlriBodyV4 : kNlriBodyV6;
@@ -145,13 +156,7 @@ __attribute__((always_inline)) inline uint32_t DecodeNlriBody(uint8_t **ppucCur,
     (void)bol::ReadView(stRd, ulUsed, stBody);
 
     BOL_SRPOLICY_NLRI_S stKey = {};
-    if (bV4) {
-        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV4);
-        GetKeyFields<1u>(stBody, 0u, stKey);
-    } else {
-        stKey.ucNlriLen = static_cast<uint8_t>(BOL_SRPOLICY_NLRI_LEN_IPV6);
-        GetKeyFields<4u>(stBody, 0u, stKey);
-    }
+    NlriKey(stBody, bV4, stKey);
     uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
     if (ulRet == BOL_OK) {
         *pulMore = 0u;
@@ -187,14 +192,23 @@ uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHos
         return BOL_ERR_NLRI_LEN;
     }
 
+    /* The host gets the more flag, and the cursor, even when the key could
+     * not be handed over, so that it can skip this NLRI: past the body once
+     * the key is handed over, else just after the length byte. Both are
+     * stored before the output block is built, so that little is kept across
+     * its calls; a failure puts the cursor back at the body. */
+    *pulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
+    bol::View stBody = {};
+    (void)bol::ReadView(stRd, ulBody, stBody);
+    *ppucCur = stRd.puc;
     /* The body decoder that BOL_SRPOLICY_ParseBgpNlri wraps, without its
      * checks: they hold here. */
-    uint8_t *pucBody = stRd.puc;
-    uint32_t ulRet = DecodeNlriBody(&pucBody, ulBody == kNlriBodyV4, ppvOut, pulMore, pstInst);
-    /* The host gets the cursor and the more flag even when the key could not
-     * be handed over, so that it can skip this NLRI. */
-    *ppucCur = pucBody;
-    *pulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
+    BOL_SRPOLICY_NLRI_S stKey = {};
+    NlriKey(stBody, ulBody == kNlriBodyV4, stKey);
+    uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
+    if (ulRet != BOL_OK) {
+        *ppucCur = stBody.puc;
+    }
     return ulRet;
 }
 
@@ -288,11 +302,15 @@ extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_
         return BOL_ERR_MALLOC;
     }
 
-    void *pvAttr = AllocZeroed(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S)));
+    void *pvAttr = BOL_ALLOC(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S)));
     if (pvAttr == nullptr) {
         BOL_REPORT(0u);
         return BOL_ERR_MALLOC;
     }
+    /* Every field 0 or null until the decode sets it. The record never leaves
+     * the plug-in, and a fill of its fixed size cannot fail, so it is zeroed
+     * in place rather than through the bounded fill. */
+    memset(pvAttr, 0, sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S));
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
 
     pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(AllocZeroed(pstInst, ulAttrLen + 4u));
@@ -357,6 +375,12 @@ const NameSlot *FindNameSlot(uint32_t ulType)
     return nullptr;
 }
 
+/* A name is valid when it is not empty and every byte is printable. */
+inline bool NameValid(const bol::View &stName)
+{
+    return stName.ulLen != 0u && bol::AllBytesIn(stName, 0x20u, 0x7Eu);
+}
+
 /* Writes a length field of the given width (1 or 2 bytes). */
 void PutLenField(bol::Writer &stWr, uint32_t ulWidth, uint32_t ulLen)
 {
@@ -379,7 +403,7 @@ struct SliceIdPos {
 
 /* The tunnel type and length as received (the length is rewritten when the
  * copy is finished). */
-void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
+__attribute__((always_inline)) inline void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const uint8_t *pucAttr, uint32_t ulAttrLen,
                 BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::View stHdr = bol::MakeReadView(pucAttr, kTnlHdrLen);
@@ -392,20 +416,26 @@ void CopyHeader(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const u
     pstAttr->usRecvAttrLen = static_cast<uint16_t>(ulAttrLen);
 }
 
-/* A zero reserved byte (the copy buffer is zero-filled), the kept name, and
- * the remembered length field rewritten to 1 + the kept length. */
-void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+/* A zero reserved byte (the copy buffer is zero-filled) and the kept name. */
+void PutReservedAndName(bol::Writer &stWr, const uint8_t *pucName, uint32_t ulNameLen)
 {
-    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
     bol::PutSkip(stWr, 1u);
-    if (usNameLen != 0u && pucName != nullptr) {
-        int iRet = bol::PutBytes(stWr, pucName, usNameLen);
+    if (ulNameLen != 0u && pucName != nullptr) {
+        int iRet = bol::PutBytes(stWr, pucName, ulNameLen);
         if (iRet != 0) {
             BOL_REPORT_SEC(iRet);
         }
     } else {
-        bol::PutSkip(stWr, usNameLen);
+        bol::PutSkip(stWr, ulNameLen);
     }
+}
+
+/* The reserved byte and the kept name, and the remembered length field
+ * rewritten to 1 + the kept length. */
+void CopyName(uint8_t *&pucPos, const uint8_t *pucName, uint16_t usNameLen, uint8_t *pucLenField, uint32_t ulWidth)
+{
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + usNameLen);
+    PutReservedAndName(stWr, pucName, usNameLen);
     BOL_WRITER_FILLED(stWr);
     bol::Writer stLen = bol::MakeWriter(pucLenField, ulWidth);
     PutLenField(stLen, ulWidth, 1u + usNameLen);
@@ -449,6 +479,24 @@ void CopySubTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_
     if (pstName != nullptr) {
         CopyName(pucPos, pstAttr->*pstName->ppucName, pstAttr->*pstName->pusLen, pstAttr->pucCurLenField, ulWidth);
     }
+}
+
+/* A name sub-TLV as the walk appends it: its type, its length field in the
+ * wire's width holding 1 + the kept length, the reserved byte and the kept
+ * name. The same bytes as CopySubTlv and
+ * CopyName write, with the length written once. */
+void CopyNameTlv(uint8_t *&pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucType, const NameSlot &stSlot)
+{
+    const uint8_t *pucName = pstAttr->*stSlot.ppucName;
+    uint32_t ulNameLen = pstAttr->*stSlot.pusLen;
+    uint32_t ulWidth = bol::SubTlvLenWidth(ucType);
+    bol::Writer stWr = bol::MakeWriter(pucPos, 1u + ulWidth + 1u + ulNameLen);
+    bol::PutU8(stWr, ucType);
+    pstAttr->pucCurLenField = stWr.puc;
+    PutLenField(stWr, ulWidth, 1u + ulNameLen);
+    PutReservedAndName(stWr, pucName, ulNameLen);
+    BOL_WRITER_FILLED(stWr);
+    pucPos = stWr.puc;
 }
 
 /* The copy's length, and its tunnel length rewritten to match. */
@@ -508,9 +556,10 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
             }
         }
         uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
-        if (FindNameSlot(ucType) != nullptr) {
+        const NameSlot *pstName = FindNameSlot(ucType);
+        if (pstName != nullptr) {
             CopyRun(pucPos, pucRun, pucTlv);
-            CopySubTlv(pucPos, pstAttr, ucType, usLen, stValue.puc, &stPos.pucPriv, &stPos.pucStd);
+            CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
             pucRun = stRd.puc;
         } else {
             NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
@@ -722,11 +771,10 @@ const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
 const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
 
 /* Candidate path name and policy name: a reserved byte, then the name. */
-uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8_t *pucValue, uint32_t ulLen,
+uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
                    BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    const NameSlot *pstSlot = FindNameSlot(ulType);
-    if (pstSlot == nullptr || pstAttr->*pstSlot->pucExist != 0u) {
+    if (pstAttr->*pstSlot->pucExist != 0u) {
         return BOL_ERR_SUBTLV_INVALID;
     }
     pstAttr->*pstSlot->pucValid = 1u;
@@ -736,7 +784,7 @@ uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint32_t ulType, uint8
     }
 
     bol::View stName = bol::SubView(bol::MakeView(pucValue, ulLen), 1u, ulLen - 1u);
-    if (BOL_SRPOLICY_CheckNameValid(stName.puc, stName.ulLen) == 0u) {
+    if (!NameValid(stName)) {
         pstAttr->*pstSlot->pucValid = 0u;
     }
     if (stName.ulLen == 0u) {
@@ -858,14 +906,19 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
         return ulRet;
     }
 
-    /* The node's fixed part followed directly by the value bytes. */
+    /* The node's fixed part followed directly by the value bytes. The value
+     * is copied in full, and a failed copy zeroes it, so only the fixed part
+     * is zeroed here. */
     uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
-    BOL_SRPOLICY_LIST_NODE_S *pstLink = BOL_APPEND_NEW_NODE(pstAttr->pstSegListHead, ulSize, pstInst);
-    if (pstLink == nullptr) {
+    void *pvNode = BOL_ALLOC(pstInst, ulSize);
+    if (pvNode == nullptr) {
         BOL_REPORT(ulSize);
         return BOL_ERR_MALLOC;
     }
-    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = reinterpret_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pstLink);
+    memset(pvNode, 0, BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN);
+    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = static_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pvNode);
+    BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
+    DLL_Insert_In_Middle(pstList, pstList->stHead.pstPrev, &pstNode->stNode, &pstList->stHead);
     bol::Writer stWr = bol::MakeWriter(pstNode->aucSegList, ulLen);
     int iRet = bol::PutBytes(stWr, pucValue, ulLen);
     if (iRet != 0) {
@@ -882,7 +935,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_CPathName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAtt
     BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_CPATH_NAME, pucValue, ulLen, pstInst);
+    return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_CPATH_NAME), pucValue, ulLen, pstInst);
 }
 
 uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
@@ -891,7 +944,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_PolicyName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAt
     BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-    return ParseName(pstAttr, BOL_SRPOLICY_SUBTLV_POLICY_NAME, pucValue, ulLen, pstInst);
+    return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_POLICY_NAME), pucValue, ulLen, pstInst);
 }
 
 /* Known sub-TLVs that this family takes as they are: no table row names
@@ -919,10 +972,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_Priority(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr
 /* 1 when the name is non-empty and every byte is printable ASCII. */
 uint32_t BOL_SRPOLICY_CheckNameValid(const uint8_t *pucName, uint32_t ulLen)
 {
-    if (pucName == nullptr || ulLen == 0u) {
-        return 0u;
-    }
-    return bol::AllBytesIn(bol::MakeReadView(pucName, ulLen), 0x20u, 0x7Eu) ? 1u : 0u;
+    return NameValid(bol::MakeReadView(pucName, ulLen)) ? 1u : 0u;
 }
 
 } /* extern "C" */

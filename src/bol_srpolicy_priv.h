@@ -626,16 +626,22 @@ inline bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, u
  * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
 bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey);
 
-/* Hands usLen attribute bytes to the host as one output block: no key,
- * attribute flags 0, attribute type 23. The bytes are copied. */
-inline uint32_t OutputAttribute(void **ppvOut, uint8_t *pucAttr, uint16_t usLen,
-                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
+/* An output block of ulTotal bytes from the module, zeroed: what
+ * BOL_SRPOLICY_OutputData allocates and fills before it copies the sections.
+ * Null, after a report, when the allocation fails. Reports and allocation tag
+ * name the output service's module. */
+inline void *NewOutputBlock(uint32_t ulTotal, uint32_t ulMemModuleId)
 {
-    BOL_PARSE_DESC_S stDesc = {}; /* every field zero */
-    stDesc.ucAttrType = static_cast<uint8_t>(BOL_SRPOLICY_PATTR_TNL_ENCAP);
-    stDesc.usAttrLen = usLen;
-    stDesc.pucAttr = pucAttr;
-    return BOL_SRPOLICY_OutputData(ppvOut, &stDesc, pstInst->ulMemModuleId);
+    void *pvBlock = ZUN_SimpleAlloc_F(ulMemModuleId, ulTotal, BOL_MOD_SRPOLICY, (uint32_t)__LINE__);
+    if (pvBlock == nullptr) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, ulTotal);
+        return nullptr;
+    }
+    int iRet = memset_s(pvBlock, ulTotal, 0, ulTotal);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    return pvBlock;
 }
 
 /* The output block of a key alone, which BOL_SRPOLICY_OutputData builds for a
@@ -651,22 +657,50 @@ inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
         ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
         return BOL_ERR_PARAM;
     }
-    const uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN + BOL_SRPOLICY_NLRI_KEY_LEN;
-    void *pvBlock = ZUN_SimpleAlloc_F(ulMemModuleId, ulTotal, BOL_MOD_SRPOLICY, (uint32_t)__LINE__);
+    void *pvBlock = NewOutputBlock(BOL_PARSE_OUTPUT_HDR_LEN + BOL_SRPOLICY_NLRI_KEY_LEN, ulMemModuleId);
     if (pvBlock == nullptr) {
-        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, ulTotal);
         return BOL_ERR_MALLOC;
-    }
-    int iRet = memset_s(pvBlock, ulTotal, 0, ulTotal);
-    if (iRet != 0) {
-        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
     }
     BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
     pstOut->ulOutFlags = BOL_OUTPUT_FLAG_KEY;
     pstOut->usKeyOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
     pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
-    iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, BOL_SRPOLICY_NLRI_KEY_LEN, pstKey,
+    int iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, BOL_SRPOLICY_NLRI_KEY_LEN, pstKey,
                     BOL_SRPOLICY_NLRI_KEY_LEN);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    *ppvOut = pvBlock;
+    return BOL_OK;
+}
+
+/* Hands usLen attribute bytes to the host as one output block: no key,
+ * attribute flags 0, attribute type 23, the bytes copied. This is the block
+ * BOL_SRPOLICY_OutputData builds for such a descriptor (nothing handed over,
+ * without a report, when there are no bytes), built without the descriptor
+ * and the call (its callers have checked ppvOut and pucAttr). Its reports
+ * and its allocation tag name the output service's module whoever inlines
+ * it. */
+inline uint32_t OutputAttribute(void **ppvOut, const uint8_t *pucAttr, uint16_t usLen,
+                                const BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    if (pstInst->ulMemModuleId == 0u) {
+        ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
+        return BOL_ERR_PARAM;
+    }
+    if (usLen == 0u) {
+        return BOL_ERR_PARAM;
+    }
+    void *pvBlock = NewOutputBlock(BOL_PARSE_OUTPUT_HDR_LEN + usLen, pstInst->ulMemModuleId);
+    if (pvBlock == nullptr) {
+        return BOL_ERR_MALLOC;
+    }
+    BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
+    pstOut->ulOutFlags = BOL_OUTPUT_FLAG_ATTR;
+    pstOut->ucAttrType = static_cast<uint8_t>(BOL_SRPOLICY_PATTR_TNL_ENCAP);
+    pstOut->usAttrOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
+    pstOut->usAttrLen = usLen;
+    int iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, usLen, pucAttr, usLen);
     if (iRet != 0) {
         ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
     }

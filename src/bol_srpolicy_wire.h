@@ -129,31 +129,39 @@ inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
     }
 }
 
-/* True when every byte of the view lies in [ucLo, ucHi], where
- * ucLo <= ucHi < 0x80. Four bytes at a time: in a word w, some byte is below
- * ucLo when (w - ucLo x 0x01010101) & ~w has a top bit set, and some byte is
- * above ucHi when (w + (0x7F - ucHi) x 0x01010101) | w has one (a borrow or
- * carry between bytes only comes from a byte that is itself out of range).
- * The last bytes one by one. */
-inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
+/* True when every byte of the word lies in [ucLo, ucHi], where
+ * ucLo <= ucHi < 0x80: some byte is below ucLo when
+ * (w - ucLo x 0x01010101) & ~w has a top bit set, and some byte is above ucHi
+ * when (w + (0x7F - ucHi) x 0x01010101) | w has one (a borrow or carry
+ * between bytes only comes from a byte that is itself out of range). */
+inline bool WordBytesIn(uint32_t ulWord, uint8_t ucLo, uint8_t ucHi)
 {
     const uint32_t kOnes = 0x01010101u;
-    const uint32_t kTops = 0x80808080u;
     const uint32_t ulBelow = kOnes * ucLo;
     const uint32_t ulAbove = kOnes * static_cast<uint32_t>(0x7Fu - ucHi);
-    uint32_t i = 0;
-    for (; stView.ulLen - i >= 4u; i += 4u) {
-        uint32_t ulWord = LoadBe32(stView.puc + i);
-        if (((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & kTops) != 0u) {
+    return ((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & 0x80808080u) == 0u;
+}
+
+/* True when every byte of the view lies in [ucLo, ucHi], where
+ * ucLo <= ucHi < 0x80. Four bytes at a time; a view of four bytes or more
+ * ends with its last four bytes, which may overlap bytes already checked, and
+ * a shorter one is checked byte by byte. */
+inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
+{
+    if (stView.ulLen < 4u) {
+        for (uint32_t i = 0; i < stView.ulLen; i++) {
+            if (stView.puc[i] < ucLo || stView.puc[i] > ucHi) {
+                return false;
+            }
+        }
+        return true;
+    }
+    for (uint32_t i = 0; stView.ulLen - i > 4u; i += 4u) {
+        if (!WordBytesIn(LoadBe32(stView.puc + i), ucLo, ucHi)) {
             return false;
         }
     }
-    for (; i < stView.ulLen; i++) {
-        if (stView.puc[i] < ucLo || stView.puc[i] > ucHi) {
-            return false;
-        }
-    }
-    return true;
+    return WordBytesIn(LoadBe32(stView.puc + stView.ulLen - 4u), ucLo, ucHi);
 }
 
 /* ---- Reader: sequential reads with a remaining count -------------------- */

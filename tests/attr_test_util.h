@@ -177,6 +177,7 @@ struct Record {
         const BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
         for (const BOL_SRPOLICY_LIST_NODE_S *p = pstList->stHead.pstNext; p != &pstList->stHead; p = p->pstNext) {
             const BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = reinterpret_cast<const BOL_SRPOLICY_SEGLIST_NODE_S *>(p);
+            EXPECT_EQ(p->ulHandle, 0u); /* nodes are zeroed before they are linked */
             /* The value runs past the declared two bytes of aucSegList. */
             const uint8_t *pucValue = reinterpret_cast<const uint8_t *>(pstNode) + BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN;
             vec.emplace_back(pucValue, pucValue + pstNode->usSegListLen);

@@ -110,6 +110,7 @@ void *ZUN_SimpleAlloc_F(uint32_t ulMemModuleId, uint32_t ulSize, const char *pcM
     }
     void *pv = malloc(ulSize);
     if (pv != nullptr) {
+        memset(pv, 0xA5, ulSize); /* a block the plug-in must zero is not zero already */
         st.mapLive[pv] = tp::Block{ulMemModuleId, ulSize};
     }
     return pv;
