@@ -1,9 +1,15 @@
 /* JSON form of described UPDATEs: one object per route and line (schema in
  * tools/README.md), written by a streaming writer straight into the output
  * buffer, with no document built in between. */
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
+/* Strings are scanned for characters to escape sixteen bytes at a time. */
+#if defined(__SSE2__) && !defined(RAPIDJSON_SSE2)
+#define RAPIDJSON_SSE2
+#endif
+#include <rapidjson/internal/itoa.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -14,6 +20,52 @@
 namespace srp {
 
 namespace {
+
+/* JSON text of a value whose shape is fixed (an object of numbers, hex and
+ * address texts), written at a cursor into room reserved beforehand: one
+ * block for the writer instead of a call per key and value. */
+class Frag {
+public:
+    explicit Frag(char *pc) : m_pc(pc) {}
+    char *End() const { return m_pc; }
+
+    template <size_t N>
+    Frag &Lit(const char (&ac)[N])
+    {
+        memcpy(m_pc, ac, N - 1u);
+        m_pc += N - 1u;
+        return *this;
+    }
+    Frag &Uint(uint32_t ul)
+    {
+        m_pc = rapidjson::internal::u32toa(ul, m_pc);
+        return *this;
+    }
+    Frag &Bool(bool b) { return b ? Lit("true") : Lit("false"); }
+    Frag &Hex(const uint8_t *p, size_t n)
+    {
+        *m_pc++ = '"';
+        m_pc = PutHex(m_pc, p, n);
+        *m_pc++ = '"';
+        return *this;
+    }
+    /* A text with nothing to escape (an address). */
+    Frag &Plain(const std::string &s)
+    {
+        *m_pc++ = '"';
+        memcpy(m_pc, s.data(), s.size());
+        m_pc += s.size();
+        *m_pc++ = '"';
+        return *this;
+    }
+
+private:
+    char *m_pc;
+};
+
+/* Room for the longest number, literal or punctuation a fragment writes
+ * between its variable parts. */
+const size_t kFieldRoom = 24u;
 
 /* Each object is written into a reused string buffer, then handed to the
  * buffered output in one piece. */
@@ -31,6 +83,16 @@ public:
     }
     /* A value or key already in JSON form, copied in one block. */
     void RawBlock(const char *p, size_t n, rapidjson::Type eType) { memcpy(Raw(n, eType), p, n); }
+    /* A fixed-shape value written by fn into at most nMax bytes. */
+    template <class Fn>
+    void RawFrag(size_t nMax, rapidjson::Type eType, Fn fn)
+    {
+        char *pc = Raw(nMax, eType);
+        Frag f(pc);
+        fn(f);
+        assert(f.End() <= pc + nMax);
+        os_->Pop(static_cast<size_t>(pc + nMax - f.End()));
+    }
 };
 
 /* A key known when compiling: written quoted as it stands, without the
@@ -66,84 +128,104 @@ void HexValue(Writer &w, const uint8_t *p, size_t n)
     *PutHex(pc + 1, p, n) = '"';
 }
 
-void Structure(Writer &w, const uint8_t *puc)
+/* LB, LN, Func, Args of an SRv6 SID structure. */
+void Structure(Frag &f, const uint8_t *puc)
 {
-    w.StartObject();
-    Key(w, "lb");
-    w.Uint(puc[0]);
-    Key(w, "ln");
-    w.Uint(puc[1]);
-    Key(w, "func");
-    w.Uint(puc[2]);
-    Key(w, "arg");
-    w.Uint(puc[3]);
-    w.EndObject();
+    f.Lit("{\"lb\":").Uint(puc[0]).Lit(",\"ln\":").Uint(puc[1]).Lit(",\"func\":").Uint(puc[2]);
+    f.Lit(",\"arg\":").Uint(puc[3]).Lit("}");
+}
+const size_t kStructureRoom = 64u;
+
+/* Room of a segment's object: its numbers and the structure, its hex and
+ * its address texts. */
+size_t SegmentRoom(const SegmentField &st)
+{
+    size_t n = 6u * kFieldRoom + kStructureRoom + 2u * st.vecValue.size() + st.strSid.size();
+    for (const std::string &s : st.vecBindingSids) {
+        n += s.size() + 3u;
+    }
+    return n;
 }
 
-void Segment(Writer &w, const SegmentField &st)
+void Segment(Frag &f, const SegmentField &st)
 {
-    w.StartObject();
-    Key(w, "type");
-    w.Uint(st.ucType);
-    Key(w, "flags");
-    w.Uint(st.ucFlags);
-    Key(w, "hex");
-    HexValue(w, st.vecValue.data(), st.vecValue.size());
-    OptionalUint(w, "label", st.oLabel);
+    f.Lit("{\"type\":").Uint(st.ucType).Lit(",\"flags\":").Uint(st.ucFlags).Lit(",\"hex\":");
+    f.Hex(st.vecValue.data(), st.vecValue.size());
+    if (st.oLabel) {
+        f.Lit(",\"label\":").Uint(*st.oLabel);
+    }
     if (!st.strSid.empty()) {
-        Key(w, "sid");
-        Str(w, st.strSid);
+        f.Lit(",\"sid\":").Plain(st.strSid);
         if (st.vecValue.size() == 26u) { /* SID, endpoint behavior, reserved, structure */
-            Key(w, "endpoint_behavior");
-            w.Uint(Be16(st.vecValue.data() + 18));
-            Key(w, "structure");
-            Structure(w, st.vecValue.data() + 22);
+            f.Lit(",\"endpoint_behavior\":").Uint(Be16(st.vecValue.data() + 18)).Lit(",\"structure\":");
+            Structure(f, st.vecValue.data() + 22);
         }
     }
     if (!st.vecBindingSids.empty()) {
-        Key(w, "binding_sids");
-        w.StartArray();
-        for (const std::string &s : st.vecBindingSids) {
-            Str(w, s);
+        f.Lit(",\"binding_sids\":[");
+        for (size_t i = 0; i < st.vecBindingSids.size(); i++) {
+            if (i > 0u) {
+                f.Lit(",");
+            }
+            f.Plain(st.vecBindingSids[i]);
         }
-        w.EndArray();
+        f.Lit("]");
     }
-    w.EndObject();
+    f.Lit("}");
 }
 
 void BindingSidObject(Writer &w, const BindingSid &b)
 {
-    w.StartObject();
-    Key(w, "s_flag");
-    w.Bool((b.ucFlags & 0x80u) != 0u);
-    Key(w, "i_flag");
-    w.Bool((b.ucFlags & 0x40u) != 0u);
-    if (b.ucType == 1u) {
-        Key(w, "label");
-        w.Uint(b.ulLabel);
-    } else if (b.ucType == 2u) {
-        Key(w, "sid");
-        Str(w, b.strSid);
-    }
-    w.EndObject();
+    w.RawFrag(5u * kFieldRoom + b.strSid.size(), rapidjson::kObjectType, [&b](Frag &f) {
+        f.Lit("{\"s_flag\":").Bool((b.ucFlags & 0x80u) != 0u).Lit(",\"i_flag\":").Bool((b.ucFlags & 0x40u) != 0u);
+        if (b.ucType == 1u) {
+            f.Lit(",\"label\":").Uint(b.ulLabel);
+        } else if (b.ucType == 2u) {
+            f.Lit(",\"sid\":").Plain(b.strSid);
+        }
+        f.Lit("}");
+    });
 }
 
+void Srv6BindingSidObject(Writer &w, const Srv6BindingSid &s)
+{
+    w.RawFrag(5u * kFieldRoom + kStructureRoom + s.strSid.size(), rapidjson::kObjectType, [&s](Frag &f) {
+        f.Lit("{\"sid\":").Plain(s.strSid).Lit(",\"flags\":").Uint(s.ucFlags);
+        if ((s.ucFlags & 0x20u) != 0u) {
+            f.Lit(",\"endpoint_behavior\":").Uint(s.usBehavior).Lit(",\"structure\":");
+            Structure(f, s.aucStructure);
+        }
+        f.Lit("}");
+    });
+}
+
+/* Each list is one fixed-shape object: its hex, weight, path MTU and
+ * segments. */
 void SegmentLists(Writer &w, const std::vector<SegmentListField> &vecLists)
 {
     w.StartArray();
     for (const SegmentListField &l : vecLists) {
-        w.StartObject();
-        Key(w, "hex");
-        HexValue(w, l.vecRaw.data(), l.vecRaw.size());
-        OptionalUint(w, "weight", l.oWeight);
-        OptionalUint(w, "path_mtu", l.oPathMtu);
-        Key(w, "segments");
-        w.StartArray();
+        size_t ulRoom = 4u * kFieldRoom + 2u * l.vecRaw.size();
         for (const SegmentField &s : l.vecSegments) {
-            Segment(w, s);
+            ulRoom += SegmentRoom(s) + 1u;
         }
-        w.EndArray();
-        w.EndObject();
+        w.RawFrag(ulRoom, rapidjson::kObjectType, [&l](Frag &f) {
+            f.Lit("{\"hex\":").Hex(l.vecRaw.data(), l.vecRaw.size());
+            if (l.oWeight) {
+                f.Lit(",\"weight\":").Uint(*l.oWeight);
+            }
+            if (l.oPathMtu) {
+                f.Lit(",\"path_mtu\":").Uint(*l.oPathMtu);
+            }
+            f.Lit(",\"segments\":[");
+            for (size_t i = 0; i < l.vecSegments.size(); i++) {
+                if (i > 0u) {
+                    f.Lit(",");
+                }
+                Segment(f, l.vecSegments[i]);
+            }
+            f.Lit("]}");
+        });
     }
     w.EndArray();
 }
@@ -233,18 +315,7 @@ void Attribute(Writer &w, const DescribedAttribute &stAttr)
         Key(w, "srv6_binding_sids");
         w.StartArray();
         for (const Srv6BindingSid &s : st.vecSrv6BindingSids) {
-            w.StartObject();
-            Key(w, "sid");
-            Str(w, s.strSid);
-            Key(w, "flags");
-            w.Uint(s.ucFlags);
-            if ((s.ucFlags & 0x20u) != 0u) {
-                Key(w, "endpoint_behavior");
-                w.Uint(s.usBehavior);
-                Key(w, "structure");
-                Structure(w, s.aucStructure);
-            }
-            w.EndObject();
+            Srv6BindingSidObject(w, s);
         }
         w.EndArray();
         Key(w, "segment_lists");
@@ -340,16 +411,12 @@ public:
             Key(w, "withdrawn");
             w.Bool(stRoute.bWithdrawn);
             Key(w, "nlri");
-            w.StartObject();
-            Key(w, "length");
-            w.Uint(stRoute.stKey.ucNlriLen);
-            Key(w, "distinguisher");
-            w.Uint(stRoute.stKey.ulDistinguisher);
-            Key(w, "color");
-            w.Uint(stRoute.stKey.ulPolicyColor);
-            Key(w, "endpoint");
-            Str(w, EndpointText(stRoute.stKey));
-            w.EndObject();
+            const BOL_SRPOLICY_NLRI_S &stKey = stRoute.stKey;
+            const std::string strEndpoint = EndpointText(stKey);
+            w.RawFrag(5u * kFieldRoom + strEndpoint.size(), rapidjson::kObjectType, [&](Frag &f) {
+                f.Lit("{\"length\":").Uint(stKey.ucNlriLen).Lit(",\"distinguisher\":").Uint(stKey.ulDistinguisher);
+                f.Lit(",\"color\":").Uint(stKey.ulPolicyColor).Lit(",\"endpoint\":").Plain(strEndpoint).Lit("}");
+            });
             Key(w, "key_text");
             Str(w, stRoute.strKeyText);
             Key(w, "valid");
