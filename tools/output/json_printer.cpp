@@ -330,31 +330,45 @@ void Attribute(Writer &w, const DescribedAttribute &stAttr)
     w.EndObject();
 }
 
-void Context(Writer &w, const EventContext &stCtx)
+/* The context's texts as JSON string literals, made once for all the routes
+ * of an UPDATE. */
+struct ContextLiterals {
+    struct Cached {
+        std::string strText;
+        std::string strLiteral;
+    };
+    Cached stSource;
+    Cached stRouter;
+    Cached stPeer;
+    Cached stView;
+    std::string strTime;
+};
+
+void Context(Writer &w, const EventContext &stCtx, const ContextLiterals &stLit)
 {
     Key(w, "message");
     w.Uint64(stCtx.ullMessage);
     Key(w, "source");
-    Str(w, stCtx.strSource);
+    w.RawBlock(stLit.stSource.strLiteral.data(), stLit.stSource.strLiteral.size(), rapidjson::kStringType);
     if (stCtx.bHasOffset) {
         Key(w, "offset");
         w.Uint64(stCtx.ullOffset);
     }
     if (stCtx.bHasTime) {
         Key(w, "time");
-        Str(w, EventTimeText(stCtx.llTimeUs));
+        w.RawBlock(stLit.strTime.data(), stLit.strTime.size(), rapidjson::kStringType);
     }
     if (!stCtx.strRouter.empty()) {
         Key(w, "router");
-        Str(w, stCtx.strRouter);
+        w.RawBlock(stLit.stRouter.strLiteral.data(), stLit.stRouter.strLiteral.size(), rapidjson::kStringType);
     }
     if (!stCtx.strPeer.empty()) {
         Key(w, "peer");
-        Str(w, stCtx.strPeer);
+        w.RawBlock(stLit.stPeer.strLiteral.data(), stLit.stPeer.strLiteral.size(), rapidjson::kStringType);
     }
     if (!stCtx.strView.empty()) {
         Key(w, "view");
-        Str(w, stCtx.strView);
+        w.RawBlock(stLit.stView.strLiteral.data(), stLit.stView.strLiteral.size(), rapidjson::kStringType);
     }
 }
 
@@ -380,6 +394,7 @@ public:
         const DescribedAttribute &stAttr = stUpdate.stAttr;
         /* The attribute object is the same for every route of the UPDATE:
          * written once, copied into each route's object. */
+        Literals(stCtx);
         m_sbAttr.Clear();
         if (stAttr.bPresent) {
             Writer &wAttr = m_wAttr;
@@ -391,7 +406,7 @@ public:
             Writer &w = m_w;
             w.Reset(m_sb);
             w.StartObject();
-            Context(w, stCtx);
+            Context(w, stCtx, m_stLit);
             Key(w, "attribute");
             w.RawBlock(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
             Warnings(w, stAttr.vecWarnings);
@@ -403,7 +418,7 @@ public:
             Writer &w = m_w;
             w.Reset(m_sb);
             w.StartObject();
-            Context(w, stCtx);
+            Context(w, stCtx, m_stLit);
             Key(w, "afi");
             w.Uint(stRoute.usAfi);
             Key(w, "safi");
@@ -456,6 +471,34 @@ public:
     }
 
 private:
+    /* A literal is made again only when its text changed (a file's
+     * messages share their source, a session's their peer). */
+    void Literal(const std::string &s, ContextLiterals::Cached &stOut)
+    {
+        if (s == stOut.strText && !stOut.strLiteral.empty()) {
+            return;
+        }
+        stOut.strText = s;
+        m_sbLit.Clear();
+        m_wLit.Reset(m_sbLit);
+        Str(m_wLit, s);
+        stOut.strLiteral.assign(m_sbLit.GetString(), m_sbLit.GetSize());
+    }
+    void Literals(const EventContext &stCtx)
+    {
+        Literal(stCtx.strSource, m_stLit.stSource);
+        if (stCtx.bHasTime) {
+            char ac[64];
+            size_t n = EventTimeText(stCtx.llTimeUs, ac + 1);
+            ac[0] = '"';
+            ac[n + 1u] = '"';
+            m_stLit.strTime.assign(ac, n + 2u);
+        }
+        Literal(stCtx.strRouter, m_stLit.stRouter);
+        Literal(stCtx.strPeer, m_stLit.stPeer);
+        Literal(stCtx.strView, m_stLit.stView);
+    }
+
     /* The object in the buffer and a line end; with ulSplice, the
      * attribute object in place of the byte there. */
     void Emit(size_t ulSplice = SIZE_MAX)
@@ -477,6 +520,9 @@ private:
     /* Writers kept from object to object: each keeps its nesting stack. */
     Writer m_w{m_sb};
     Writer m_wAttr{m_sbAttr};
+    rapidjson::StringBuffer m_sbLit;
+    Writer m_wLit{m_sbLit};
+    ContextLiterals m_stLit;
 };
 
 }  // namespace
