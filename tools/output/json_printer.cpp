@@ -41,7 +41,19 @@ public:
         m_pc = rapidjson::internal::u32toa(ul, m_pc);
         return *this;
     }
+    Frag &Uint64(uint64_t ull)
+    {
+        m_pc = rapidjson::internal::u64toa(ull, m_pc);
+        return *this;
+    }
     Frag &Bool(bool b) { return b ? Lit("true") : Lit("false"); }
+    /* A string already in JSON form, quotes included. */
+    Frag &Literal(const std::string &s)
+    {
+        memcpy(m_pc, s.data(), s.size());
+        m_pc += s.size();
+        return *this;
+    }
     Frag &Hex(const uint8_t *p, size_t n)
     {
         *m_pc++ = '"';
@@ -92,6 +104,24 @@ public:
         fn(f);
         assert(f.End() <= pc + nMax);
         os_->Pop(static_cast<size_t>(pc + nMax - f.End()));
+    }
+    /* Whole members ("key":value,...) of the object being written, of a
+     * fixed shape, written by fn into at most nMax bytes. The writer counts
+     * them as one key and its value, and goes on as after any member. */
+    template <class Fn>
+    void Members(size_t nMax, Fn fn)
+    {
+        Level *pLevel = level_stack_.template Top<Level>();
+        assert(!pLevel->inArray && pLevel->valueCount % 2u == 0u);
+        char *pc = os_->Push(nMax + 1u);
+        Frag f(pc);
+        if (pLevel->valueCount > 0u) {
+            f.Lit(",");
+        }
+        fn(f);
+        assert(f.End() <= pc + nMax + 1u);
+        os_->Pop(static_cast<size_t>(pc + nMax + 1u - f.End()));
+        pLevel->valueCount += 2u;
     }
 };
 
@@ -344,31 +374,30 @@ struct ContextLiterals {
     std::string strTime;
 };
 
-void Context(Writer &w, const EventContext &stCtx, const ContextLiterals &stLit)
+/* Room of the context's members. */
+size_t ContextRoom(const ContextLiterals &stLit)
 {
-    Key(w, "message");
-    w.Uint64(stCtx.ullMessage);
-    Key(w, "source");
-    w.RawBlock(stLit.stSource.strLiteral.data(), stLit.stSource.strLiteral.size(), rapidjson::kStringType);
+    return 8u * kFieldRoom + stLit.stSource.strLiteral.size() + stLit.strTime.size() +
+           stLit.stRouter.strLiteral.size() + stLit.stPeer.strLiteral.size() + stLit.stView.strLiteral.size();
+}
+
+void Context(Frag &f, const EventContext &stCtx, const ContextLiterals &stLit)
+{
+    f.Lit("\"message\":").Uint64(stCtx.ullMessage).Lit(",\"source\":").Literal(stLit.stSource.strLiteral);
     if (stCtx.bHasOffset) {
-        Key(w, "offset");
-        w.Uint64(stCtx.ullOffset);
+        f.Lit(",\"offset\":").Uint64(stCtx.ullOffset);
     }
     if (stCtx.bHasTime) {
-        Key(w, "time");
-        w.RawBlock(stLit.strTime.data(), stLit.strTime.size(), rapidjson::kStringType);
+        f.Lit(",\"time\":").Literal(stLit.strTime);
     }
     if (!stCtx.strRouter.empty()) {
-        Key(w, "router");
-        w.RawBlock(stLit.stRouter.strLiteral.data(), stLit.stRouter.strLiteral.size(), rapidjson::kStringType);
+        f.Lit(",\"router\":").Literal(stLit.stRouter.strLiteral);
     }
     if (!stCtx.strPeer.empty()) {
-        Key(w, "peer");
-        w.RawBlock(stLit.stPeer.strLiteral.data(), stLit.stPeer.strLiteral.size(), rapidjson::kStringType);
+        f.Lit(",\"peer\":").Literal(stLit.stPeer.strLiteral);
     }
     if (!stCtx.strView.empty()) {
-        Key(w, "view");
-        w.RawBlock(stLit.stView.strLiteral.data(), stLit.stView.strLiteral.size(), rapidjson::kStringType);
+        f.Lit(",\"view\":").Literal(stLit.stView.strLiteral);
     }
 }
 
@@ -406,7 +435,7 @@ public:
             Writer &w = m_w;
             w.Reset(m_sb);
             w.StartObject();
-            Context(w, stCtx, m_stLit);
+            w.Members(ContextRoom(m_stLit), [&](Frag &f) { Context(f, stCtx, m_stLit); });
             Key(w, "attribute");
             w.RawBlock(m_sbAttr.GetString(), m_sbAttr.GetSize(), rapidjson::kObjectType);
             Warnings(w, stAttr.vecWarnings);
@@ -418,18 +447,15 @@ public:
             Writer &w = m_w;
             w.Reset(m_sb);
             w.StartObject();
-            Context(w, stCtx, m_stLit);
-            Key(w, "afi");
-            w.Uint(stRoute.usAfi);
-            Key(w, "safi");
-            w.Uint(kSafiSrPolicy);
-            Key(w, "withdrawn");
-            w.Bool(stRoute.bWithdrawn);
-            Key(w, "nlri");
+            /* The context, the family and the key: one block. */
             const BOL_SRPOLICY_NLRI_S &stKey = stRoute.stKey;
             const std::string strEndpoint = EndpointText(stKey);
-            w.RawFrag(5u * kFieldRoom + strEndpoint.size(), rapidjson::kObjectType, [&](Frag &f) {
-                f.Lit("{\"length\":").Uint(stKey.ucNlriLen).Lit(",\"distinguisher\":").Uint(stKey.ulDistinguisher);
+            size_t ulRoom = ContextRoom(m_stLit) + 8u * kFieldRoom + strEndpoint.size();
+            w.Members(ulRoom, [&](Frag &f) {
+                Context(f, stCtx, m_stLit);
+                f.Lit(",\"afi\":").Uint(stRoute.usAfi).Lit(",\"safi\":").Uint(kSafiSrPolicy);
+                f.Lit(",\"withdrawn\":").Bool(stRoute.bWithdrawn);
+                f.Lit(",\"nlri\":{\"length\":").Uint(stKey.ucNlriLen).Lit(",\"distinguisher\":").Uint(stKey.ulDistinguisher);
                 f.Lit(",\"color\":").Uint(stKey.ulPolicyColor).Lit(",\"endpoint\":").Plain(strEndpoint).Lit("}");
             });
             Key(w, "key_text");
