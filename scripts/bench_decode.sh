@@ -10,8 +10,8 @@
 # srpolicy's two forms and GoBGP's parse-only run are each timed three times
 # and the best time counts (the slower peers once). Ratios are given by
 # elapsed time and by processor time (user and system, all threads): on a
-# machine busy with other work the elapsed time favours a decoder that runs
-# on several threads (GoBGP's runtime does), the processor time does not.
+# machine busy with other work the elapsed ratios move with the load, the
+# processor-time ratios much less.
 # Work files go to a temporary directory (the 2 GB input too) and are removed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
