@@ -7,6 +7,11 @@
 # Peers, where installed: GoBGP's packet parser (Debian golang-github-osrg-gobgp-dev,
 # built offline by the tool's CMake) and tshark -T fields. Every figure is a
 # rate in routes per second; the ratios are taken between rates of this run.
+# srpolicy's two forms and GoBGP's parse-only run are each timed three times
+# and the best time counts (the slower peers once). Ratios are given by
+# elapsed time and by processor time (user and system, all threads): on a
+# machine busy with other work the elapsed ratios move with the load, the
+# processor-time ratios much less.
 # Work files go to a temporary directory (the 2 GB input too) and are removed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -53,46 +58,59 @@ $tool encode --out raw "$work/routes.json" > "$work/routes.raw" 2>/dev/null
 rm "$work/routes.json"
 echo "capture: $(($(stat -c %s "$work/routes.pcap") / 1000000)) MB, raw: $(($(stat -c %s "$work/routes.raw") / 1000000)) MB"
 
-# seconds CMD... : wall-clock seconds of one run, output discarded
+# seconds CMD... : "ELAPSED CPU" seconds of one run (CPU: user and system
+# time of all its threads), output discarded
 seconds() {
-  local t0 t1
-  t0=$(date +%s.%N)
-  "$@" >/dev/null 2>&1
-  t1=$(date +%s.%N)
-  awk -v a="$t0" -v b="$t1" 'BEGIN { printf "%.3f", b - a }'
+  /usr/bin/time -o "$work/time" -f "%e %U %S" "$@" >/dev/null 2>&1
+  awk '{ printf "%.3f %.3f", $1, $2 + $3 }' "$work/time"
 }
-rate() { awk -v n="$routes" -v s="$1" 'BEGIN { printf "%.0f", n / s }'; }
+rate() { awk -v n="$routes" -v s="$1" 'BEGIN { if (s > 0) printf "%.0f", n / s; else printf "0" }'; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else printf "-" }'; }
 
-declare -A rates
+declare -A rates cpu_rates
+# measure NAME RUNS CMD... : the best (shortest) of RUNS runs, so that a
+# moment of load from other work on the machine does not decide a ratio;
+# the rate by elapsed time and the rate by processor time.
 measure() {
-  local name=$1
-  shift
-  local s
-  s=$(seconds "$@")
-  rates[$name]=$(rate "$s")
-  printf '%-34s %8.3f s  %9s routes/s\n' "$name" "$s" "${rates[$name]}"
+  local name=$1 runs=$2
+  shift 2
+  local t best="" best_cpu=""
+  for ((i = 0; i < runs; i++)); do
+    t=$(seconds "$@")
+    best=$(awk -v a="${t% *}" -v b="$best" 'BEGIN { print (b == "" || a < b) ? a : b }')
+    best_cpu=$(awk -v a="${t#* }" -v b="$best_cpu" 'BEGIN { print (b == "" || a < b) ? a : b }')
+  done
+  rates[$name]=$(rate "$best")
+  cpu_rates[$name]=$(rate "$best_cpu")
+  printf '%-34s %8.3f s %9s routes/s; processor %8.3f s %9s routes/s (best of %d)\n' "$name" "$best" \
+    "${rates[$name]}" "$best_cpu" "${cpu_rates[$name]}" "$runs"
 }
 
 echo "decoding the capture ($routes routes) ..."
-measure "srpolicy decode (text)" "$tool" decode "$work/routes.pcap"
-measure "srpolicy decode --json" "$tool" decode --json "$work/routes.pcap"
+measure "srpolicy decode (text)" 3 "$tool" decode "$work/routes.pcap"
+measure "srpolicy decode --json" 3 "$tool" decode --json "$work/routes.pcap"
 if [ -n "$gobgp" ]; then
-  measure "GoBGP parse only" "$gobgp" parse "$work/routes.raw"
-  measure "GoBGP parse + String()" "$gobgp" string "$work/routes.raw"
+  measure "GoBGP parse only" 3 "$gobgp" parse "$work/routes.raw"
+  measure "GoBGP parse + String()" 1 "$gobgp" string "$work/routes.raw"
 fi
 if command -v tshark >/dev/null 2>&1; then
-  measure "tshark -T fields" tshark -r "$work/routes.pcap" -Y bgp -T fields -e bgp.type -e bgp.update.path_attribute.mp_reach_nlri.safi
+  measure "tshark -T fields" 1 tshark -r "$work/routes.pcap" -Y bgp -T fields -e bgp.type -e bgp.update.path_attribute.mp_reach_nlri.safi
 fi
 
-echo "ratios:"
-if [ -n "$gobgp" ]; then
-  echo "  text / GoBGP parse only: $(ratio "${rates[srpolicy decode (text)]}" "${rates[GoBGP parse only]}")"
-  echo "  JSON / GoBGP parse only: $(ratio "${rates[srpolicy decode --json]}" "${rates[GoBGP parse only]}")"
-fi
-if [ -n "${rates[tshark -T fields]:-}" ]; then
-  echo "  JSON / tshark -T fields: $(ratio "${rates[srpolicy decode --json]}" "${rates[tshark -T fields]}")"
-fi
+# ratios LABEL ARRAY: the ratios of the rates in one of the two arrays
+ratios() {
+  local -n r=$2
+  echo "ratios ($1):"
+  if [ -n "$gobgp" ]; then
+    echo "  text / GoBGP parse only: $(ratio "${r[srpolicy decode (text)]}" "${r[GoBGP parse only]}")"
+    echo "  JSON / GoBGP parse only: $(ratio "${r[srpolicy decode --json]}" "${r[GoBGP parse only]}")"
+  fi
+  if [ -n "${r[tshark -T fields]:-}" ]; then
+    echo "  JSON / tshark -T fields: $(ratio "${r[srpolicy decode --json]}" "${r[tshark -T fields]}")"
+  fi
+}
+ratios "elapsed time" rates
+ratios "processor time" cpu_rates
 
 # Peak memory on a 2 GB input: the raw stream written over and over.
 echo "peak memory of srpolicy decode on a 2 GB input ..."

@@ -356,7 +356,7 @@ void Speaker::ReadFrom(Conn &stConn)
 {
     const size_t kReadSize = 65536u;
     const int kReadsPerWakeup = 16;
-    const double kGatherSeconds = 0.001;
+    const double kGatherSeconds = 0.005;
     stConn.dReadAt = 0.0;
     for (int i = 0; i < kReadsPerWakeup; i++) {
         BgpSession &session = *stConn.pSession;

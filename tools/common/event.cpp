@@ -3,11 +3,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 namespace srp {
 
-std::string EventTimeText(int64_t llTimeUs)
+size_t EventTimeText(int64_t llTimeUs, char *pcOut)
 {
     int64_t llSec = llTimeUs / 1000000;
     int64_t llUs = llTimeUs % 1000000;
@@ -27,14 +28,21 @@ std::string EventTimeText(int64_t llTimeUs)
                       stTm.tm_mon + 1, stTm.tm_mday, stTm.tm_hour, stTm.tm_min, stTm.tm_sec);
         llCachedSec = llSec;
     }
-    std::string strText(acSecond);
-    char acFraction[9] = {'.', '0', '0', '0', '0', '0', '0', 'Z', '\0'};
-    for (int i = 6; i >= 1; i--) {
-        acFraction[i] = static_cast<char>('0' + llUs % 10);
+    size_t ulLen = strnlen(acSecond, kEventTimeRoom - 8u);
+    memcpy(pcOut, acSecond, ulLen);
+    pcOut[ulLen] = '.';
+    for (size_t i = 6; i >= 1; i--) {
+        pcOut[ulLen + i] = static_cast<char>('0' + llUs % 10);
         llUs /= 10;
     }
-    strText += acFraction;
-    return strText;
+    pcOut[ulLen + 7u] = 'Z';
+    return ulLen + 8u;
+}
+
+std::string EventTimeText(int64_t llTimeUs)
+{
+    char ac[kEventTimeRoom];
+    return std::string(ac, EventTimeText(llTimeUs, ac));
 }
 
 }  // namespace srp

@@ -7,6 +7,7 @@
 #ifndef SRPOLICY_TOOL_EVENT_H
 #define SRPOLICY_TOOL_EVENT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -26,6 +27,10 @@ struct EventContext {
 
 /* The arrival time as "2026-11-24T05:01:02.123456Z". */
 std::string EventTimeText(int64_t llTimeUs);
+/* The same text written at pcOut (room for kEventTimeRoom bytes); returns
+ * its length. */
+const size_t kEventTimeRoom = 48u;
+size_t EventTimeText(int64_t llTimeUs, char *pcOut);
 
 }  // namespace srp
 

@@ -29,6 +29,11 @@ bool LiveOutput::Push(std::string &strBlock)
     m_ulPending += strBlock.size();
     m_deqBlocks.push_back(std::move(strBlock));
     strBlock.clear();
+    /* The caller fills a block written earlier next: its room is kept. */
+    if (!m_vecSpare.empty()) {
+        strBlock.swap(m_vecSpare.back());
+        m_vecSpare.pop_back();
+    }
     m_cvWork.notify_one();
     return true;
 }
@@ -71,6 +76,10 @@ void LiveOutput::Writer()
         }
         lock.lock();
         m_ulPending -= strBlock.size();
+        if (m_vecSpare.size() < kSpareBlocks) {
+            strBlock.clear();
+            m_vecSpare.push_back(std::move(strBlock));
+        }
         m_bFailed = m_bFailed || bFailed;
         if (m_ulPending == 0u || m_bFailed) {
             m_cvDone.notify_all();

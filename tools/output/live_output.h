@@ -13,6 +13,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace srp {
 
@@ -24,7 +25,9 @@ public:
     LiveOutput(const LiveOutput &) = delete;
     LiveOutput &operator=(const LiveOutput &) = delete;
 
-    /* Queues a block (taken over); false once a write has failed. */
+    /* Queues a block (taken over; strBlock comes back empty, with the room
+     * of a block already written when there is one); false once a write
+     * has failed. */
     bool Push(std::string &strBlock);
     size_t Pending() const;
     bool Full() const { return Pending() >= m_ulLimit; }
@@ -41,6 +44,10 @@ private:
     std::condition_variable m_cvWork;
     std::condition_variable m_cvDone;
     std::deque<std::string> m_deqBlocks;
+    /* Written blocks kept for their room, so that the owner's buffer is not
+     * grown again after every hand-off. */
+    static constexpr size_t kSpareBlocks = 4u;
+    std::vector<std::string> m_vecSpare;
     size_t m_ulPending = 0;
     bool m_bStop = false;
     bool m_bFailed = false;

@@ -50,6 +50,9 @@ bool OutBuffer::Flush()
             m_bFailed = !m_fnSink(m_strBuf);
         }
         m_strBuf.clear();
+        if (m_strBuf.capacity() < m_ulCapacity) { /* the sink kept the block and its room */
+            m_strBuf.reserve(m_ulCapacity + 4096u);
+        }
         return !m_bFailed;
     }
     size_t ulDone = 0;

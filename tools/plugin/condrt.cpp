@@ -29,14 +29,16 @@ size_t SlBsidEntryLen(uint8_t ucFlags)
     return ((ucFlags & kSlBsidFlagSrv6) != 0u ? 16u : 4u) + ((ucFlags & kSlBsidFlagExt) != 0u ? 8u : 0u);
 }
 
-SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentListField &stList)
+/* Fills stSeg (an element kept from an earlier attribute: its buffers are
+ * reused) from one segment sub-TLV. */
+void ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentListField &stList, SegmentField &stSeg)
 {
-    SegmentField stSeg;
     stSeg.ucType = ucType;
+    stSeg.ucFlags = n >= 1u ? p[0] : 0u;
     stSeg.vecValue.assign(p, p + n);
-    if (n >= 1u) {
-        stSeg.ucFlags = p[0];
-    }
+    stSeg.oLabel.reset();
+    stSeg.strSid.clear();
+    stSeg.vecBindingSids.clear();
     /* A list holds at most one weight; of its path MTUs (types 13 and 220)
      * the first is the list's, all stay in the segments. */
     if (ucType == kSegWeight && n >= 6u) {
@@ -54,7 +56,6 @@ SegmentField ParseSegment(uint8_t ucType, const uint8_t *p, size_t n, SegmentLis
             stSeg.vecBindingSids.push_back(Ipv6Text(p + i));
         }
     }
-    return stSeg;
 }
 
 /* Value of a preference, template id or slice id TLV: flags, three
@@ -71,34 +72,44 @@ std::string Text(const uint8_t *p, size_t n) { return std::string(reinterpret_ca
 
 }  // namespace
 
+void ParseSegmentList(const uint8_t *p, size_t n, SegmentListField &stList)
+{
+    stList.oWeight.reset();
+    stList.oPathMtu.reset();
+    stList.bMalformed = false;
+    stList.vecRaw.assign(p, p + n);
+    size_t ulCount = 0;
+    Reader rd(p, n);
+    if (rd.Skip(1u)) {
+        while (rd.Left() > 0u) {
+            uint8_t ucType = 0;
+            uint8_t ucLen = 0;
+            const uint8_t *pValue = nullptr;
+            if (!rd.U8(ucType) || !rd.U8(ucLen) || !rd.Take(ucLen, pValue)) {
+                stList.bMalformed = true;
+                break;
+            }
+            if (ulCount == stList.vecSegments.size()) {
+                stList.vecSegments.emplace_back();
+            }
+            ParseSegment(ucType, pValue, ucLen, stList, stList.vecSegments[ulCount++]);
+        }
+    }
+    stList.vecSegments.resize(ulCount);
+}
+
 SegmentListField ParseSegmentList(const uint8_t *p, size_t n)
 {
     SegmentListField stList;
-    stList.vecRaw.assign(p, p + n);
-    Reader rd(p, n);
-    if (!rd.Skip(1u)) {
-        return stList;
-    }
-    /* The sub-TLVs counted first: the list is built without moving it. */
-    size_t ulCount = 0;
-    for (size_t ulAt = 1u; ulAt + 2u <= n; ulAt += 2u + p[ulAt + 1u]) {
-        ulCount++;
-    }
-    stList.vecSegments.reserve(ulCount);
-    while (rd.Left() > 0u) {
-        uint8_t ucType = 0;
-        uint8_t ucLen = 0;
-        const uint8_t *pValue = nullptr;
-        if (!rd.U8(ucType) || !rd.U8(ucLen) || !rd.Take(ucLen, pValue)) {
-            stList.bMalformed = true;
-            break;
-        }
-        stList.vecSegments.push_back(ParseSegment(ucType, pValue, ucLen, stList));
-    }
+    ParseSegmentList(p, n, stList);
     return stList;
 }
 
-bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &strError)
+namespace {
+
+/* The message's TLVs into their fields; ulLists counts the segment lists
+ * filled. */
+bool ReadCondRtTlvs(const Bytes &vecMsg, AttrFields &stFields, size_t &ulLists, std::string &strError)
 {
     Reader rd(vecMsg.data(), vecMsg.size());
     while (rd.Left() > 0u) {
@@ -153,7 +164,10 @@ bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &str
                         strError = "segment-list entry overruns its TLV";
                         return false;
                     }
-                    stFields.vecSegmentLists.push_back(ParseSegmentList(pList, usLen));
+                    if (ulLists == stFields.vecSegmentLists.size()) {
+                        stFields.vecSegmentLists.emplace_back();
+                    }
+                    ParseSegmentList(pList, usLen, stFields.vecSegmentLists[ulLists++]);
                 }
                 break;
             }
@@ -168,6 +182,25 @@ bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &str
         }
     }
     return true;
+}
+
+}  // namespace
+
+bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &strError)
+{
+    stFields.oPreference.reset();
+    stFields.oTemplateId.reset();
+    stFields.oSliceId.reset();
+    stFields.oBindingSid.reset();
+    stFields.vecSrv6BindingSids.clear();
+    stFields.oCandidatePathName.reset();
+    stFields.oPolicyName.reset();
+    /* Segment lists are refilled in place: their buffers serve the next
+     * attribute too. */
+    size_t ulLists = 0;
+    bool bOk = ReadCondRtTlvs(vecMsg, stFields, ulLists, strError);
+    stFields.vecSegmentLists.resize(ulLists);
+    return bOk;
 }
 
 }  // namespace srp

@@ -60,12 +60,15 @@ struct AttrFields {
     std::optional<std::string> oPolicyName;
 };
 
-/* Reads a conditional-route attribute message. False (with a reason) when a
- * TLV overruns the message. */
+/* Reads a conditional-route attribute message into stFields, replacing what
+ * it held and reusing its buffers. False (with a reason) when a TLV overruns
+ * the message. */
 bool ParseCondRtAttr(const Bytes &vecMsg, AttrFields &stFields, std::string &strError);
 
-/* Splits one stored Segment List value (reserved byte first). */
+/* Splits one stored Segment List value (reserved byte first); the second
+ * form refills stList, reusing its buffers. */
 SegmentListField ParseSegmentList(const uint8_t *p, size_t n);
+void ParseSegmentList(const uint8_t *p, size_t n, SegmentListField &stList);
 
 }  // namespace srp
 

@@ -82,8 +82,7 @@ void DescribedUpdate::Clear()
     stAttr.strHex.clear();
     stAttr.strText.clear();
     stAttr.vecTextLines.clear();
-    stAttr.bHasFields = false;
-    stAttr.stFields = AttrFields();
+    stAttr.bHasFields = false; /* stFields keeps its buffers for the next attribute */
     stAttr.vecWarnings.clear();
     stAttr.vecKept.clear();
     stAttr.vecNames.clear();

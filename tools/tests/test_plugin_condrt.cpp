@@ -69,6 +69,25 @@ TEST(CondRtAttr, EveryTlvIntoItsField)
     EXPECT_EQ(st.vecSrv6BindingSids[1].ucFlags, 0x80u);
     EXPECT_EQ(st.oCandidatePathName, "cp");
     EXPECT_EQ(st.oPolicyName, "pol");
+
+    /* Refilled with two lists of one label each: nothing of the first
+     * message is left (the second list's segment held a SID). */
+    Bytes vecSmall;
+    Tlv(vecSmall, 4, Hex("0009 00 00 0106 800000010000  0009 00 00 0106 800000010000"));
+    ASSERT_TRUE(srp::ParseCondRtAttr(vecSmall, st, strError)) << strError;
+    EXPECT_FALSE(st.oPreference || st.oTemplateId || st.oSliceId || st.oBindingSid || st.oCandidatePathName ||
+                 st.oPolicyName);
+    EXPECT_TRUE(st.vecSrv6BindingSids.empty());
+    ASSERT_EQ(st.vecSegmentLists.size(), 2u);
+    for (const srp::SegmentListField &l : st.vecSegmentLists) {
+        EXPECT_FALSE(l.oWeight || l.oPathMtu || l.bMalformed);
+        ASSERT_EQ(l.vecSegments.size(), 1u);
+        const srp::SegmentField &seg = l.vecSegments[0];
+        EXPECT_EQ(seg.ucType, 1u);
+        EXPECT_EQ(seg.oLabel, 16u);
+        EXPECT_EQ(seg.vecValue, Hex("800000010000"));
+        EXPECT_TRUE(seg.strSid.empty() && seg.vecBindingSids.empty());
+    }
 }
 
 TEST(CondRtAttr, OverrunsAreRefused)
