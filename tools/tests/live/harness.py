@@ -142,11 +142,7 @@ class Gobgpd:
     def _accepts(self, port):
         if self.proc.poll() is not None:
             raise AssertionError("gobgpd ended: " + open(self.log).read()[-2000:])
-        try:
-            with socket.create_connection((LOOPBACK, port), timeout=0.5):
-                return True
-        except OSError:
-            return False
+        return accepts(port)
 
     def neighbor_state(self, address):
         """The session state gobgp shows for a neighbor, e.g. "established"."""
@@ -182,6 +178,9 @@ class Srpolicy:
     def stdout(self):
         with open(self.out_path) as f:
             return f.read()
+
+    def events(self):
+        return read_jsonl(self.out_path)
 
     def send_signal(self, sig):
         self.proc.send_signal(sig)
@@ -249,10 +248,7 @@ class ScriptedPeer:
     and sends what the test gives it."""
 
     def __init__(self, port, source, asn=65010, hold=90):
-        self.sock = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-        self.sock.bind((source, 0))
-        self.sock.settimeout(10)
-        self.sock.connect((LOOPBACK, port))
+        self.sock = connect(port, source)
         self.asn = asn
         self.hold = hold
         self.buf = b""
@@ -296,6 +292,59 @@ class ScriptedPeer:
 
     def close(self):
         self.sock.close()
+
+
+def accepts(port, host=LOOPBACK):
+    """Whether something accepts TCP connections on the port."""
+    try:
+        with socket.create_connection((host, port), timeout=0.5):
+            return True
+    except OSError:
+        return False
+
+
+def connect(port, source=LOOPBACK, host=LOOPBACK):
+    """A TCP connection from the source address (any port) to the port."""
+    s = socket.socket(socket.AF_INET6 if ":" in host else socket.AF_INET, socket.SOCK_STREAM)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect((host, port))
+    return s
+
+
+def dump_rib(proc, path, timeout=30):
+    """The table a listen or bmp run writes anew to path on SIGUSR1: its
+    entries once the file is there and whole."""
+    if os.path.exists(path):
+        os.unlink(path)
+    proc.send_signal(signal.SIGUSR1)
+
+    def read():
+        try:
+            with open(path) as f:
+                text = f.read()
+            if text and not text.endswith("\n"):
+                return None
+            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
+        except (OSError, ValueError):
+            return None
+    return wait_for(read, timeout, "the table in " + path)[0]
+
+
+def pcap(frames, link=1):
+    """A classic pcap file (microseconds) holding the frames."""
+    out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, link)
+    for i, frame in enumerate(frames):
+        out += struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame
+    return out
+
+
+def tcp_frame(src, dst, sport, dport, seq, flags, payload=b""):
+    """Ethernet, IPv4 and TCP (checksums left zero) carrying the payload."""
+    tcp = struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 5 << 4, flags, 65535, 0, 0) + payload
+    ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), 0, 0x4000, 64, 6, 0, socket.inet_aton(src),
+                     socket.inet_aton(dst))
+    return bytes(12) + b"\x08\x00" + ip + tcp
 
 
 def read_jsonl(path):

@@ -13,8 +13,8 @@ import sys
 import threading
 import time
 
-from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, free_port, open_message, read_jsonl,
-                     sr_policy_tunnel, srpolicy_nlri_v4, update_v4, wait_for, workdir)
+from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, dump_rib, free_port, open_message,
+                     read_jsonl, sr_policy_tunnel, srpolicy_nlri_v4, update_v4, wait_for, workdir)
 
 SKIP = 77
 AS_GOBGPD, AS_ANNOUNCE, AS_LISTEN = 65000, 65001, 65002
@@ -58,23 +58,8 @@ def table_of(entries):
 
 
 def dump_table(proc, rib_out):
-    """Asks a listen run for its table (SIGUSR1) and reads the JSON file."""
-    if os.path.exists(rib_out):
-        os.unlink(rib_out)
-    proc.send_signal(signal.SIGUSR1)
-
-    def read():
-        """(entries,) once the file is whole; None before."""
-        try:
-            with open(rib_out) as f:
-                text = f.read()
-            if text and not text.endswith("\n"):
-                return None
-            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
-        except (OSError, ValueError):
-            return None
-    entries = wait_for(read, 30, "the table in " + rib_out)[0]
-    return table_of(entries)
+    """Asks a listen run for its table (SIGUSR1): key -> attribute hex."""
+    return table_of(dump_rib(proc, rib_out))
 
 
 def wait_table(proc, rib_out, want, timeout, what):
@@ -101,12 +86,14 @@ def gobgpd_between(wd):
     return Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE), dict(address=LISTENER, asn=AS_LISTEN)])
 
 
-def start_listen(tool, wd, g, extra=(), connect_suffix=""):
+def listen(tool, wd, args, name="listen", pipe=False):
+    return Srpolicy(tool, wd, name, ["listen", "--as", str(AS_LISTEN)] + list(args), stdout_pipe=pipe)
+
+
+def start_listen(tool, wd, g, connect_suffix=""):
     rib_out = os.path.join(wd, "rib.json")
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--connect",
-                                        "%s:%d%s" % (LOOPBACK, g.port, connect_suffix), "--source", LISTENER,
-                                        "--json", "--rib-out", rib_out, "--retry", "1"] + list(extra))
-    return lis, rib_out
+    return listen(tool, wd, ["--connect", "%s:%d%s" % (LOOPBACK, g.port, connect_suffix), "--source", LISTENER,
+                             "--json", "--rib-out", rib_out, "--retry", "1"]), rib_out
 
 
 def established(proc, timeout=20):
@@ -115,9 +102,12 @@ def established(proc, timeout=20):
 
 
 def start_announce(tool, wd, g, config):
-    return Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE), "--peer-as",
-                                           str(AS_GOBGPD), "--connect", "%s:%d" % (LOOPBACK, g.port), "--source",
-                                           ANNOUNCER, "--retry", "1"])
+    return announce(tool, wd, config, ["--peer-as", str(AS_GOBGPD), "--connect", "%s:%d" % (LOOPBACK, g.port),
+                                       "--source", ANNOUNCER, "--retry", "1"])
+
+
+def announce(tool, wd, config, args):
+    return Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE)] + args)
 
 
 def case_gobgpd_table(tool, wd):
@@ -163,9 +153,8 @@ def case_announce_passive(tool, wd):
     g = Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE, remote_port=port),
                                dict(address=LISTENER, asn=AS_LISTEN)])
     with g:
-        ann = Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE), "--bind",
-                                              "%s:%d" % (ANNOUNCER, port), "--peer", "%s,as=%d" % (LOOPBACK,
-                                                                                                   AS_GOBGPD)])
+        ann = announce(tool, wd, config, ["--bind", "%s:%d" % (ANNOUNCER, port), "--peer",
+                                          "%s,as=%d" % (LOOPBACK, AS_GOBGPD)])
         lis, rib_out = start_listen(tool, wd, g)
         established(lis)
         established(ann, 40)
@@ -174,21 +163,15 @@ def case_announce_passive(tool, wd):
         assert lis.stop() == 0, "listen did not end cleanly"
 
 
-def listen_alone(tool, wd, extra=()):
+def listen_alone(tool, wd, extra=(), table=True, pipe=False):
+    """listen waiting on a free port of 127.0.0.1 (with --json and its table
+    in rib.json unless told)."""
     port = free_port()
     rib_out = os.path.join(wd, "rib.json")
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--json", "--rib-out", rib_out] + list(extra))
-    wait_for(lambda: "listen" if accepts(port) else None, 10, "listen to accept on port %d" % port)
+    lis = listen(tool, wd, ["--bind", "%s:%d" % (LOOPBACK, port)] + (["--json", "--rib-out", rib_out] if table else [])
+                 + list(extra), pipe=pipe)
+    wait_for(lambda: accepts(port), 10, "listen to accept on port %d" % port)
     return lis, port, rib_out
-
-
-def accepts(port):
-    try:
-        with socket.create_connection((LOOPBACK, port), timeout=0.5):
-            return True
-    except OSError:
-        return False
 
 
 def announce_one(peer, endpoint, color, preference, labels):
@@ -300,10 +283,7 @@ def case_slow_output(tool, wd, count=20000):
     output buffer, says so, stops reading the peer and keeps its keepalives
     going, so the session outlives several hold times; then everything is
     printed."""
-    port = free_port()
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--json", "--hold-time", "3", "--out-buffer", "1"], stdout_pipe=True)
-    wait_for(lambda: accepts(port), 10, "listen to accept")
+    lis, port, _ = listen_alone(tool, wd, ["--json", "--hold-time", "3", "--out-buffer", "1"], table=False, pipe=True)
     p = ScriptedPeer(port, "127.0.0.4", hold=3)
     p.establish()
     updates = b"".join(update_v4(srpolicy_nlri_v4(1, i, "10.3.%d.%d" % (i >> 8, i & 255)),
@@ -342,10 +322,7 @@ def case_known_peers(tool, wd):
     """With --peer only the peers named get a session: another address is
     closed at once, a named one with the wrong AS gets bad peer AS; SIGTERM
     ceases the session that is up."""
-    port = free_port()
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"])
-    wait_for(lambda: accepts(port) or None, 10, "listen to accept")
+    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"], table=False)
     stranger = ScriptedPeer(port, "127.0.0.6")
     assert stranger.read_message()[0] is None, "a stranger got an answer"
     wrong_as = ScriptedPeer(port, "127.0.0.5")
@@ -431,9 +408,8 @@ def case_md5(tool, wd):
                                     remote_port=passive_port)])
     with g:
         # gobgpd connects to a listen that holds the key for its address.
-        passive = Srpolicy(tool, wd, "passive", ["listen", "--as", str(AS_LISTEN), "--bind",
-                                                 "127.0.0.7:%d" % passive_port, "--peer",
-                                                 "%s,as=%d,md5=s3cret-pw" % (LOOPBACK, AS_GOBGPD)])
+        passive = listen(tool, wd, ["--bind", "127.0.0.7:%d" % passive_port, "--peer",
+                                    "%s,as=%d,md5=s3cret-pw" % (LOOPBACK, AS_GOBGPD)], "passive")
         time.sleep(0.5)
         if "refused by the kernel" in passive.stderr():
             print("skipped: " + passive.stderr().strip())
@@ -449,9 +425,8 @@ def case_md5(tool, wd):
             return SKIP
         wait_for(lambda: "session established" in lis.stderr(), 20, "the session with the right password")
         assert lis.stop() == 0, "listen did not end cleanly"
-        wrong = Srpolicy(tool, wd, "wrong", ["listen", "--as", str(AS_LISTEN), "--connect",
-                                             "%s:%d,md5=not-the-one" % (LOOPBACK, g.port), "--source", "127.0.0.6",
-                                             "--retry", "1"])
+        wrong = listen(tool, wd, ["--connect", "%s:%d,md5=not-the-one" % (LOOPBACK, g.port), "--source", "127.0.0.6",
+                                  "--retry", "1"], "wrong")
         time.sleep(6)
         assert "session established" not in wrong.stderr(), wrong.stderr()
         assert g.neighbor_state("127.0.0.6") != "established"
