@@ -177,13 +177,6 @@ Bytes Ipv6(const Bytes &vecTcp, bool bHopByHop)
     return v;
 }
 
-Bytes Prefixed(const Bytes &vecHead, const Bytes &vecRest)
-{
-    Bytes v = vecHead;
-    v.insert(v.end(), vecRest.begin(), vecRest.end());
-    return v;
-}
-
 }  // namespace
 
 /* Link layers and IP versions a capture may use: each frame carries one
@@ -192,26 +185,24 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
 {
     Bytes vecTcp = TcpSegment(BgpMessage(4, 0, 0));
     Bytes vecMacs(12u, 0x02u);
-    Bytes vecEth = Prefixed(vecMacs, {0x08, 0x00});
-    Bytes vecVlan = Prefixed(vecMacs, {0x81, 0x00, 0x00, 0x05, 0x08, 0x00});
-    Bytes vecEth6 = Prefixed(vecMacs, {0x86, 0xDD});
-    Bytes vecSll(14u, 0u);
-    vecSll.insert(vecSll.end(), {0x08, 0x00});
-    Bytes vecSll2 = {0x86, 0xDD};
-    vecSll2.insert(vecSll2.end(), 18u, 0u);
+    Bytes vecEth = Concat({vecMacs, {0x08, 0x00}});
+    Bytes vecVlan = Concat({vecMacs, {0x81, 0x00, 0x00, 0x05, 0x08, 0x00}});
+    Bytes vecEth6 = Concat({vecMacs, {0x86, 0xDD}});
+    Bytes vecSll = Concat({Bytes(14u, 0u), {0x08, 0x00}});
+    Bytes vecSll2 = Concat({{0x86, 0xDD}, Bytes(18u, 0u)});
     struct Case {
         const char *pcName;
         uint32_t ulLink;
         Bytes vecFrame;
         const char *pcSource;
     } astCases[] = {
-        {"Ethernet IPv4", 1u, Prefixed(vecEth, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
-        {"VLAN-tagged", 1u, Prefixed(vecVlan, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
-        {"Ethernet IPv6, hop-by-hop", 1u, Prefixed(vecEth6, Ipv6(vecTcp, true)), "x [::1]:179>[::2]:40000"},
-        {"Linux cooked", 113u, Prefixed(vecSll, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
-        {"Linux cooked v2 IPv6", 276u, Prefixed(vecSll2, Ipv6(vecTcp, false)), "x [::1]:179>[::2]:40000"},
+        {"Ethernet IPv4", 1u, Concat({vecEth, Ipv4(vecTcp)}), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"VLAN-tagged", 1u, Concat({vecVlan, Ipv4(vecTcp)}), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Ethernet IPv6, hop-by-hop", 1u, Concat({vecEth6, Ipv6(vecTcp, true)}), "x [::1]:179>[::2]:40000"},
+        {"Linux cooked", 113u, Concat({vecSll, Ipv4(vecTcp)}), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"Linux cooked v2 IPv6", 276u, Concat({vecSll2, Ipv6(vecTcp, false)}), "x [::1]:179>[::2]:40000"},
         {"raw IP", 101u, Ipv6(vecTcp, false), "x [::1]:179>[::2]:40000"},
-        {"BSD loopback", 0u, Prefixed({2, 0, 0, 0}, Ipv4(vecTcp)), "x 10.0.0.1:179>10.0.0.2:40000"},
+        {"BSD loopback", 0u, Concat({{2, 0, 0, 0}, Ipv4(vecTcp)}), "x 10.0.0.1:179>10.0.0.2:40000"},
     };
     for (const Case &st : astCases) {
         RecordingSink sink;
