@@ -67,7 +67,7 @@ inline Bytes Tlv(uint16_t usType, const Bytes &vecValue)
 }
 inline Bytes Tlv(uint16_t usType, const std::string &strValue)
 {
-    return Tlv(usType, Bytes(strValue.begin(), strValue.end()));
+    return Tlv(usType, Text(strValue));
 }
 inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
 {

@@ -55,6 +55,8 @@ public:
     size_t ulSkipped = 0;
 };
 
+inline Bytes Text(const std::string &s) { return Bytes(s.begin(), s.end()); }
+
 /* Bytes of hex text (fields may be spaced); bad text throws, which fails
  * the test. */
 inline Bytes Hex(const char *pc)
