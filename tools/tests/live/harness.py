@@ -79,57 +79,30 @@ class Gobgpd:
         self.proc = None
         self.log = os.path.join(workdir, "gobgpd.log")
 
-    def config_text(self):
-        lines = [
-            "[global.config]",
-            "  as = %d" % self.asn,
-            '  router-id = "%s"' % LOOPBACK,
-            "  port = %d" % self.port,
-            '  local-address-list = ["%s"]' % LOOPBACK,
-        ]
-        for n in self.neighbors:
-            lines += [
-                "[[neighbors]]",
-                "  [neighbors.config]",
-                '    neighbor-address = "%s"' % n["address"],
-                "    peer-as = %d" % n["asn"],
-            ]
-            if n.get("password"):
-                lines.append('    auth-password = "%s"' % n["password"])
-            lines += [
-                "  [neighbors.transport.config]",
-                "    passive-mode = %s" % ("false" if n.get("remote_port") else "true"),
-                '    local-address = "%s"' % LOOPBACK,
-            ]
-            if n.get("remote_port"):
-                lines.append("    remote-port = %d" % n["remote_port"])
-            lines += [
-                "  [neighbors.timers.config]",
-                "    connect-retry = 1",
-            ]
-            for family in ("ipv4-srpolicy", "ipv6-srpolicy"):
-                lines += [
-                    "  [[neighbors.afi-safis]]",
-                    "    [neighbors.afi-safis.config]",
-                    '      afi-safi-name = "%s"' % family,
-                ]
+    def config(self):
+        """gobgpd's configuration (its JSON form, keys as in its TOML form)."""
+        def neighbor(n):
+            return {"config": {"neighbor-address": n["address"], "peer-as": n["asn"],
+                               "auth-password": n.get("password", "")},
+                    "transport": {"config": dict({"passive-mode": not n.get("remote_port"), "local-address": LOOPBACK},
+                                                 **({"remote-port": n["remote_port"]} if n.get("remote_port") else {}))},
+                    "timers": {"config": {"connect-retry": 1}},
+                    "afi-safis": [{"config": {"afi-safi-name": f}} for f in ("ipv4-srpolicy", "ipv6-srpolicy")]}
+        conf = {"global": {"config": {"as": self.asn, "router-id": LOOPBACK, "port": self.port,
+                                      "local-address-list": [LOOPBACK]}},
+                "neighbors": [neighbor(n) for n in self.neighbors]}
         if self.bmp_port is not None:
-            lines += [
-                "[[bmp-servers]]",
-                "  [bmp-servers.config]",
-                '    address = "%s"' % LOOPBACK,
-                "    port = %d" % self.bmp_port,
-                '    route-monitoring-policy = "pre-policy"',
-            ]
-        return "\n".join(lines) + "\n"
+            conf["bmp-servers"] = [{"config": {"address": LOOPBACK, "port": self.bmp_port,
+                                               "route-monitoring-policy": "pre-policy"}}]
+        return conf
 
     def __enter__(self):
-        path = os.path.join(self.workdir, "gobgpd.toml")
+        path = os.path.join(self.workdir, "gobgpd.json")
         with open(path, "w") as f:
-            f.write(self.config_text())
+            json.dump(self.config(), f)
         self.logfile = open(self.log, "w")
         self.proc = spawn(
-            [self.gobgpd, "-f", path, "-p", "--pprof-disable",
+            [self.gobgpd, "-f", path, "-t", "json", "-p", "--pprof-disable",
              "--api-hosts", "%s:%d" % (LOOPBACK, self.api_port)],
             stdout=self.logfile, stderr=subprocess.STDOUT)
         wait_for(lambda: self._accepts(self.port), 15, "gobgpd to listen on port %d" % self.port)
