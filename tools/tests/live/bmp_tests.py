@@ -91,23 +91,8 @@ def check(cond, what):
     print("ok:", what)
 
 
-def route_key(entry):
-    n = entry["nlri"]
-    return (entry["afi"], n["distinguisher"], n["color"], n["endpoint"])
-
-
-def labels(entry):
-    attr = entry.get("attribute") or {}
-    return (attr.get("preference"),
-            [[s["label"] for s in sl["segments"] if "label" in s] for sl in attr.get("segment_lists", [])])
-
-
-def config_routes(config):
-    with open(config) as f:
-        routes = json.load(f)["routes"]
-    return {(1 if ":" not in r["endpoint"] else 2, r.get("distinguisher", 0), r["color"], r["endpoint"]):
-            (r.get("preference"), [[s["label"] for s in sl["segments"]] for sl in r.get("segment_lists", [])])
-            for r in routes}
+route_key = harness.key_of
+WITHDRAWN = (1, 100, "10.0.0.2")  # the route of bmp_withdraw.json
 
 
 def run_malformed(tool, configs, workdir):
@@ -160,9 +145,9 @@ def run_malformed(tool, configs, workdir):
                  "the good router's withdrawal")
         wait_for(lambda: any(e.get("event") == "Statistics Report" for e in station.events()), "the statistics")
         stored = table(station)
-        expected = config_routes(os.path.join(configs, "bmp_routes.json"))
-        del expected[(1, 1, 100, "10.0.0.2")]
-        got = {route_key(e): labels(e) for e in stored}
+        expected = harness.expected_table(tool, os.path.join(configs, "bmp_routes.json"))
+        del expected[WITHDRAWN]
+        got = harness.table_of(stored)
         check(got == expected, "the good router's table holds its routes less the withdrawn one: %s" % got)
         check(all(e["router"] == good_name and e["peer"] == "10.0.0.9 AS 65009" and e["view"] == "pre-policy"
                   for e in stored), "every stored route names its router, peer and view")
@@ -206,11 +191,11 @@ def run_gobgpd(tool, configs, workdir):
         peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
         check(peer_up["as4"] and {"afi": 1, "safi": 73} in peer_up["families"],
               "Peer Up: 4-octet AS and the SR Policy family negotiated")
-        expected = config_routes(config)
+        expected = harness.expected_table(tool, config)
         wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
                  "every announced route at the station", 30)
         stored = table(station)
-        got = {route_key(e): labels(e) for e in stored}
+        got = harness.table_of(stored)
         check(got == expected, "the station's table equals what was announced: %s" % got)
         check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in stored),
               "the routes are kept under the monitored peer, pre-policy")
@@ -219,7 +204,7 @@ def run_gobgpd(tool, configs, workdir):
         with open(announced, "w") as f:
             json.dump(routes, f)
         announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
-        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == (1, 1, 100, "10.0.0.2")
+        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == WITHDRAWN
                              for e in station.events()), "the withdrawal at the station")
         check(len(table(station)) == len(expected) - 1, "the withdrawn route left the table")
 
@@ -325,7 +310,7 @@ def run_decode(tool, configs, workdir):
               bmp(6, peer_header("10.0.0.9", 65009) + tlv(0, updates[0]) + tlv(1, struct.pack("!H", 1))) +
               bmp(2, peer_header("10.0.0.9", 65009) + b"\x04") +
               bmp(5, tlv(1, struct.pack("!H", 0))))
-    expected = set(config_routes(os.path.join(configs, "bmp_routes.json")))
+    expected = set(harness.expected_table(tool, os.path.join(configs, "bmp_routes.json")))
     files = {"stream.bmp": stream, "bmp.pcap": pcap_file(stream, 40000, 11019),
              "bmp_port.pcap": pcap_file(stream, 40000, 5000)}
     for name, data in files.items():
@@ -338,7 +323,7 @@ def run_decode(tool, configs, workdir):
         check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
-              [route_key(e) for e in routes if e["withdrawn"]] == [(1, 1, 100, "10.0.0.2")] and
+              [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
               name + ": the routes of Route Monitoring and Route Mirroring")
         check(all(e["peer"] == "10.0.0.9 AS 65009" and e["time"] == "2023-11-14T22:13:20.000250Z" for e in routes),

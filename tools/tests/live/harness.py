@@ -320,6 +320,25 @@ def tcp_frame(src, dst, sport, dport, seq, flags, payload=b""):
     return bytes(12) + b"\x08\x00" + ip + tcp
 
 
+def key_of(entry):
+    n = entry["nlri"]
+    return (n["distinguisher"], n["color"], n["endpoint"])
+
+
+def table_of(entries):
+    """key -> attribute hex of table entries."""
+    return {key_of(e): (e["attribute"] or {}).get("hex") for e in entries}
+
+
+def expected_table(tool, config):
+    """The table of a configuration, as encode builds it and decode --rib
+    holds it."""
+    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
+    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
+                         check=True, timeout=300).stdout
+    return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
+
+
 def read_jsonl(path):
     """The complete JSON lines of a file a process may be writing right now:
     a last line without its newline is still being written and is left out."""

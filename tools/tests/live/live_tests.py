@@ -13,8 +13,9 @@ import sys
 import threading
 import time
 
-from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, dump_rib, free_port, open_message,
-                     read_jsonl, sr_policy_tunnel, srpolicy_nlri_v4, update_v4, wait_for, workdir)
+from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, dump_rib, expected_table, free_port,
+                     open_message, read_jsonl, sr_policy_tunnel, srpolicy_nlri_v4, table_of, update_v4, wait_for,
+                     workdir)
 
 SKIP = 77
 AS_GOBGPD, AS_ANNOUNCE, AS_LISTEN = 65000, 65001, 65002
@@ -37,24 +38,6 @@ def route(endpoint, color, preference, labels, weight=None, bsid=None, distingui
 def write_config(path, routes):
     with open(path, "w") as f:
         json.dump({"defaults": {"next_hop": ANNOUNCER}, "routes": routes}, f)
-
-
-def expected_table(tool, wd, config):
-    """key -> attribute hex of a configuration, as encode builds it and the
-    table of decode --rib holds it."""
-    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
-    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
-                         check=True, timeout=300).stdout
-    return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
-
-
-def key_of(entry):
-    n = entry["nlri"]
-    return (n["distinguisher"], n["color"], n["endpoint"])
-
-
-def table_of(entries):
-    return {key_of(e): (e["attribute"] or {}).get("hex") for e in entries}
 
 
 def dump_table(proc, rib_out):
@@ -119,7 +102,7 @@ def case_gobgpd_table(tool, wd):
              for i in range(1, 7)]
     first.append(route("2001:db8::7", 7, 7, [16007]))
     write_config(config, first)
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     assert len(want) == 7, want
     with gobgpd_between(wd) as g:
         lis, rib_out = start_listen(tool, wd, g)
@@ -132,7 +115,7 @@ def case_gobgpd_table(tool, wd):
         second[0] = route("10.0.0.1", 101, 555, [16001, 17001, 18001], weight=1, bsid=24001)
         second.append(route("10.0.0.9", 109, 109, [16009]))
         write_config(config, second)
-        want2 = expected_table(tool, wd, config)
+        want2 = expected_table(tool, config)
         ann.send_signal(signal.SIGHUP)
         wait_table(lis, rib_out, want2, 60, "the reloaded configuration at the far end")
         assert "configuration reloaded: 2 route(s) announced, 1 withdrawn, 5 unchanged" in ann.stderr(), ann.stderr()
@@ -148,7 +131,7 @@ def case_announce_passive(tool, wd):
     the far end as when announce connects."""
     config = os.path.join(wd, "routes.json")
     write_config(config, [route("10.0.0.%d" % i, 7, 100, [16000 + i], weight=1) for i in range(1, 4)])
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     port = free_port(ANNOUNCER)
     g = Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE, remote_port=port),
                                dict(address=LISTENER, asn=AS_LISTEN)])
@@ -353,7 +336,7 @@ def case_bulk(tool, wd, count=100000):
     routes = [route("10.%d.%d.%d" % (i >> 16, (i >> 8) & 255, i & 255), 1 + i % 7, 100, [16000 + i % 1000, 17000])
               for i in range(count)]
     write_config(config, routes)
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     assert len(want) == count
     with gobgpd_between(wd) as g:
         lis, rib_out = start_listen(tool, wd, g)
