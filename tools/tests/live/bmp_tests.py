@@ -311,6 +311,11 @@ def run_decode(tool, configs, workdir):
               bmp(2, peer_header("10.0.0.9", 65009) + b"\x04") +
               bmp(5, tlv(1, struct.pack("!H", 0))))
     expected = set(harness.expected_table(tool, os.path.join(configs, "bmp_routes.json")))
+    # (number, offset) of each message in the stream; a message's routes share them.
+    numbered, offset = [], 0
+    while offset < len(stream):
+        numbered.append((len(numbered) + 1, offset))
+        offset += struct.unpack_from("!I", stream, offset + 1)[0]
     files = {"stream.bmp": stream, "bmp.pcap": pcap_file(stream, 40000, 11019),
              "bmp_port.pcap": pcap_file(stream, 40000, 5000)}
     for name, data in files.items():
@@ -328,6 +333,9 @@ def run_decode(tool, configs, workdir):
               name + ": the routes of Route Monitoring and Route Mirroring")
         check(all(e["peer"] == "10.0.0.9 AS 65009" and e["time"] == "2023-11-14T22:13:20.000250Z" for e in routes),
               name + ": every route names its peer and time stamp")
+        pairs = [(e["message"], e["offset"]) for e in lines]
+        check(pairs == sorted(pairs) and set(pairs) <= set(numbered) and len(set(pairs)) == len(numbered) - 1,
+              name + ": every line names its message by number and offset in the stream")
         check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
     rc, lines, err = decode(tool, os.path.join(workdir, "bmp_port.pcap"))
     check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
