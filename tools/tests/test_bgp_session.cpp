@@ -101,6 +101,8 @@ TEST(Session, PeerInputToNotification)
         {"4-octet AS beats AS_TRANS", 4200000000u, BgpOpen({4, kAsTrans, 90, 1, {CapMp(1, 73), CapAs4(4200000000u)}}),
          SessionState::OpenConfirm, 0, 0, {}},
         {"4-octet AS mismatch", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), CapAs4(65009)}}), SessionState::Closed, 2, 2, {}},
+        {"another 4-byte capability is not the AS", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(64, {0, 0, 0, 9})}}),
+         SessionState::OpenConfirm, 0, 0, {}},
         {"BGP identifier 0", 0, BgpOpen({4, 65001, 90, 0}), SessionState::Closed, 2, 3, {}},
         {"unknown optional parameter", 0, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73)}, 9}), SessionState::Closed, 2, 4, {}},
         {"hold time 2", 0, BgpOpen({4, 65001, 2}), SessionState::Closed, 2, 6, {}},

@@ -110,7 +110,11 @@ TEST(Formats, DetectedFromTheFirstBytes)
         {Text("# The face of it\nff"), true, srp::Format::Hex},
         /* prose is not */
         {Text("# T\nThe face"), false, srp::Format::Auto},
-        {Text(std::string("ab\0c", 4)), false, srp::Format::Auto},
+        /* one NUL, non-ASCII or control byte among many digits */
+        {Text(std::string(40, 'f') + '\0'), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\xc3"), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\x01"), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\t\r\n"), true, srp::Format::Hex},
         {vecMrt, true, srp::Format::Mrt},
         {Bytes{0, 0, 0, 1, 0, 99, 0, 4, 0, 0, 0, 0}, false, srp::Format::Auto},
         {Bytes{}, false, srp::Format::Auto},
