@@ -153,7 +153,7 @@ TEST(Session, OpenOffersFamiliesAndAs)
         uint32_t ulAs;
         uint16_t usMyAs; /* the 2-byte field */
     };
-    for (const Row &row : {Row{65000, 65000}, Row{4200000000u, kAsTrans}}) {
+    for (const Row &row : {Row{65000, 65000}, Row{65535, 65535}, Row{65536, kAsTrans}, Row{4200000000u, kAsTrans}}) {
         SessionConfig st = Config();
         st.ulLocalAs = row.ulAs;
         Bytes v = BuildOpen(st);

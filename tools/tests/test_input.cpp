@@ -58,6 +58,19 @@ TEST(HexText, BytesOrTheErrorWithItsPlace)
     EXPECT_EQ(strError, "line 3, column 2: 'g' is not a hex digit");
 }
 
+/* A message whose hex line straddles two of the reader's 1 MiB blocks comes
+ * out whole. */
+TEST(HexText, LineAcrossReadBlocks)
+{
+    Bytes vecMsg = BgpMessage(2, 40, 0x5A);
+    std::string strText = "#" + std::string((1u << 20) - 20u, ' ') + "\n" + srp::ToHex(vecMsg) + "\n";
+    RecordingSink sink;
+    std::string strError;
+    ASSERT_TRUE(srp::ReadHexMessages(Text(strText), "t", sink, strError)) << strError;
+    ASSERT_EQ(sink.Kinds(), "msg");
+    EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
+}
+
 TEST(AddressText, SameAsTheCLibrary)
 {
     const char *apcV6[] = {"::", "::1", "::2", "1::", "::ffff:10.0.0.1", "::10.1.2.3", "::ffff:0:1.2.3.4",

@@ -146,12 +146,12 @@ def case_announce_passive(tool, wd):
         assert lis.stop() == 0, "listen did not end cleanly"
 
 
-def listen_alone(tool, wd, extra=(), table=True, pipe=False):
+def listen_alone(tool, wd, extra=(), table=True, pipe=False, bind=LOOPBACK):
     """listen waiting on a free port of 127.0.0.1 (with --json and its table
     in rib.json unless told)."""
     port = free_port()
     rib_out = os.path.join(wd, "rib.json")
-    lis = listen(tool, wd, ["--bind", "%s:%d" % (LOOPBACK, port)] + (["--json", "--rib-out", rib_out] if table else [])
+    lis = listen(tool, wd, ["--bind", "%s:%d" % (bind, port)] + (["--json", "--rib-out", rib_out] if table else [])
                  + list(extra), pipe=pipe)
     wait_for(lambda: accepts(port), 10, "listen to accept on port %d" % port)
     return lis, port, rib_out
@@ -302,10 +302,13 @@ def case_slow_output(tool, wd, count=20000):
 
 
 def case_known_peers(tool, wd):
-    """With --peer only the peers named get a session: another address is
-    closed at once, a named one with the wrong AS gets bad peer AS; SIGTERM
-    ceases the session that is up."""
-    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"], table=False)
+    """With --peer only the peers named get a session (on an IPv4-mapped
+    listener too): another address is closed at once, a named one with the
+    wrong AS gets bad peer AS; SIGTERM ceases the session that is up."""
+    # On an IPv6 socket of the IPv4-mapped loopback address: peers are told
+    # and named by their IPv4 addresses.
+    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"], table=False,
+                                bind="[::ffff:127.0.0.1]")
     stranger = ScriptedPeer(port, "127.0.0.6")
     assert stranger.read_message()[0] is None, "a stranger got an answer"
     wrong_as = ScriptedPeer(port, "127.0.0.5")
