@@ -176,6 +176,11 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
         {"Linux cooked v2 IPv6", 276u, Concat({vecSll2, Ipv6(vecTcp, false)}), kV6},
         {"raw IP", 101u, Ipv6(vecTcp, false), kV6},
         {"BSD loopback", 0u, Concat({{2, 0, 0, 0}, vecV4}), kV4},
+        {"OpenBSD loopback", 108u, Concat({{0, 0, 0, 2}, vecV4}), kV4},
+        {"raw IP (12)", 12u, vecV4, kV4},
+        {"raw IP (14)", 14u, Ipv6(vecTcp, false), kV6},
+        {"IPv4", 228u, vecV4, kV4},
+        {"IPv6", 229u, Ipv6(vecTcp, false), kV6},
     };
     for (const Case &st : astCases) {
         RecordingSink sink;

@@ -220,8 +220,9 @@ class ScriptedPeer:
     """A BGP peer written out byte by byte: connects to a listening srpolicy
     and sends what the test gives it."""
 
-    def __init__(self, port, source, asn=65010, hold=90):
-        self.sock = connect(port, source)
+    def __init__(self, port, source, asn=65010, hold=90, sock=None):
+        """Connects from source to port, or speaks on sock when given."""
+        self.sock = sock or connect(port, source)
         self.asn = asn
         self.hold = hold
         self.buf = b""

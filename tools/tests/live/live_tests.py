@@ -326,6 +326,35 @@ def case_known_peers(tool, wd):
     assert lis.stop() == 0, "listen did not end cleanly"
 
 
+def case_announce_withdraws(tool, wd):
+    """announce ending on SIGTERM withdraws its routes (MP_UNREACH_NLRI with
+    the NLRI, not End-of-RIB) before it ceases the session."""
+    config = os.path.join(wd, "routes.json")
+    write_config(config, [route("10.0.0.1", 7, 100, [16001])])
+    with socket.create_server((LOOPBACK, 0)) as srv:
+        srv.settimeout(10)
+        ann = announce(tool, wd, config, ["--connect", "%s:%d" % (LOOPBACK, srv.getsockname()[1]), "--retry", "1"])
+        peer = ScriptedPeer(0, None, sock=srv.accept()[0])
+    peer.establish()
+    established(ann)
+    no_notification(peer, 1.0)
+    ann.send_signal(signal.SIGTERM)
+    withdrawn = False
+    while True:
+        msg_type, body = peer.read_message()
+        assert msg_type is not None and (msg_type != 3 or withdrawn), "ceased without withdrawing: %r" % (body,)
+        if msg_type == 3:
+            assert body[:2] == b"\x06\x02", body
+            break
+        attrs = body[4:4 + struct.unpack("!H", body[2:4])[0]] if msg_type == 2 else b""  # no withdrawn routes
+        while attrs:  # flags, code, length (2 bytes with the extended-length flag), value
+            ext = attrs[0] & 0x10
+            length = struct.unpack("!H", attrs[2:4])[0] if ext else attrs[2]
+            withdrawn |= attrs[1] == 15 and length > 3
+            attrs = attrs[(4 if ext else 3) + length:]
+    assert ann.stop() == 0, "announce did not end cleanly"
+
+
 def cpu_seconds(pid):
     with open("/proc/%d/stat" % pid) as f:
         fields = f.read().rsplit(")", 1)[1].split()
@@ -429,6 +458,7 @@ CASES = {
     "garbage": case_garbage,
     "slow_output": case_slow_output,
     "known_peers": case_known_peers,
+    "announce_withdraws": case_announce_withdraws,
     "bulk": case_bulk,
     "md5": case_md5,
 }
