@@ -250,6 +250,7 @@ TEST(BmpFramer, TellsBmpFromOtherStreams)
     };
     const DetectRow astRows[] = {
         {"initiation", Bmp(bmp::kInitiation, Tlv(2u, "r1")), true},
+        {"header only", Bytes{3u, 0, 0, 0, 6, 4}, true},
         {"route monitoring", Bmp(bmp::kRouteMonitoring, Concat({kPeer, EmptyUpdate()})), true},
         {"BGP marker", EmptyUpdate(), false},
         {"version 2", Bytes{2u, 0, 0, 0, 6, 4}, false},

@@ -188,6 +188,14 @@ TEST(BgpFraming, MessagesErrorsAndResynchronisation)
             EXPECT_EQ(Split(st.vecStream, ulChunk), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
         }
     }
+    /* Past 64 KiB the bytes consumed are dropped from the buffer; offsets go on. */
+    Bytes vecMany;
+    std::string strMany;
+    for (size_t i = 0; i < 4000u; i++) {
+        strMany += "m" + std::to_string(vecMany.size()) + "/29 ";
+        vecMany.insert(vecMany.end(), vecUpdate.begin(), vecUpdate.end());
+    }
+    EXPECT_EQ(Split(vecMany, 4096u), strMany);
 }
 
 TEST(BgpFraming, GapDropsThePartialMessage)

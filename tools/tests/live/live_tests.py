@@ -327,17 +327,23 @@ def case_known_peers(tool, wd):
 
 
 def case_announce_withdraws(tool, wd):
-    """announce ending on SIGTERM withdraws its routes (MP_UNREACH_NLRI with
-    the NLRI, not End-of-RIB) before it ceases the session."""
+    """announce keeps one session to the peer it connects to, and ending on
+    SIGTERM withdraws its routes (MP_UNREACH_NLRI with the NLRI, not
+    End-of-RIB) before it ceases the session."""
     config = os.path.join(wd, "routes.json")
     write_config(config, [route("10.0.0.1", 7, 100, [16001])])
     with socket.create_server((LOOPBACK, 0)) as srv:
         srv.settimeout(10)
         ann = announce(tool, wd, config, ["--connect", "%s:%d" % (LOOPBACK, srv.getsockname()[1]), "--retry", "1"])
         peer = ScriptedPeer(0, None, sock=srv.accept()[0])
-    peer.establish()
-    established(ann)
-    no_notification(peer, 1.0)
+        peer.establish()
+        established(ann)
+        no_notification(peer, 1.0)
+        srv.settimeout(0.5)  # no second connection while the session is up
+        try:
+            assert not srv.accept(), "a second connection"
+        except socket.timeout:
+            pass
     ann.send_signal(signal.SIGTERM)
     withdrawn = False
     while True:
