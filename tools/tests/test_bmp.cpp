@@ -251,6 +251,7 @@ TEST(BmpFramer, TellsBmpFromOtherStreams)
     const DetectRow astRows[] = {
         {"initiation", Bmp(bmp::kInitiation, Tlv(2u, "r1")), true},
         {"header only", Bytes{3u, 0, 0, 0, 6, 4}, true},
+        {"length at the limit", Bytes{3u, 0, 0x10, 0, 0, 0}, true},
         {"route monitoring", Bmp(bmp::kRouteMonitoring, Concat({kPeer, EmptyUpdate()})), true},
         {"BGP marker", EmptyUpdate(), false},
         {"version 2", Bytes{2u, 0, 0, 0, 6, 4}, false},

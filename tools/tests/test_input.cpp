@@ -250,17 +250,20 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
         vecRib.insert(vecRib.end(), vecAttr.begin(), vecAttr.end());
     }
     Bytes vecRibUnicast = {0, 0, 0, 8, 0, 1, 1, 8, 10, 0, 0};
+    Bytes vecNoMarker = Concat({Bytes(16u, 0u), BgpMessage(4, 0, 0)});
+    vecNoMarker[7] = 1u;  /* AFI 1 peers */
+    vecNoMarker[16] = 0u; /* a message of the right length without its marker */
     Bytes vecFile = Concat({MrtRecord(17, 4, vecEt), MrtRecord(16, 1, vecV6), MrtRecord(13, 6, vecRib),
                             MrtRecord(13, 6, vecRibUnicast), MrtRecord(16, 0, Bytes(20u, 0u)),
-                            MrtRecord(16, 1, Bytes(50u, 0u))});
+                            MrtRecord(16, 1, Bytes(50u, 0u)), MrtRecord(16, 1, vecNoMarker)});
     Bytes vecCut = MrtRecord(16, 4, vecEt);
     vecCut.resize(vecCut.size() - 3u);
     vecFile.insert(vecFile.end(), vecCut.begin(), vecCut.end());
 
     RecordingSink sink;
     srp::ReadMrt(vecFile.data(), vecFile.size(), "f.mrt", sink);
-    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error");
-    ASSERT_EQ(sink.vecSeen.size(), 6u);
+    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error error");
+    ASSERT_EQ(sink.vecSeen.size(), 7u);
     EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
     EXPECT_EQ(sink.vecSeen[1].vecData, vecMsg);
     Bytes vecRibSeen = vecNlri;
@@ -268,7 +271,7 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
     EXPECT_EQ(sink.vecSeen[3].vecData, vecRibSeen);
     EXPECT_EQ(sink.ulSkipped, 1u); /* the IPv4 unicast RIB */
     /* Errors name the record's offset in the file */
-    EXPECT_EQ(sink.vecSeen[5].ullOffset, vecFile.size() - vecCut.size());
+    EXPECT_EQ(sink.vecSeen[6].ullOffset, vecFile.size() - vecCut.size());
 }
 
 /* Peeked bytes are handed out again, whatever the sizes of peek and read. */

@@ -324,6 +324,7 @@ def case_known_peers(tool, wd):
     for p in (stranger, wrong_as, known):
         p.close()
     assert lis.stop() == 0, "listen did not end cleanly"
+    assert "summary: sessions 1, " in lis.stderr(), lis.stderr()  # established ones only
 
 
 def case_announce_withdraws(tool, wd):
