@@ -317,11 +317,14 @@ def case_known_peers(tool, wd):
     known = ScriptedPeer(port, "127.0.0.4")
     known.establish()
     no_notification(known, 0.5)
+    twin = ScriptedPeer(port, "127.0.0.4")  # one session per peer: the one that is up stays
+    twin.send(open_message(65010, 90, "127.0.0.9"))
+    assert twin.notification() == (6, 5)
     assert "refused a connection from 127.0.0.6: not a configured peer" in lis.stderr(), lis.stderr()
     # Shutting down ends the session with a Cease (administrative shutdown).
     lis.send_signal(signal.SIGTERM)
     assert known.notification() == (6, 2)
-    for p in (stranger, wrong_as, known):
+    for p in (stranger, wrong_as, known, twin):
         p.close()
     assert lis.stop() == 0, "listen did not end cleanly"
     assert "summary: sessions 1, " in lis.stderr(), lis.stderr()  # established ones only
