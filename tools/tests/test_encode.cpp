@@ -132,6 +132,18 @@ TEST(Encode, RoutesShareUpdatesUpTo4096Bytes)
             for (const Bytes &v : vecMsgs) {
                 EXPECT_LE(v.size(), 4096u);
                 EXPECT_EQ(srp::Be16(v.data() + 16), v.size());
+                /* The attributes (after 19 + 2 + 2 bytes) fill their section exactly, extended
+                 * lengths past 255 bytes, MP_REACH_NLRI or MP_UNREACH_NLRI among them. */
+                size_t ulAt = 23u;
+                const size_t ulEnd = 23u + srp::Be16(v.data() + 21);
+                bool bMp = false;
+                while (ulAt + 3u <= ulEnd) {
+                    bool bExt = (v[ulAt] & 0x10u) != 0u;
+                    bMp = bMp || v[ulAt + 1u] == (bWithdraw ? 15u : 14u);
+                    ulAt += bExt ? 4u + srp::Be16(&v[ulAt + 2u]) : 3u + v[ulAt + 2u];
+                }
+                EXPECT_EQ(ulAt, ulEnd);
+                EXPECT_TRUE(bMp);
             }
             if (!bWithdraw) {
                 EXPECT_EQ(vecMsgs.size(), st.ulMessages) << st.ulRoutes << " routes";

@@ -163,6 +163,7 @@ def run_malformed(tool, configs, workdir):
         rc = station.stop()
     err = station.stderr()
     check(rc == 0, "the station stops on SIGTERM with status 0")
+    check("cannot write" not in err, "every table dump was written")
     check(re.search(r"summary: sessions 6, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
                     r"skipped \d+, failed 5\n", err) is not None, "the summary counts sessions and failures: " + err)
 

@@ -330,10 +330,21 @@ def case_known_peers(tool, wd):
     assert "summary: sessions 1, " in lis.stderr(), lis.stderr()  # established ones only
 
 
+def attributes(body):
+    """(code, value) of each attribute of an UPDATE without withdrawn routes."""
+    attrs = body[4:4 + struct.unpack("!H", body[2:4])[0]]
+    while attrs:  # flags, code, length (2 bytes with the extended-length flag), value
+        start = 4 if attrs[0] & 0x10 else 3
+        end = start + (struct.unpack("!H", attrs[2:4])[0] if start == 4 else attrs[2])
+        yield attrs[1], attrs[start:end]
+        attrs = attrs[end:]
+
+
 def case_announce_withdraws(tool, wd):
-    """announce keeps one session to the peer it connects to, and ending on
-    SIGTERM withdraws its routes (MP_UNREACH_NLRI with the NLRI, not
-    End-of-RIB) before it ceases the session."""
+    """announce keeps one session to the peer it connects to, puts its AS
+    first on the AS path of an eBGP peer, and ending on SIGTERM withdraws
+    its routes (MP_UNREACH_NLRI with the NLRI, not End-of-RIB) before it
+    ceases the session."""
     config = os.path.join(wd, "routes.json")
     write_config(config, [route("10.0.0.1", 7, 100, [16001])])
     with socket.create_server((LOOPBACK, 0)) as srv:
@@ -342,6 +353,11 @@ def case_announce_withdraws(tool, wd):
         peer = ScriptedPeer(0, None, sock=srv.accept()[0])
         peer.establish()
         established(ann)
+        as_path = None
+        while as_path is None:
+            msg_type, body = peer.read_message()
+            as_path = dict(attributes(body)).get(2) if msg_type == 2 else None
+        assert as_path == b"\x02\x01" + struct.pack("!I", AS_ANNOUNCE), as_path  # eBGP: our AS first
         no_notification(peer, 1.0)
         srv.settimeout(0.5)  # no second connection while the session is up
         try:
@@ -356,12 +372,7 @@ def case_announce_withdraws(tool, wd):
         if msg_type == 3:
             assert body[:2] == b"\x06\x02", body
             break
-        attrs = body[4:4 + struct.unpack("!H", body[2:4])[0]] if msg_type == 2 else b""  # no withdrawn routes
-        while attrs:  # flags, code, length (2 bytes with the extended-length flag), value
-            ext = attrs[0] & 0x10
-            length = struct.unpack("!H", attrs[2:4])[0] if ext else attrs[2]
-            withdrawn |= attrs[1] == 15 and length > 3
-            attrs = attrs[(4 if ext else 3) + length:]
+        withdrawn |= msg_type == 2 and any(code == 15 and len(value) > 3 for code, value in attributes(body))
     assert ann.stop() == 0, "announce did not end cleanly"
 
 
