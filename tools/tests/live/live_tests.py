@@ -376,6 +376,15 @@ def case_announce_withdraws(tool, wd):
     assert ann.stop() == 0, "announce did not end cleanly"
 
 
+def case_connect_retry(tool, wd):
+    """A session that cannot be opened (an IPv6 source for an IPv4 peer) is
+    tried again every --retry seconds, not at once."""
+    lis = listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, free_port()), "--source", "::1", "--retry", "1"])
+    time.sleep(2.5)
+    assert lis.stop() == 0, "listen did not end cleanly"
+    assert 2 <= lis.stderr().count("cannot connect") <= 4, lis.stderr()
+
+
 def cpu_seconds(pid):
     with open("/proc/%d/stat" % pid) as f:
         fields = f.read().rsplit(")", 1)[1].split()
@@ -480,6 +489,7 @@ CASES = {
     "slow_output": case_slow_output,
     "known_peers": case_known_peers,
     "announce_withdraws": case_announce_withdraws,
+    "connect_retry": case_connect_retry,
     "bulk": case_bulk,
     "md5": case_md5,
 }
