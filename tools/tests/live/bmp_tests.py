@@ -340,6 +340,13 @@ def run_decode(tool, configs, workdir):
         check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
     rc, lines, err = decode(tool, os.path.join(workdir, "bmp_port.pcap"))
     check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
+    ports = os.path.join(workdir, "ports.pcap")  # of the other ports, the three busiest are named
+    with open(ports, "wb") as f:
+        f.write(harness.pcap([harness.tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x")
+                              for port in (1001, 1002, 1002, 1003, 1003, 1003, 1004, 1004, 1004, 1004)]))
+    rc, lines, err = decode(tool, ports)
+    check(rc == 1 and "on ports 1004 (4 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
+          "a capture without BGP names the three busiest other ports: " + err.strip())
     cut = os.path.join(workdir, "cut.bmp")
     with open(cut, "wb") as f:
         f.write(stream[:-3])
