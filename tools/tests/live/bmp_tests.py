@@ -347,6 +347,16 @@ def run_decode(tool, configs, workdir):
     rc, lines, err = decode(tool, ports)
     check(rc == 1 and "on ports 1004 (4 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
           "a capture without BGP names the three busiest other ports: " + err.strip())
+    rib = os.path.join(workdir, "rib.mrt")  # an MRT RIB entry whose attribute value (a type 14 tunnel) is refused
+    value = bytes.fromhex("000e00030e0105")
+    attrs = bytes([0x40, 1, 1, 0, 0xC0, 23, len(value)]) + value
+    body = (struct.pack("!IHBBII4s", 1, 1, 73, 96, 1, 100, socket.inet_aton("10.0.0.1")) +
+            struct.pack("!HHIH", 1, 0, 0, len(attrs)) + attrs)
+    with open(rib, "wb") as f:
+        f.write(struct.pack("!IHHI", PEER_TIME, 13, 6, len(body)) + body)
+    rc, lines, err = decode(tool, rib)
+    check(rc == 1 and "message 1 at offset 0 (+7): Tunnel Encapsulation attribute" in err,
+          "a RIB entry's refused attribute is named by its place among the entry's attributes: " + err.strip())
     cut = os.path.join(workdir, "cut.bmp")
     with open(cut, "wb") as f:
         f.write(stream[:-3])
