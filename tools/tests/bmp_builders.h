@@ -67,7 +67,7 @@ inline Bytes Tlv(uint16_t usType, const Bytes &vecValue)
 }
 inline Bytes Tlv(uint16_t usType, const std::string &strValue)
 {
-    return Tlv(usType, Bytes(strValue.begin(), strValue.end()));
+    return Tlv(usType, Text(strValue));
 }
 inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
 {
@@ -77,16 +77,6 @@ inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
 }
 inline Bytes Stat(uint16_t usType, const Bytes &vecValue) { return Tlv(usType, vecValue); }
 
-/* A BGP message of the type with the given body. */
-inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
-{
-    Bytes v(16u, 0xFFu);
-    srp::Put16(v, static_cast<uint32_t>(19u + vecBody.size()));
-    v.push_back(ucType);
-    v.insert(v.end(), vecBody.begin(), vecBody.end());
-    return v;
-}
-
 /* An UPDATE with no withdrawn routes and no attributes. */
 inline Bytes EmptyUpdate() { return Bgp(2u, Bytes{0, 0, 0, 0}); }
 
@@ -94,74 +84,6 @@ inline Bytes BadMarker(Bytes v)
 {
     v[3] = 0u;
     return v;
-}
-
-/* OPEN: version 4, hold time 90, BGP ID 10.0.0.9, one capabilities
- * parameter with a Multiprotocol capability per family and, when bAs4, the
- * 4-octet AS capability (My AS then AS_TRANS when the AS needs 4 octets). */
-inline Bytes BgpOpen(uint32_t ulAs, const std::vector<std::pair<uint16_t, uint8_t>> &vecFamilies, bool bAs4)
-{
-    Bytes vecCaps;
-    for (const auto &f : vecFamilies) {
-        Bytes vecMp;
-        srp::Put16(vecMp, f.first);
-        vecMp.push_back(0u);
-        vecMp.push_back(f.second);
-        vecCaps.push_back(1u);
-        vecCaps.push_back(4u);
-        vecCaps.insert(vecCaps.end(), vecMp.begin(), vecMp.end());
-    }
-    if (bAs4) {
-        vecCaps.push_back(65u);
-        vecCaps.push_back(4u);
-        srp::Put32(vecCaps, ulAs);
-    }
-    Bytes v{4u};
-    srp::Put16(v, ulAs > 0xFFFFu ? 23456u : ulAs);
-    srp::Put16(v, 90u);
-    srp::Put32(v, 0x0A000009u);
-    v.push_back(static_cast<uint8_t>(2u + vecCaps.size()));
-    v.push_back(2u);
-    v.push_back(static_cast<uint8_t>(vecCaps.size()));
-    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
-    return Bgp(1u, v);
-}
-
-/* The same with the extended optional parameters length (255, 255, u16)
- * and two-byte parameter lengths: one family and the 4-octet AS. */
-inline Bytes BgpOpenExtended(uint32_t ulAs, uint16_t usAfi, uint8_t ucSafi)
-{
-    Bytes vecCaps{1u, 4u};
-    srp::Put16(vecCaps, usAfi);
-    vecCaps.push_back(0u);
-    vecCaps.push_back(ucSafi);
-    vecCaps.push_back(65u);
-    vecCaps.push_back(4u);
-    srp::Put32(vecCaps, ulAs);
-    Bytes v{4u};
-    srp::Put16(v, 23456u);
-    srp::Put16(v, 90u);
-    srp::Put32(v, 0x0A000009u);
-    v.push_back(255u);
-    v.push_back(255u);
-    srp::Put16(v, static_cast<uint32_t>(3u + vecCaps.size()));
-    v.push_back(2u);
-    srp::Put16(v, static_cast<uint32_t>(vecCaps.size()));
-    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
-    return Bgp(1u, v);
-}
-
-/* An OPEN of AS 65010 with one capability: Graceful Restart (64), 4 bytes,
- * which is neither a family nor the 4-octet AS. */
-inline Bytes BgpOpenGracefulRestart()
-{
-    return Bgp(1u, Bytes{4u, 0xFD, 0xF2, 0, 90, 10, 0, 0, 9, 8, 2, 6, 64, 4, 0, 0, 0, 0});
-}
-
-/* An OPEN whose only capability claims 5 bytes in a 4-byte parameter. */
-inline Bytes BgpOpenBadCapability()
-{
-    return Bgp(1u, Bytes{4u, 0xFD, 0xE9, 0, 90, 10, 0, 0, 9, 6, 2, 4, 65, 5, 0, 0});
 }
 
 }  // namespace srp_test

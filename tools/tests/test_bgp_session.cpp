@@ -1,5 +1,6 @@
 /* The session state machine fed with what a peer sends: the NOTIFICATION it
- * answers with, the state it reaches, timers and End-of-RIB. */
+ * answers with, the state it reaches, timers and End-of-RIB; and what the
+ * command line names as peers and endpoints. */
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -7,9 +8,13 @@
 #include <vector>
 
 #include "bgp/session.h"
+#include "bgp/speaker.h"
+#include "test_support.h"
 
 namespace srp {
 namespace {
+
+using namespace srp_test;
 
 struct Recorder : SessionEvents {
     void Established() override { iEstablished++; }
@@ -20,62 +25,7 @@ struct Recorder : SessionEvents {
     std::vector<Family> vecRefresh;
 };
 
-/* One capability: code, length, value. */
-Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
-{
-    Bytes v;
-    v.reserve(2u + vecValue.size());
-    srp::Put8(v, ucCode);
-    srp::Put8(v, static_cast<uint32_t>(vecValue.size()));
-    v.insert(v.end(), vecValue.begin(), vecValue.end());
-    return v;
-}
-const Bytes kMp1 = Cap(1, {0, 1, 0, 73});
-const Bytes kMp2 = Cap(1, {0, 2, 0, 73});
-const Bytes kMpUnicast = Cap(1, {0, 1, 0, 1});
-Bytes As4(uint32_t ul)
-{
-    Bytes v;
-    Put32(v, ul);
-    return Cap(65, v);
-}
-
-struct Open {
-    uint8_t ucVersion = 4;
-    uint16_t usAs = 65001;
-    uint16_t usHold = 90;
-    uint32_t ulId = 0x7f000002u;
-    std::vector<Bytes> vecCaps{kMp1};
-    uint8_t ucParam = 2;
-};
-
-Bytes PeerOpen(const Open &st)
-{
-    Bytes vecCaps;
-    for (const Bytes &v : st.vecCaps) {
-        vecCaps.insert(vecCaps.end(), v.begin(), v.end());
-    }
-    Bytes v{st.ucVersion};
-    Put16(v, st.usAs);
-    Put16(v, st.usHold);
-    Put32(v, st.ulId);
-    Put8(v, static_cast<uint32_t>(vecCaps.size() + 2u));
-    Put8(v, st.ucParam);
-    Put8(v, static_cast<uint32_t>(vecCaps.size()));
-    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
-    return BuildMessage(kBgpOpen, v);
-}
-
 Bytes Keepalive() { return BuildMessage(kBgpKeepalive, {}); }
-Bytes Cat(std::vector<Bytes> vec)
-{
-    Bytes v;
-    for (const Bytes &x : vec) {
-        v.insert(v.end(), x.begin(), x.end());
-    }
-    return v;
-}
-
 SessionConfig Config(uint32_t ulPeerAs = 0)
 {
     SessionConfig st;
@@ -128,40 +78,42 @@ TEST(Session, PeerInputToNotification)
         bool bWasUp = false; /* Established was reached on the way */
     };
     const Row aRows[] = {
-        {"good open", 65001, PeerOpen({}), SessionState::OpenConfirm, 0, 0, {}},
-        {"good open and keepalive", 0, Cat({PeerOpen({}), Keepalive()}), SessionState::Established, 0, 0, {}, true},
+        {"good open", 65001, BgpOpen({}), SessionState::OpenConfirm, 0, 0, {}},
+        {"good open and keepalive", 0, Concat({BgpOpen({}), Keepalive()}), SessionState::Established, 0, 0, {}, true},
         {"bad marker", 0, vecBadMarker, SessionState::Closed, 1, 1, {}},
         {"length below header", 0, Header(18, kBgpKeepalive), SessionState::Closed, 1, 2, {0, 18}},
-        {"keepalive with a body", 0, Cat({Header(20, kBgpKeepalive), {0}}), SessionState::Closed, 1, 2, {0, 20}},
+        {"keepalive with a body", 0, Concat({Header(20, kBgpKeepalive), {0}}), SessionState::Closed, 1, 2, {0, 20}},
         {"open too short", 0, Header(28, kBgpOpen), SessionState::Closed, 1, 2, {0, 28}},
         {"standard length exceeded", 0, Header(4097, kBgpUpdate), SessionState::Closed, 1, 2, {0x10, 0x01}},
         {"unknown type", 0, Header(19, 9), SessionState::Closed, 1, 3, {9}},
         {"UPDATE past 4096 with extended messages", 0,
-         Cat({PeerOpen({4, 65001, 90, 1, {kMp1, Cap(6, {})}}), Keepalive(), Header(5000, kBgpUpdate), Bytes(4981)}),
+         Concat({BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(6, {})}}), Keepalive(), Header(5000, kBgpUpdate), Bytes(4981)}),
          SessionState::Established, 0, 0, {}, true},
         {"OPEN past 4096 even with extended messages", 0,
-         Cat({PeerOpen({4, 65001, 90, 1, {kMp1, Cap(6, {})}}), Keepalive(), Header(5000, kBgpOpen)}),
+         Concat({BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(6, {})}}), Keepalive(), Header(5000, kBgpOpen)}),
          SessionState::Closed, 1, 2, {0x13, 0x88}, true},
-        {"version 3", 0, PeerOpen({3}), SessionState::Closed, 2, 1, {0, 4}},
-        {"parameters longer than the message", 0, Cat({Header(29, kBgpOpen), {4, 0xfd, 0xe9, 0, 90, 0, 0, 0, 1, 2}}),
+        {"version 3", 0, BgpOpen({3}), SessionState::Closed, 2, 1, {0, 4}},
+        {"parameters longer than the message", 0, Concat({Header(29, kBgpOpen), {4, 0xfd, 0xe9, 0, 90, 0, 0, 0, 1, 2}}),
          SessionState::Closed, 2, 0, {}},
-        {"capability overruns its parameter", 0, PeerOpen({4, 65001, 90, 1, {{1, 9, 0, 1}}}), SessionState::Closed, 2,
+        {"capability overruns its parameter", 0, BgpOpen({4, 65001, 90, 1, {{1, 9, 0, 1}}}), SessionState::Closed, 2,
          0, {}},
-        {"peer AS not the configured one", 65002, PeerOpen({}), SessionState::Closed, 2, 2, {}},
-        {"4-octet AS beats AS_TRANS", 4200000000u, PeerOpen({4, kAsTrans, 90, 1, {kMp1, As4(4200000000u)}}),
+        {"peer AS not the configured one", 65002, BgpOpen({}), SessionState::Closed, 2, 2, {}},
+        {"4-octet AS beats AS_TRANS", 4200000000u, BgpOpen({4, kAsTrans, 90, 1, {CapMp(1, 73), CapAs4(4200000000u)}}),
          SessionState::OpenConfirm, 0, 0, {}},
-        {"4-octet AS mismatch", 65001, PeerOpen({4, 65001, 90, 1, {kMp1, As4(65009)}}), SessionState::Closed, 2, 2, {}},
-        {"BGP identifier 0", 0, PeerOpen({4, 65001, 90, 0}), SessionState::Closed, 2, 3, {}},
-        {"unknown optional parameter", 0, PeerOpen({4, 65001, 90, 1, {kMp1}, 9}), SessionState::Closed, 2, 4, {}},
-        {"hold time 2", 0, PeerOpen({4, 65001, 2}), SessionState::Closed, 2, 6, {}},
-        {"hold time 0 is fine", 0, PeerOpen({4, 65001, 0}), SessionState::OpenConfirm, 0, 0, {}},
-        {"no SR Policy family", 0, PeerOpen({4, 65001, 90, 1, {kMpUnicast}}), SessionState::Closed, 2, 7,
-         Cat({kMp1, kMp2})},
+        {"4-octet AS mismatch", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), CapAs4(65009)}}), SessionState::Closed, 2, 2, {}},
+        {"another 4-byte capability is not the AS", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(64, {0, 0, 0, 9})}}),
+         SessionState::OpenConfirm, 0, 0, {}},
+        {"BGP identifier 0", 0, BgpOpen({4, 65001, 90, 0}), SessionState::Closed, 2, 3, {}},
+        {"unknown optional parameter", 0, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73)}, 9}), SessionState::Closed, 2, 4, {}},
+        {"hold time 2", 0, BgpOpen({4, 65001, 2}), SessionState::Closed, 2, 6, {}},
+        {"hold time 0 is fine", 0, BgpOpen({4, 65001, 0}), SessionState::OpenConfirm, 0, 0, {}},
+        {"no SR Policy family", 0, BgpOpen({4, 65001, 90, 1, {CapMp(1, 1)}}), SessionState::Closed, 2, 7,
+         Concat({CapMp(1, 73), CapMp(2, 73)})},
         {"update before open", 0, vecUpdate, SessionState::Closed, 5, 1, {}},
-        {"update in OpenConfirm", 0, Cat({PeerOpen({}), vecUpdate}), SessionState::Closed, 5, 2, {}},
-        {"open in Established", 0, Cat({PeerOpen({}), Keepalive(), PeerOpen({})}), SessionState::Closed, 5, 3, {},
+        {"update in OpenConfirm", 0, Concat({BgpOpen({}), vecUpdate}), SessionState::Closed, 5, 2, {}},
+        {"open in Established", 0, Concat({BgpOpen({}), Keepalive(), BgpOpen({})}), SessionState::Closed, 5, 3, {},
          true},
-        {"peer notification", 0, Cat({PeerOpen({}), BuildNotification(6, 2, {})}), SessionState::Closed, 0, 0, {}},
+        {"peer notification", 0, Concat({BgpOpen({}), BuildNotification(6, 2, {})}), SessionState::Closed, 0, 0, {}},
     };
     for (const Row &row : aRows) {
         SCOPED_TRACE(row.pcName);
@@ -201,7 +153,7 @@ TEST(Session, OpenOffersFamiliesAndAs)
         uint32_t ulAs;
         uint16_t usMyAs; /* the 2-byte field */
     };
-    for (const Row &row : {Row{65000, 65000}, Row{4200000000u, kAsTrans}}) {
+    for (const Row &row : {Row{65000, 65000}, Row{65535, 65535}, Row{65536, kAsTrans}, Row{4200000000u, kAsTrans}}) {
         SessionConfig st = Config();
         st.ulLocalAs = row.ulAs;
         Bytes v = BuildOpen(st);
@@ -225,7 +177,7 @@ TEST(Session, TimersAndEstablishedTraffic)
     Recorder rec;
     BgpSession s(Config(), rec);
     s.Start(0.0);
-    Bytes vecIn = Cat({PeerOpen({4, 65001, 9}), Keepalive()});
+    Bytes vecIn = Concat({BgpOpen({4, 65001, 9}), Keepalive()});
     s.Receive(vecIn.data(), vecIn.size(), 0.0);
     ASSERT_EQ(s.State(), SessionState::Established);
     EXPECT_EQ(s.HoldTime(), 9u);
@@ -242,7 +194,7 @@ TEST(Session, TimersAndEstablishedTraffic)
     /* Updates and route refresh reach the owner; a keepalive restarts hold. */
     Bytes vecUpdate = BuildEndOfRib({1, 73});
     Bytes vecRefresh = BuildMessage(kBgpRouteRefresh, {0, 2, 0, 73});
-    vecIn = Cat({vecUpdate, vecRefresh, Keepalive()});
+    vecIn = Concat({vecUpdate, vecRefresh, Keepalive()});
     s.Receive(vecIn.data(), vecIn.size(), 8.0);
     ASSERT_EQ(rec.vecUpdates.size(), 1u);
     EXPECT_EQ(rec.vecUpdates[0], vecUpdate);
@@ -314,6 +266,53 @@ TEST(Session, EndOfRib)
         EXPECT_EQ(IsEndOfRib(row.vecMsg.data(), row.vecMsg.size(), st), row.bEor);
         if (row.bEor) {
             EXPECT_EQ(st, row.stFamily);
+        }
+    }
+}
+
+TEST(Speaker, PeerAndEndpointText)
+{
+    struct Row {
+        const char *pcText;
+        bool bPort; /* the address may carry a port */
+        bool bOk;
+        const char *pcAddr;
+        uint16_t usPort;
+        uint32_t ulAs;
+        const char *pcMd5;
+        const char *pcError; /* part of the error when refused */
+    };
+    const Row aRows[] = {
+        {"127.0.0.2", true, true, "127.0.0.2", 179, 0, "", ""},
+        {"127.0.0.2:1790", true, true, "127.0.0.2", 1790, 0, "", ""},
+        {"[::1]:1790", true, true, "::1", 1790, 0, "", ""},
+        {"[::1]", true, true, "::1", 179, 0, "", ""},
+        {"::1", true, true, "::1", 179, 0, "", ""},
+        {"127.0.0.2:1790,as=65001,md5=a=b", true, true, "127.0.0.2", 1790, 65001, "a=b", ""},
+        {"127.0.0.2,md5=pw,as=4200000000", false, true, "127.0.0.2", 179, 4200000000u, "pw", ""},
+        {"127.0.0.2:65536", true, false, "", 0, 0, "", "not a port: 65536"},
+        {"127.0.0.2:", true, true, "127.0.0.2", 179, 0, "", ""},
+        {"127.0.0.2:x", true, false, "", 0, 0, "", "not a port"},
+        {"[::1]x", true, false, "", 0, 0, "", "expected ':'"},
+        {"[::1", true, false, "", 0, 0, "", "missing ']'"},
+        {"router1", true, false, "", 0, 0, "", "not a numeric address"},
+        {"127.0.0.2:1790", false, false, "", 0, 0, "", "not a numeric address"},
+        {"127.0.0.2,as=0", false, false, "", 0, 0, "", "not an AS number"},
+        {"127.0.0.2,as=4294967296", false, false, "", 0, 0, "", "not an AS number"},
+        {"127.0.0.2,hold=3", false, false, "", 0, 0, "", "unknown peer setting 'hold=3'"},
+    };
+    for (const Row &row : aRows) {
+        SCOPED_TRACE(row.pcText);
+        PeerSpec st;
+        std::string strError;
+        ASSERT_EQ(ParsePeerSpec(row.pcText, row.bPort, st, strError), row.bOk) << strError;
+        if (row.bOk) {
+            EXPECT_EQ(st.strAddr, row.pcAddr);
+            EXPECT_EQ(st.usPort, row.usPort);
+            EXPECT_EQ(st.ulAs, row.ulAs);
+            EXPECT_EQ(st.strMd5, row.pcMd5);
+        } else {
+            EXPECT_NE(strError.find(row.pcError), std::string::npos) << strError;
         }
     }
 }

@@ -69,9 +69,9 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
     vecPeerV6[13] = 0xb8;
     vecPeerV6[25] = 0x02;
     Bytes vecLocRib = PeerHeader(bmp::kLocRib, bmp::kFlagLocRibFiltered, 0u, 65000u);
-    Bytes vecOpenSent = BgpOpen(65000u, {{1u, 73u}, {2u, 73u}, {1u, 1u}}, true);
-    Bytes vecOpenRecv = BgpOpen(70000u, {{1u, 73u}, {1u, 1u}}, true);
-    Bytes vecOpen2Byte = BgpOpen(65010u, {{1u, 73u}}, false);
+    Bytes vecOpenSent = BgpOpen({4, 65000, 90, 1, {CapMp(1, 73), CapMp(2, 73), CapMp(1, 1), CapAs4(65000)}});
+    Bytes vecOpenRecv = BgpOpen({4, 23456, 90, 1, {CapMp(1, 73), CapMp(1, 1), CapAs4(70000)}});
+    Bytes vecOpen2Byte = BgpOpen({4, 65010, 90, 1, {CapMp(1, 73)}});
     Bytes vecNotification = BgpMessage(3u, 2u, 0u);
     vecNotification[19] = 6u; /* Cease */
     vecNotification[20] = 2u; /* administrative shutdown */
@@ -102,10 +102,10 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
          Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, vecOpen2Byte})),
          "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=0 remote-as=65010 families=1/73,"},
         {"peer up, another 4-byte capability is not the AS",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpenGracefulRestart()})),
+         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 65010, 90, 1, {Cap(64, {0, 0, 0, 0})}})})),
          "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=0 remote-as=65010 families="},
         {"peer up, extended optional parameters",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpenExtended(70001u, 2u, 73u)})),
+         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 23456, 90, 1, {CapMp(2, 73), CapAs4(70001)}, 2, true})})),
          "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=1 remote-as=70001 families=2/73,"},
         {"peer down, remote notification", Bmp(bmp::kPeerDown, Concat({kPeerPost, {3u}, vecNotification})),
          "Peer Down [global 10.0.0.1 AS 65001 post-policy t=1700000000.250] remote system closed the session with a "
@@ -151,8 +151,12 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
          Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, Bytes(vecOpenRecv.begin(), vecOpenRecv.end() - 3)})),
          "!Peer Up received OPEN: BGP message length 49 with 46 bytes left"},
         {"peer up with a capability overrunning its parameter",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpenBadCapability()})),
+         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 65001, 90, 1, {{65, 5, 0, 0}}})})),
          "!Peer Up: OPEN capability overruns its parameter"},
+        {"peer up with a byte after the OPEN's last parameter",
+         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent,
+                                   Bgp(1u, {4, 0xFD, 0xF2, 0, 90, 10, 0, 0, 9, 9, 2, 6, 1, 4, 0, 1, 0, 73, 2})})),
+         "!Peer Up: OPEN optional parameter overruns the parameters"},
         {"peer up with an UPDATE for an OPEN", Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), EmptyUpdate()})),
          "!Peer Up sent OPEN: BGP message of type 2, expected 1"},
         {"peer down without a reason", Bmp(bmp::kPeerDown, kPeer), "!Peer Down without its reason"},
@@ -246,6 +250,8 @@ TEST(BmpFramer, TellsBmpFromOtherStreams)
     };
     const DetectRow astRows[] = {
         {"initiation", Bmp(bmp::kInitiation, Tlv(2u, "r1")), true},
+        {"header only", Bytes{3u, 0, 0, 0, 6, 4}, true},
+        {"length at the limit", Bytes{3u, 0, 0x10, 0, 0, 0}, true},
         {"route monitoring", Bmp(bmp::kRouteMonitoring, Concat({kPeer, EmptyUpdate()})), true},
         {"BGP marker", EmptyUpdate(), false},
         {"version 2", Bytes{2u, 0, 0, 0, 6, 4}, false},

@@ -144,38 +144,6 @@ TEST_F(MonitorTest, RefusedAttributeWithdrawsAndMalformedMessagesChangeNothing)
     EXPECT_EQ(Tables(), "r1|10.0.0.9|65009|pre-policy=2");
 }
 
-/* The dump names every route's router, peer, view and time and carries its
- * attribute as stored. */
-TEST_F(MonitorTest, DumpsEveryStoredRouteSelfContained)
-{
-    Bytes vecUpdate = Updates(m_host, kTwoRoutes, false).at(0);
-    ASSERT_TRUE(Send("r1", Bmp(bmp::kRouteMonitoring, Concat({PeerHeader(0u, bmp::kFlagPostPolicy, 0x0A000009u, 65009u),
-                                                               vecUpdate}))));
-    char acPath[] = "/tmp/srpolicy-dump-XXXXXX";
-    int iFd = mkstemp(acPath);
-    ASSERT_GE(iFd, 0);
-    {
-        srp::OutBuffer out(iFd);
-        m_monitor.Dump(out, true);
-    }
-    std::string strDump(4096u, '\0');
-    strDump.resize(static_cast<size_t>(pread(iFd, &strDump[0], strDump.size(), 0)));
-    close(iFd);
-    unlink(acPath);
-    for (const char *pcColor : {"\"color\":1,", "\"color\":2,"}) {
-        SCOPED_TRACE(pcColor);
-        size_t ulLine = strDump.find(pcColor);
-        ASSERT_NE(ulLine, std::string::npos) << strDump;
-        size_t ulStart = strDump.rfind('\n', ulLine) + 1u; /* npos + 1 is 0 */
-        std::string strLine = strDump.substr(ulStart, strDump.find('\n', ulLine) - ulStart);
-        for (const char *pcField : {"\"router\":\"r1\"", "\"peer\":\"10.0.0.9 AS 65009\"", "\"view\":\"post-policy\"",
-                                    "\"time\":\"2023-11-14T22:13:20.000250Z\"", "\"next_hop\":\"192.0.2.1\"",
-                                    "\"preference\":10", "\"hex\":\"000f00080c0600000000000a\""}) {
-            EXPECT_NE(strLine.find(pcField), std::string::npos) << pcField << " in " << strLine;
-        }
-    }
-}
-
 TEST(BmpStation, PrefixesAndBindAddresses)
 {
     struct PrefixRow {

@@ -1,7 +1,10 @@
-/* The encoder: warnings for code points RFC 9830 receivers read differently,
- * and UPDATEs that stay within 4096 bytes however many routes share them. */
+/* Tunnel Encapsulation values: the tool's own look at tunnels and sub-TLVs
+ * (what the wire value says that its normalised form cannot), the encoder's
+ * warnings for code points RFC 9830 receivers read differently, and UPDATEs
+ * that stay within 4096 bytes however many routes share them. */
 #include <gtest/gtest.h>
 
+#include "bgp/tunnel_encap.h"
 #include "common/bytes.h"
 #include "encode/encode.h"
 #include "encode/interop.h"
@@ -11,6 +14,61 @@ namespace {
 
 using srp::Bytes;
 using srp_test::Hex;
+
+TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
+{
+    struct Case {
+        const char *pcName;
+        const char *pcValue;
+        const char *pcSubTlvs; /* "type/length" of the first tunnel's sub-TLVs */
+        bool bTruncated;
+        const char *pcWarnings; /* the warnings joined with '|' */
+        const char *pcNames;    /* "type/wire length" */
+    } astCases[] = {
+        {"one tunnel", "000f 000b  0c06 000000000064  0e01 05", "12/6 14/1 ", false, "", ""},
+        /* type 130 has a 2-byte length; the name is the value less its reserved byte */
+        {"names", "000f 000d  8200 05 00 61626364  8100 02 00 78", "130/5 129/2 ", false, "", "130/4 129/1 "},
+        {"second tunnel", "000f 0003  0e01 05  0001 0002 0c01", "14/1 ", false,
+         "1 more tunnel TLV(s) after the first (type 1) not decoded: the plug-in decodes the first tunnel only", ""},
+        {"first tunnel not SR Policy", "0001 0003 0e01 05", "14/1 ", false,
+         "the first tunnel is of type 1, not SR Policy (15): the plug-in decodes SR Policy tunnels only", ""},
+        {"sub-TLV past its tunnel", "000f 0004  0c06 0000", "", true, "", ""},
+        {"tunnel past the value", "000f 0010  0c06", "", true, "", ""},
+    };
+    for (const Case &st : astCases) {
+        Bytes v = Hex(st.pcValue);
+        srp::TunnelEncapView stView;
+        srp::ScanTunnelEncap(v.data(), v.size(), stView);
+        std::string strSub;
+        for (const srp::SubTlv &s : stView.vecSubTlvs) {
+            strSub += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
+        }
+        EXPECT_EQ(strSub, st.pcSubTlvs) << st.pcName;
+        EXPECT_EQ(stView.bTruncated, st.bTruncated) << st.pcName;
+        srp::WireNotes stNotes;
+        srp::NoteWireValue(v.data(), v.size(), stNotes);
+        std::string strWarnings;
+        for (const std::string &s : stNotes.vecWarnings) {
+            strWarnings += (strWarnings.empty() ? "" : "|") + s;
+        }
+        EXPECT_EQ(strWarnings, st.pcWarnings) << st.pcName;
+        std::string strNames;
+        for (const srp::WireName &s : stNotes.vecNames) {
+            strNames += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
+        }
+        EXPECT_EQ(strNames, st.pcNames) << st.pcName;
+    }
+}
+
+TEST(TunnelEncap, DecodedSubTlvTypes)
+{
+    for (unsigned u = 0; u < 256u; u++) {
+        /* preference, binding SID, SRv6 binding SID, slice ids, template id,
+         * segment list, candidate path and policy names */
+        bool bDecoded = u == 12u || u == 13u || u == 20u || u == 123u || (u >= 126u && u <= 130u);
+        EXPECT_EQ(srp::IsDecodedSubTlv(static_cast<uint8_t>(u)), bDecoded) << u;
+    }
+}
 
 TEST(Interop, EachCodePointWarnedOncePerRoute)
 {
@@ -74,6 +132,18 @@ TEST(Encode, RoutesShareUpdatesUpTo4096Bytes)
             for (const Bytes &v : vecMsgs) {
                 EXPECT_LE(v.size(), 4096u);
                 EXPECT_EQ(srp::Be16(v.data() + 16), v.size());
+                /* The attributes (after 19 + 2 + 2 bytes) fill their section exactly, extended
+                 * lengths past 255 bytes, MP_REACH_NLRI or MP_UNREACH_NLRI among them. */
+                size_t ulAt = 23u;
+                const size_t ulEnd = 23u + srp::Be16(v.data() + 21);
+                bool bMp = false;
+                while (ulAt + 3u <= ulEnd) {
+                    bool bExt = (v[ulAt] & 0x10u) != 0u;
+                    bMp = bMp || v[ulAt + 1u] == (bWithdraw ? 15u : 14u);
+                    ulAt += bExt ? 4u + srp::Be16(&v[ulAt + 2u]) : 3u + v[ulAt + 2u];
+                }
+                EXPECT_EQ(ulAt, ulEnd);
+                EXPECT_TRUE(bMp);
             }
             if (!bWithdraw) {
                 EXPECT_EQ(vecMsgs.size(), st.ulMessages) << st.ulRoutes << " routes";

@@ -18,73 +18,57 @@ using srp::Bytes;
 using srp_test::BgpMessage;
 using srp_test::Concat;
 using srp_test::RecordingSink;
+using srp_test::Text;
 
-TEST(HexText, ToleratesSeparatorsPrefixesAndComments)
+/* Hex text: separators, "0x" where a byte starts, comments, a byte's digits
+ * on two lines; errors name line and column. As one value, and (the text
+ * joined to one line) as one value per line. */
+TEST(HexText, BytesOrTheErrorWithItsPlace)
 {
     struct Case {
         const char *pcText;
-        const char *pcHex; /* expected bytes, or nullptr for an error */
+        const char *pcExpect; /* the bytes in hex, or the error after "!" */
     } astCases[] = {
         {"0a0B ff", "0a0bff"},
         {"0x0a 0xff\n\t01", "0aff01"},
         {"01 # comment 99 zz\n02", "0102"},
         {"de:ad-be.ef", "deadbeef"},
         {"0x", ""},
-        {"abc", nullptr},
-        {"01 zz", nullptr},
+        {"0\n1 0 2", "0102"},
+        {"01 # zz\n  0x02", "0102"},
+        {"abc", "!odd number of hex digits: the digit at line 1, column 3 has no partner"},
+        {"01\n\n  0g", "!line 3, column 4: 'g' is not a hex digit"},
+        {"01\t\x01", "!line 1, column 4: byte 0x01 is not a hex digit"},
+        {"01\n020", "!odd number of hex digits: the digit at line 2, column 3 has no partner"},
+        {"00x12", "!line 1, column 3: 'x' is not a hex digit"},
+        {"01 0\n# 2", "!odd number of hex digits: the digit at line 1, column 4 has no partner"},
     };
     for (const Case &st : astCases) {
+        SCOPED_TRACE(st.pcText);
         Bytes v;
         std::string strError;
         bool bOk = srp::ParseHex(st.pcText, v, strError);
-        if (st.pcHex == nullptr) {
-            EXPECT_FALSE(bOk) << st.pcText;
-            EXPECT_FALSE(strError.empty());
-        } else {
-            EXPECT_TRUE(bOk) << st.pcText << ": " << strError;
-            EXPECT_EQ(srp::ToHex(v), st.pcHex) << st.pcText;
-        }
+        EXPECT_EQ(bOk ? srp::ToHex(v) : "!" + strError, st.pcExpect);
     }
-}
-
-TEST(HexText, ErrorsNameLineAndColumn)
-{
-    struct Case {
-        const char *pcText;
-        const char *pcError; /* expected error, or nullptr: "0102" comes out */
-    } astCases[] = {
-        {"01\n02", nullptr},
-        {"0\n1 0 2", nullptr}, /* a byte's digits on two lines */
-        {"01 # zz\n  0x02", nullptr},
-        {"01\n\n  0g", "line 3, column 4: 'g' is not a hex digit"},
-        {"01\t\x01", "line 1, column 4: byte 0x01 is not a hex digit"},
-        {"01\n020", "odd number of hex digits: the digit at line 2, column 3 has no partner"},
-        {"00x12", "line 1, column 3: 'x' is not a hex digit"}, /* "0x" only where a byte starts */
-        {"01 0\n# 2", "odd number of hex digits: the digit at line 1, column 4 has no partner"},
-    };
-    for (const Case &st : astCases) {
-        Bytes v;
-        std::string strError;
-        bool bOk = srp::ParseHex(st.pcText, v, strError);
-        if (st.pcError == nullptr) {
-            EXPECT_TRUE(bOk) << st.pcText << ": " << strError;
-            EXPECT_EQ(srp::ToHex(v), "0102") << st.pcText;
-        } else {
-            EXPECT_FALSE(bOk) << st.pcText;
-            EXPECT_EQ(strError, st.pcError) << st.pcText;
-        }
-    }
-}
-
-TEST(HexText, OneValuePerLine)
-{
     std::vector<Bytes> vec;
     std::string strError;
     ASSERT_TRUE(srp::ParseHexLines("# values\n0102\n\n  03 04 # x\n", vec, strError));
-    ASSERT_EQ(vec.size(), 2u);
-    EXPECT_EQ(srp::ToHex(vec[1]), "0304");
-    EXPECT_FALSE(srp::ParseHexLines("01\n0g\n", vec, strError));
-    EXPECT_NE(strError.find("line 2"), std::string::npos);
+    EXPECT_EQ(vec, (std::vector<Bytes>{{1, 2}, {3, 4}}));
+    EXPECT_FALSE(srp::ParseHexLines("01\n02\n0g\n", vec, strError));
+    EXPECT_EQ(strError, "line 3, column 2: 'g' is not a hex digit");
+}
+
+/* A message whose hex line straddles two of the reader's 1 MiB blocks comes
+ * out whole. */
+TEST(HexText, LineAcrossReadBlocks)
+{
+    Bytes vecMsg = BgpMessage(2, 40, 0x5A);
+    std::string strText = "#" + std::string((1u << 20) - 20u, ' ') + "\n" + srp::ToHex(vecMsg) + "\n";
+    RecordingSink sink;
+    std::string strError;
+    ASSERT_TRUE(srp::ReadHexMessages(Text(strText), "t", sink, strError)) << strError;
+    ASSERT_EQ(sink.Kinds(), "msg");
+    EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
 }
 
 TEST(AddressText, SameAsTheCLibrary)
@@ -132,16 +116,18 @@ TEST(Formats, DetectedFromTheFirstBytes)
         {{0xD4, 0xC3, 0xB2, 0xA1, 0, 0}, true, srp::Format::Pcap},
         {{0x0A, 0x0D, 0x0D, 0x0A, 0, 0}, true, srp::Format::Pcap},
         {BgpMessage(4, 0, 0), true, srp::Format::Raw},
-        {Bytes{'f', 'f', ' ', '0', '1', '\n'}, true, srp::Format::Hex},
+        {Text("ff 01\n"), true, srp::Format::Hex},
         /* a typo or an odd digit count is still hex, for the reader to point at */
-        {Bytes{'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'f', 'z', '0'},
-         true, srp::Format::Hex},
-        {Bytes{'0', 'x', 'a', 'b', 'c'}, true, srp::Format::Hex},
-        {Bytes{'#', ' ', 'T', 'h', 'e', ' ', 'f', 'a', 'c', 'e', ' ', 'o', 'f', ' ', 'i', 't', '\n', 'f', 'f'}, true,
-         srp::Format::Hex},
+        {Text("fffffffffffffffffffz0"), true, srp::Format::Hex},
+        {Text("0xabc"), true, srp::Format::Hex},
+        {Text("# The face of it\nff"), true, srp::Format::Hex},
         /* prose is not */
-        {Bytes{'#', ' ', 'T', '\n', 'T', 'h', 'e', ' ', 'f', 'a', 'c', 'e'}, false, srp::Format::Auto},
-        {Bytes{'a', 'b', 0x00, 'c'}, false, srp::Format::Auto},
+        {Text("# T\nThe face"), false, srp::Format::Auto},
+        /* one NUL, non-ASCII or control byte among many digits */
+        {Text(std::string(40, 'f') + '\0'), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\xc3"), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\x01"), false, srp::Format::Auto},
+        {Text(std::string(40, 'f') + "\t\r\n"), true, srp::Format::Hex},
         {vecMrt, true, srp::Format::Mrt},
         {Bytes{0, 0, 0, 1, 0, 99, 0, 4, 0, 0, 0, 0}, false, srp::Format::Auto},
         {Bytes{}, false, srp::Format::Auto},
@@ -202,6 +188,14 @@ TEST(BgpFraming, MessagesErrorsAndResynchronisation)
             EXPECT_EQ(Split(st.vecStream, ulChunk), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
         }
     }
+    /* Past 64 KiB the bytes consumed are dropped from the buffer; offsets go on. */
+    Bytes vecMany;
+    std::string strMany;
+    for (size_t i = 0; i < 4000u; i++) {
+        strMany += "m" + std::to_string(vecMany.size()) + "/29 ";
+        vecMany.insert(vecMany.end(), vecUpdate.begin(), vecUpdate.end());
+    }
+    EXPECT_EQ(Split(vecMany, 4096u), strMany);
 }
 
 TEST(BgpFraming, GapDropsThePartialMessage)
@@ -256,17 +250,20 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
         vecRib.insert(vecRib.end(), vecAttr.begin(), vecAttr.end());
     }
     Bytes vecRibUnicast = {0, 0, 0, 8, 0, 1, 1, 8, 10, 0, 0};
+    Bytes vecNoMarker = Concat({Bytes(16u, 0u), BgpMessage(4, 0, 0)});
+    vecNoMarker[7] = 1u;  /* AFI 1 peers */
+    vecNoMarker[16] = 0u; /* a message of the right length without its marker */
     Bytes vecFile = Concat({MrtRecord(17, 4, vecEt), MrtRecord(16, 1, vecV6), MrtRecord(13, 6, vecRib),
                             MrtRecord(13, 6, vecRibUnicast), MrtRecord(16, 0, Bytes(20u, 0u)),
-                            MrtRecord(16, 1, Bytes(50u, 0u))});
+                            MrtRecord(16, 1, Bytes(50u, 0u)), MrtRecord(16, 1, vecNoMarker)});
     Bytes vecCut = MrtRecord(16, 4, vecEt);
     vecCut.resize(vecCut.size() - 3u);
     vecFile.insert(vecFile.end(), vecCut.begin(), vecCut.end());
 
     RecordingSink sink;
     srp::ReadMrt(vecFile.data(), vecFile.size(), "f.mrt", sink);
-    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error");
-    ASSERT_EQ(sink.vecSeen.size(), 6u);
+    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error error");
+    ASSERT_EQ(sink.vecSeen.size(), 7u);
     EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
     EXPECT_EQ(sink.vecSeen[1].vecData, vecMsg);
     Bytes vecRibSeen = vecNlri;
@@ -274,7 +271,7 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
     EXPECT_EQ(sink.vecSeen[3].vecData, vecRibSeen);
     EXPECT_EQ(sink.ulSkipped, 1u); /* the IPv4 unicast RIB */
     /* Errors name the record's offset in the file */
-    EXPECT_EQ(sink.vecSeen[5].ullOffset, vecFile.size() - vecCut.size());
+    EXPECT_EQ(sink.vecSeen[6].ullOffset, vecFile.size() - vecCut.size());
 }
 
 /* Peeked bytes are handed out again, whatever the sizes of peek and read. */

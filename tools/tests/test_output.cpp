@@ -41,6 +41,10 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
         bool bPlain = st.vecIn == Bytes({'a', 'b'}) || st.vecIn == Bytes({'a', 'b', ' '});
         EXPECT_EQ(srp::IsPlainText(st.vecIn.data(), st.vecIn.size()), bPlain) << strIn;
     }
+    /* A sequence cut by the string's end, whatever bytes follow it in memory. */
+    const uint8_t aucCut[] = {'a', 0xC3, 0xA9};
+    EXPECT_EQ(srp::EscapeText(aucCut, 2u), "a\\xc3");
+    EXPECT_EQ(srp::JsonStringLiteral(aucCut, 2u), "\"a\\u00c3\"");
 }
 
 /* What a printer writes for one described UPDATE, read back through a pipe. */

@@ -55,6 +55,8 @@ public:
     size_t ulSkipped = 0;
 };
 
+inline Bytes Text(const std::string &s) { return Bytes(s.begin(), s.end()); }
+
 /* Bytes of hex text (fields may be spaced); bad text throws, which fails
  * the test. */
 inline Bytes Hex(const char *pc)
@@ -67,15 +69,18 @@ inline Bytes Hex(const char *pc)
     return v;
 }
 
-/* A BGP message of the given type whose body is n bytes of fill. */
-inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill)
+/* A BGP message: marker, length, type and the body. */
+inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
 {
     Bytes v(16u, 0xFFu);
-    srp::Put16(v, static_cast<uint32_t>(19u + n));
+    srp::Put16(v, static_cast<uint32_t>(19u + vecBody.size()));
     v.push_back(ucType);
-    v.insert(v.end(), n, ucFill);
+    v.insert(v.end(), vecBody.begin(), vecBody.end());
     return v;
 }
+
+/* A BGP message of the given type whose body is n bytes of fill. */
+inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill) { return Bgp(ucType, Bytes(n, ucFill)); }
 
 inline Bytes Concat(const std::vector<Bytes> &vec)
 {
@@ -84,6 +89,56 @@ inline Bytes Concat(const std::vector<Bytes> &vec)
         v.insert(v.end(), b.begin(), b.end());
     }
     return v;
+}
+
+/* One OPEN capability (code, length, value); the Multiprotocol and 4-octet
+ * AS ones. */
+inline Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
+{
+    return Concat({{ucCode, static_cast<uint8_t>(vecValue.size())}, vecValue});
+}
+inline Bytes CapMp(uint16_t usAfi, uint8_t ucSafi)
+{
+    return Cap(1u, {static_cast<uint8_t>(usAfi >> 8), static_cast<uint8_t>(usAfi), 0u, ucSafi});
+}
+inline Bytes CapAs4(uint32_t ulAs)
+{
+    Bytes v;
+    srp::Put32(v, ulAs);
+    return Cap(65u, v);
+}
+
+/* An OPEN with one optional parameter of type ucParam (2: capabilities)
+ * holding the capabilities; with the extended parameter lengths (255, 255,
+ * then 2-byte lengths) when bExtended. */
+struct OpenSpec {
+    uint8_t ucVersion = 4;
+    uint16_t usAs = 65001;
+    uint16_t usHold = 90;
+    uint32_t ulId = 0x7F000002u;
+    std::vector<Bytes> vecCaps{CapMp(1u, 73u)};
+    uint8_t ucParam = 2;
+    bool bExtended = false;
+};
+inline Bytes BgpOpen(const OpenSpec &st)
+{
+    Bytes vecCaps = Concat(st.vecCaps);
+    Bytes v{st.ucVersion};
+    srp::Put16(v, st.usAs);
+    srp::Put16(v, st.usHold);
+    srp::Put32(v, st.ulId);
+    if (st.bExtended) {
+        v.insert(v.end(), {255u, 255u});
+        srp::Put16(v, static_cast<uint32_t>(vecCaps.size() + 3u));
+        v.push_back(st.ucParam);
+        srp::Put16(v, static_cast<uint32_t>(vecCaps.size()));
+    } else {
+        v.push_back(static_cast<uint8_t>(vecCaps.size() + 2u));
+        v.push_back(st.ucParam);
+        v.push_back(static_cast<uint8_t>(vecCaps.size()));
+    }
+    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
+    return Bgp(1u, v);
 }
 
 /* Capture files are little-endian here. */

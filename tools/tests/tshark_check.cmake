@@ -25,6 +25,17 @@ if(NOT _out MATCHES "UPDATE Message")
   message(FATAL_ERROR "tshark found no BGP UPDATE in ${OUT}:\n${_out}")
 endif()
 
+# Locally administered unicast Ethernet addresses at both ends.
+string(REGEX MATCHALL "(Source|Destination): [0-9a-f][0-9a-f]:[0-9a-f:]+" _macs "${_out}")
+if(NOT _macs)
+  message(FATAL_ERROR "tshark shows no Ethernet address in ${OUT}")
+endif()
+foreach(_mac IN LISTS _macs)
+  if(NOT _mac MATCHES ": 02:00:00:00:00:0[12]$")
+    message(FATAL_ERROR "unexpected Ethernet address in ${OUT}: ${_mac}")
+  endif()
+endforeach()
+
 # Gaps of the dissector itself: tshark releases that do not know SAFI 73 in
 # MP_REACH_NLRI report its next hop as unknown, and some read the IPv6
 # endpoint of an SR Policy NLRI as 4 bytes and stop the packet there. Those

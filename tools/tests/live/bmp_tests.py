@@ -39,27 +39,14 @@ def tlv(tlv_type, value):
     return struct.pack("!HH", tlv_type, len(value)) + value
 
 
-def bgp(msg_type, body):
-    return b"\xff" * 16 + struct.pack("!HB", 19 + len(body), msg_type) + body
-
-
-def bgp_open(asn, router_id, families):
-    caps = b"".join(struct.pack("!BBHBB", 1, 4, afi, 0, safi) for afi, safi in families)
-    caps += struct.pack("!BBI", 65, 4, asn)
-    params = struct.pack("!BB", 2, len(caps)) + caps
-    return bgp(1, struct.pack("!BHH4sB", 4, asn if asn < 65536 else 23456, 90, socket.inet_aton(router_id),
-                              len(params)) + params)
-
-
 def initiation(name):
     return bmp(4, tlv(2, name.encode()) + tlv(1, b"scripted router"))
 
 
 def peer_up(addr, asn):
     fixed = b"\0" * 12 + socket.inet_aton("127.0.0.1") + struct.pack("!HH", 179, 50000)
-    families = [(1, 73), (2, 73)]
-    return bmp(3, peer_header(addr, asn) + fixed + bgp_open(65000, "127.0.0.1", families) +
-               bgp_open(asn, addr, families))
+    return bmp(3, peer_header(addr, asn) + fixed + harness.open_message(65000, 90, "127.0.0.1") +
+               harness.open_message(asn, 90, addr))
 
 
 def route_monitoring(addr, asn, update):
@@ -72,43 +59,26 @@ def encode(tool, config, withdraw=False):
     return [bytes.fromhex(line) for line in out.split()]
 
 
-class Station:
-    """`srpolicy bmp` on a port of its own, its output in files."""
+def start_station(tool, workdir, extra=(), bind="127.0.0.1:0", pipe=False):
+    """`srpolicy bmp` on a port of its own (read from --port-file once written)."""
+    port_file = os.path.join(workdir, "port")
+    if os.path.exists(port_file):
+        os.unlink(port_file)
+    station = harness.Srpolicy(tool, workdir, "station", ["bmp", "--bind", bind, "--port-file", port_file, "--json"] +
+                               ([] if pipe else ["--rib-out", os.path.join(workdir, "rib.jsonl"), "--verbose"]) +
+                               list(extra), stdout_pipe=pipe)
+    wait_for(lambda: os.path.exists(port_file), "the station's port")
+    with open(port_file) as f:
+        station.port = int(f.read())
+    return station
 
-    def __init__(self, tool, workdir, extra=(), bind="127.0.0.1:0"):
-        self.workdir = workdir
-        self.port_file = os.path.join(workdir, "port")
-        self.rib_file = os.path.join(workdir, "rib.jsonl")
-        self.out = open(os.path.join(workdir, "stdout"), "w+")
-        self.err = open(os.path.join(workdir, "stderr"), "w+")
-        self.proc = harness.spawn([tool, "bmp", "--bind", bind, "--port-file", self.port_file,
-                                      "--rib-out", self.rib_file, "--json", "--verbose", *extra],
-                                     stdout=self.out, stderr=self.err)
-        wait_for(lambda: os.path.exists(self.port_file), "the station's port")
-        with open(self.port_file) as f:
-            self.port = int(f.read())
 
-    def stderr(self):
-        with open(self.err.name) as f:
-            return f.read()
+def wait_stderr(station, pattern, what):
+    wait_for(lambda: re.search(pattern, station.stderr()), what + " (stderr: " + pattern + ")")
 
-    def events(self):
-        return harness.read_jsonl(self.out.name)
 
-    def wait_stderr(self, pattern, what):
-        wait_for(lambda: re.search(pattern, self.stderr()), what + " (stderr: " + pattern + ")")
-
-    def table(self):
-        """The table after SIGUSR1: --rib-out written anew (renamed into place whole)."""
-        if os.path.exists(self.rib_file):
-            os.unlink(self.rib_file)
-        self.proc.send_signal(signal.SIGUSR1)
-        wait_for(lambda: os.path.exists(self.rib_file), "the table dump")
-        with open(self.rib_file) as f:
-            return [json.loads(line) for line in f if line.strip()]
-
-    def stop(self):
-        return harness.stop_process(self.proc)
+def table(station):
+    return harness.dump_rib(station, os.path.join(os.path.dirname(station.out_path), "rib.jsonl"), 20)
 
 
 def wait_for(cond, what, seconds=20):
@@ -121,39 +91,16 @@ def check(cond, what):
     print("ok:", what)
 
 
-def connect(port, source="127.0.0.1"):
-    s = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-    s.settimeout(10)
-    s.bind((source, 0))
-    s.connect(("127.0.0.1", port))
-    return s
-
-
-def route_key(entry):
-    n = entry["nlri"]
-    return (entry["afi"], n["distinguisher"], n["color"], n["endpoint"])
-
-
-def labels(entry):
-    attr = entry.get("attribute") or {}
-    return (attr.get("preference"),
-            [[s["label"] for s in sl["segments"] if "label" in s] for sl in attr.get("segment_lists", [])])
-
-
-def config_routes(config):
-    with open(config) as f:
-        routes = json.load(f)["routes"]
-    return {(1 if ":" not in r["endpoint"] else 2, r.get("distinguisher", 0), r["color"], r["endpoint"]):
-            (r.get("preference"), [[s["label"] for s in sl["segments"]] for sl in r.get("segment_lists", [])])
-            for r in routes}
+route_key = harness.key_of
+WITHDRAWN = (1, 100, "10.0.0.2")  # the route of bmp_withdraw.json
 
 
 def run_malformed(tool, configs, workdir):
     updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
     withdraw = encode(tool, os.path.join(configs, "bmp_withdraw.json"), withdraw=True)
-    station = Station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
+    station = start_station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
     try:
-        good = connect(station.port)
+        good = harness.connect(station.port)
         good.sendall(initiation("good") + peer_up("10.0.0.9", 65009) +
                      b"".join(route_monitoring("10.0.0.9", 65009, u) for u in updates))
         good_name = "127.0.0.1:%d" % good.getsockname()[1]
@@ -173,7 +120,7 @@ def run_malformed(tool, configs, workdir):
             ("a cut message", rm[:len(rm) // 2], r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
         ]
         for what, data, pattern in cases:
-            bad = connect(station.port)
+            bad = harness.connect(station.port)
             name = "127.0.0.1:%d" % bad.getsockname()[1]
             bad.sendall(initiation("bad") + peer_up("10.0.0.8", 65008) + rm)
             wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
@@ -181,13 +128,13 @@ def run_malformed(tool, configs, workdir):
             bad.sendall(data)
             if what == "a cut message":
                 bad.shutdown(socket.SHUT_WR)
-            station.wait_stderr(r"error: router %s: [^\n]*%s; session closed" % (re.escape(name), pattern), what)
-            station.wait_stderr(r"router %s disconnected, 1 routes removed" % re.escape(name), what + ": closed")
+            wait_stderr(station, r"error: router %s: [^\n]*%s; session closed" % (re.escape(name), pattern), what)
+            wait_stderr(station, r"router %s disconnected, 1 routes removed" % re.escape(name), what + ": closed")
             check(True, what + ": reported, that session closed, its route removed")
             bad.close()
 
-        outsider = connect(station.port, source="127.0.0.2")
-        station.wait_stderr(r"refused router 127\.0\.0\.2:\d+: not in an allowed prefix", "the refused router")
+        outsider = harness.connect(station.port, source="127.0.0.2")
+        wait_stderr(station, r"refused router 127\.0\.0\.2:\d+: not in an allowed prefix", "the refused router")
         check(outsider.recv(1) == b"", "a router outside --allow is refused")
         outsider.close()
 
@@ -197,25 +144,26 @@ def run_malformed(tool, configs, workdir):
         wait_for(lambda: any(e.get("router") == good_name and e.get("withdrawn") for e in station.events()),
                  "the good router's withdrawal")
         wait_for(lambda: any(e.get("event") == "Statistics Report" for e in station.events()), "the statistics")
-        table = station.table()
-        expected = config_routes(os.path.join(configs, "bmp_routes.json"))
-        del expected[(1, 1, 100, "10.0.0.2")]
-        got = {route_key(e): labels(e) for e in table}
+        stored = table(station)
+        expected = harness.expected_table(tool, os.path.join(configs, "bmp_routes.json"))
+        del expected[WITHDRAWN]
+        got = harness.table_of(stored)
         check(got == expected, "the good router's table holds its routes less the withdrawn one: %s" % got)
         check(all(e["router"] == good_name and e["peer"] == "10.0.0.9 AS 65009" and e["view"] == "pre-policy"
-                  for e in table), "every stored route names its router, peer and view")
-        check(all(e.get("time") == "2023-11-14T22:13:20.000250Z" for e in table),
+                  for e in stored), "every stored route names its router, peer and view")
+        check(all(e.get("time") == "2023-11-14T22:13:20.000250Z" for e in stored),
               "the stored routes carry the per-peer time stamp")
 
         good.sendall(bmp(2, peer_header("10.0.0.9", 65009) + b"\x04"))
         wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("routes_removed") == 2 for e in station.events()),
                  "the peer down clearing two routes")
-        check(station.table() == [], "peer down empties that peer's table")
+        check(table(station) == [], "peer down empties that peer's table")
         good.close()
     finally:
         rc = station.stop()
     err = station.stderr()
     check(rc == 0, "the station stops on SIGTERM with status 0")
+    check("cannot write" not in err, "every table dump was written")
     check(re.search(r"summary: sessions 6, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
                     r"skipped \d+, failed 5\n", err) is not None, "the summary counts sessions and failures: " + err)
 
@@ -228,12 +176,12 @@ def run_gobgpd(tool, configs, workdir):
         routes = json.load(f)
     with open(announced, "w") as f:
         json.dump(routes, f)
-    station = Station(tool, workdir)
+    station = start_station(tool, workdir)
     daemon = harness.Gobgpd(workdir, 65000, [{"address": "127.0.0.2", "asn": 65001}], bmp_port=station.port)
     announcer = None
     try:
         daemon.__enter__()
-        station.wait_stderr(r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
+        wait_stderr(station, r"router 127\.0\.0\.1:\d+ connected", "gobgpd's BMP session")
         wait_for(lambda: any(e.get("event") == "Initiation" for e in station.events()), "gobgpd's Initiation")
         announcer = harness.spawn([tool, "announce", announced, "--as", "65001", "--peer-as", "65000",
                                       "--connect", "127.0.0.1:%d" % daemon.port, "--source", "127.0.0.2",
@@ -244,29 +192,29 @@ def run_gobgpd(tool, configs, workdir):
         peer_up = [e for e in station.events() if e.get("event") == "Peer Up"][0]
         check(peer_up["as4"] and {"afi": 1, "safi": 73} in peer_up["families"],
               "Peer Up: 4-octet AS and the SR Policy family negotiated")
-        expected = config_routes(config)
+        expected = harness.expected_table(tool, config)
         wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
                  "every announced route at the station", 30)
-        table = station.table()
-        got = {route_key(e): labels(e) for e in table}
+        stored = table(station)
+        got = harness.table_of(stored)
         check(got == expected, "the station's table equals what was announced: %s" % got)
-        check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in table),
+        check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in stored),
               "the routes are kept under the monitored peer, pre-policy")
 
         routes["routes"] = [r for r in routes["routes"] if r["endpoint"] != "10.0.0.2"]
         with open(announced, "w") as f:
             json.dump(routes, f)
         announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
-        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == (1, 1, 100, "10.0.0.2")
+        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == WITHDRAWN
                              for e in station.events()), "the withdrawal at the station")
-        check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
+        check(len(table(station)) == len(expected) - 1, "the withdrawn route left the table")
 
         announcer.send_signal(signal.SIGTERM)  # Cease, the routes kept: the peer goes down holding two
         announcer.wait(timeout=10)
         wait_for(lambda: any(e.get("event") == "Peer Down" and e.get("peer", "").startswith("127.0.0.2 ")
                              for e in station.events()), "the Peer Down of 127.0.0.2")
         down = [e for e in station.events() if e.get("event") == "Peer Down"][0]
-        check(down["routes_removed"] == len(expected) - 1 and station.table() == [],
+        check(down["routes_removed"] == len(expected) - 1 and table(station) == [],
               "the peer going down cleared its routes: " + down["reason_text"])
     finally:
         if announcer is not None:
@@ -281,13 +229,13 @@ def run_gobgpd(tool, configs, workdir):
 def run_ipv6(tool, configs, workdir):
     """The station on ::1: an IPv6 router is allowed by its prefix, named as [ADDR]:PORT, and its table kept."""
     updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
-    station = Station(tool, workdir, ["--allow", "::1/128"], bind="[::1]:0")
+    station = start_station(tool, workdir, ["--allow", "::1/128"], bind="[::1]:0")
     try:
-        router = socket.create_connection(("::1", station.port), timeout=10)
+        router = harness.connect(station.port, "::1", "::1")
         name = "[::1]:%d" % router.getsockname()[1]
         router.sendall(initiation("r6") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
         wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()), "the IPv6 router's route")
-        check([e["router"] for e in station.table()] == [name], "the IPv6 router's table, named " + name)
+        check([e["router"] for e in table(station)] == [name], "the IPv6 router's table, named " + name)
         router.close()
     finally:
         rc = station.stop()
@@ -295,10 +243,9 @@ def run_ipv6(tool, configs, workdir):
 
     # An IPv6 socket on the IPv4-mapped loopback address: IPv4 routers come as
     # mapped addresses, are checked against IPv4 prefixes and named as IPv4.
-    os.unlink(station.port_file)
-    station = Station(tool, workdir, ["--allow", "127.0.0.0/8"], bind="[::ffff:127.0.0.1]:0")
+    station = start_station(tool, workdir, ["--allow", "127.0.0.0/8"], bind="[::ffff:127.0.0.1]:0")
     try:
-        router = connect(station.port)
+        router = harness.connect(station.port)
         name = "127.0.0.1:%d" % router.getsockname()[1]
         router.sendall(initiation("r4") + peer_up("10.0.0.9", 65009) + route_monitoring("10.0.0.9", 65009, updates[0]))
         wait_for(lambda: any(e.get("router") == name and "nlri" in e for e in station.events()),
@@ -313,57 +260,40 @@ def run_slow_output(tool, configs, workdir, count=3000):
     updates = encode(tool, os.path.join(configs, "bmp_routes.json"))
     stream = initiation("r1") + peer_up("10.0.0.9", 65009) + b"".join(
         route_monitoring("10.0.0.9", 65009, u) for u in updates) * count
-    port_file = os.path.join(workdir, "port")
-    err_path = os.path.join(workdir, "stderr")
-    with open(err_path, "w") as err:
-        proc = harness.spawn([tool, "bmp", "--bind", "127.0.0.1:0", "--port-file", port_file, "--json",
-                                 "--out-buffer", "1"], stdout=subprocess.PIPE, stderr=err)
-    stderr = lambda: open(err_path).read()
+    station = start_station(tool, workdir, ["--out-buffer", "1"], pipe=True)
     try:
-        wait_for(lambda: os.path.exists(port_file), "the station's port")
-        with open(port_file) as f:
-            router = connect(int(f.read()))
+        router = harness.connect(station.port)
         sender = threading.Thread(target=lambda: (router.sendall(stream), router.shutdown(socket.SHUT_WR)))
         sender.start()
-        wait_for(lambda: "reading from the routers paused" in stderr(), "the station to pause its routers")
+        wait_stderr(station, "reading from the routers paused", "the station to pause its routers")
         check(True, "a standard output nobody reads pauses reading from the routers")
         routes = [0]
 
         def read():
-            for line in proc.stdout:
+            for line in station.proc.stdout:
                 routes[0] += b'"nlri"' in line
         reader = threading.Thread(target=read)
         reader.start()
-        wait_for(lambda: "reading from the routers again" in stderr(), "the station to read again")
+        wait_stderr(station, "reading from the routers again", "the station to read again")
         wait_for(lambda: routes[0] == 3 * count, "every route on standard output", 60)
         check(True, "once the output is read the routers are read again and no route is lost")
         sender.join(10)
         router.close()
     finally:
-        rc = harness.stop_process(proc)
+        rc = station.stop()
     reader.join(10)
-    check(rc == 0 and "routes %d," % (3 * count) in stderr(), "the station stops with all routes counted")
+    check(rc == 0 and "routes %d," % (3 * count) in station.stderr(), "the station stops with all routes counted")
 
 
 def pcap_file(stream, sport, dport, chunk=500):
     """A classic pcap of one TCP direction carrying the stream in segments
     of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
     two segments swapped to show the reassembly at work."""
-    out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 1)
-    seq = 1000
-    frames = []
-    syn = struct.pack("!HHIIBBHHH", sport, dport, seq - 1, 0, 0x50, 0x02, 65535, 0, 0)
-    pieces = [b""] + [stream[i:i + chunk] for i in range(0, len(stream), chunk)]
-    for i, data in enumerate(pieces):
-        tcp = syn if i == 0 else struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 0x50, 0x18, 65535, 0, 0) + data
-        seq += len(data)
-        ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), i, 0, 64, 6, 0, socket.inet_aton("192.0.2.1"),
-                         socket.inet_aton("192.0.2.2"))
-        frames.append(b"\x02" * 6 + b"\x04" * 6 + b"\x08\x00" + ip + tcp)
+    def frame(seq, flags, data=b""):
+        return harness.tcp_frame("192.0.2.1", "192.0.2.2", sport, dport, seq, flags, data)
+    frames = [frame(999, 0x02)] + [frame(1000 + i, 0x18, stream[i:i + chunk]) for i in range(0, len(stream), chunk)]
     frames[-1], frames[-2] = frames[-2], frames[-1]
-    for i, frame in enumerate(frames):
-        out += struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame
-    return out
+    return harness.pcap(frames)
 
 
 def decode(tool, path, *args):
@@ -381,7 +311,12 @@ def run_decode(tool, configs, workdir):
               bmp(6, peer_header("10.0.0.9", 65009) + tlv(0, updates[0]) + tlv(1, struct.pack("!H", 1))) +
               bmp(2, peer_header("10.0.0.9", 65009) + b"\x04") +
               bmp(5, tlv(1, struct.pack("!H", 0))))
-    expected = set(config_routes(os.path.join(configs, "bmp_routes.json")))
+    expected = set(harness.expected_table(tool, os.path.join(configs, "bmp_routes.json")))
+    # (number, offset) of each message in the stream; a message's routes share them.
+    numbered, offset = [], 0
+    while offset < len(stream):
+        numbered.append((len(numbered) + 1, offset))
+        offset += struct.unpack_from("!I", stream, offset + 1)[0]
     files = {"stream.bmp": stream, "bmp.pcap": pcap_file(stream, 40000, 11019),
              "bmp_port.pcap": pcap_file(stream, 40000, 5000)}
     for name, data in files.items():
@@ -394,14 +329,34 @@ def run_decode(tool, configs, workdir):
         check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
-              [route_key(e) for e in routes if e["withdrawn"]] == [(1, 1, 100, "10.0.0.2")] and
+              [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
               name + ": the routes of Route Monitoring and Route Mirroring")
         check(all(e["peer"] == "10.0.0.9 AS 65009" and e["time"] == "2023-11-14T22:13:20.000250Z" for e in routes),
               name + ": every route names its peer and time stamp")
+        pairs = [(e["message"], e["offset"]) for e in lines]
+        check(pairs == sorted(pairs) and set(pairs) <= set(numbered) and len(set(pairs)) == len(numbered) - 1,
+              name + ": every line names its message by number and offset in the stream")
         check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
     rc, lines, err = decode(tool, os.path.join(workdir, "bmp_port.pcap"))
     check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
+    ports = os.path.join(workdir, "ports.pcap")  # of the other ports, the three busiest are named
+    with open(ports, "wb") as f:
+        f.write(harness.pcap([harness.tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x")
+                              for port in (1001, 1002, 1002, 1003, 1003, 1003, 1004, 1004, 1004, 1004)]))
+    rc, lines, err = decode(tool, ports)
+    check(rc == 1 and "on ports 1004 (4 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
+          "a capture without BGP names the three busiest other ports: " + err.strip())
+    rib = os.path.join(workdir, "rib.mrt")  # an MRT RIB entry whose attribute value (a type 14 tunnel) is refused
+    value = bytes.fromhex("000e00030e0105")
+    attrs = bytes([0x40, 1, 1, 0, 0xC0, 23, len(value)]) + value
+    body = (struct.pack("!IHBBII4s", 1, 1, 73, 96, 1, 100, socket.inet_aton("10.0.0.1")) +
+            struct.pack("!HHIH", 1, 0, 0, len(attrs)) + attrs)
+    with open(rib, "wb") as f:
+        f.write(struct.pack("!IHHI", PEER_TIME, 13, 6, len(body)) + body)
+    rc, lines, err = decode(tool, rib)
+    check(rc == 1 and "message 1 at offset 0 (+7): Tunnel Encapsulation attribute" in err,
+          "a RIB entry's refused attribute is named by its place among the entry's attributes: " + err.strip())
     cut = os.path.join(workdir, "cut.bmp")
     with open(cut, "wb") as f:
         f.write(stream[:-3])
@@ -417,24 +372,19 @@ def run_decode(tool, configs, workdir):
           "a malformed message in a file is reported and the stream goes on: " + err.strip())
 
 
+SCENARIOS = {"malformed": run_malformed, "decode": run_decode, "ipv6": run_ipv6, "slow_output": run_slow_output,
+             "gobgpd": run_gobgpd}
+
+
 def main():
     tool, configs, scenario = sys.argv[1:4]
     signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
     signal.alarm(LIMIT_SECONDS)
     with tempfile.TemporaryDirectory(prefix="srpolicy-bmp-") as workdir:
         try:
-            if scenario == "malformed":
-                run_malformed(tool, configs, workdir)
-            elif scenario == "decode":
-                run_decode(tool, configs, workdir)
-            elif scenario == "ipv6":
-                run_ipv6(tool, configs, workdir)
-            elif scenario == "slow_output":
-                run_slow_output(tool, configs, workdir)
-            else:
-                run_gobgpd(tool, configs, workdir)
+            SCENARIOS[scenario](tool, configs, workdir)
         except AssertionError:
-            for name in ("stderr", "stdout", "gobgpd.log"):
+            for name in ("station.err", "station.out", "gobgpd.log"):
                 path = os.path.join(workdir, name)
                 if os.path.exists(path):
                     with open(path) as f:

@@ -79,57 +79,30 @@ class Gobgpd:
         self.proc = None
         self.log = os.path.join(workdir, "gobgpd.log")
 
-    def config_text(self):
-        lines = [
-            "[global.config]",
-            "  as = %d" % self.asn,
-            '  router-id = "%s"' % LOOPBACK,
-            "  port = %d" % self.port,
-            '  local-address-list = ["%s"]' % LOOPBACK,
-        ]
-        for n in self.neighbors:
-            lines += [
-                "[[neighbors]]",
-                "  [neighbors.config]",
-                '    neighbor-address = "%s"' % n["address"],
-                "    peer-as = %d" % n["asn"],
-            ]
-            if n.get("password"):
-                lines.append('    auth-password = "%s"' % n["password"])
-            lines += [
-                "  [neighbors.transport.config]",
-                "    passive-mode = %s" % ("false" if n.get("remote_port") else "true"),
-                '    local-address = "%s"' % LOOPBACK,
-            ]
-            if n.get("remote_port"):
-                lines.append("    remote-port = %d" % n["remote_port"])
-            lines += [
-                "  [neighbors.timers.config]",
-                "    connect-retry = 1",
-            ]
-            for family in ("ipv4-srpolicy", "ipv6-srpolicy"):
-                lines += [
-                    "  [[neighbors.afi-safis]]",
-                    "    [neighbors.afi-safis.config]",
-                    '      afi-safi-name = "%s"' % family,
-                ]
+    def config(self):
+        """gobgpd's configuration (its JSON form, keys as in its TOML form)."""
+        def neighbor(n):
+            return {"config": {"neighbor-address": n["address"], "peer-as": n["asn"],
+                               "auth-password": n.get("password", "")},
+                    "transport": {"config": dict({"passive-mode": not n.get("remote_port"), "local-address": LOOPBACK},
+                                                 **({"remote-port": n["remote_port"]} if n.get("remote_port") else {}))},
+                    "timers": {"config": {"connect-retry": 1}},
+                    "afi-safis": [{"config": {"afi-safi-name": f}} for f in ("ipv4-srpolicy", "ipv6-srpolicy")]}
+        conf = {"global": {"config": {"as": self.asn, "router-id": LOOPBACK, "port": self.port,
+                                      "local-address-list": [LOOPBACK]}},
+                "neighbors": [neighbor(n) for n in self.neighbors]}
         if self.bmp_port is not None:
-            lines += [
-                "[[bmp-servers]]",
-                "  [bmp-servers.config]",
-                '    address = "%s"' % LOOPBACK,
-                "    port = %d" % self.bmp_port,
-                '    route-monitoring-policy = "pre-policy"',
-            ]
-        return "\n".join(lines) + "\n"
+            conf["bmp-servers"] = [{"config": {"address": LOOPBACK, "port": self.bmp_port,
+                                               "route-monitoring-policy": "pre-policy"}}]
+        return conf
 
     def __enter__(self):
-        path = os.path.join(self.workdir, "gobgpd.toml")
+        path = os.path.join(self.workdir, "gobgpd.json")
         with open(path, "w") as f:
-            f.write(self.config_text())
+            json.dump(self.config(), f)
         self.logfile = open(self.log, "w")
         self.proc = spawn(
-            [self.gobgpd, "-f", path, "-p", "--pprof-disable",
+            [self.gobgpd, "-f", path, "-t", "json", "-p", "--pprof-disable",
              "--api-hosts", "%s:%d" % (LOOPBACK, self.api_port)],
             stdout=self.logfile, stderr=subprocess.STDOUT)
         wait_for(lambda: self._accepts(self.port), 15, "gobgpd to listen on port %d" % self.port)
@@ -142,11 +115,7 @@ class Gobgpd:
     def _accepts(self, port):
         if self.proc.poll() is not None:
             raise AssertionError("gobgpd ended: " + open(self.log).read()[-2000:])
-        try:
-            with socket.create_connection((LOOPBACK, port), timeout=0.5):
-                return True
-        except OSError:
-            return False
+        return accepts(port)
 
     def neighbor_state(self, address):
         """The session state gobgp shows for a neighbor, e.g. "established"."""
@@ -182,6 +151,9 @@ class Srpolicy:
     def stdout(self):
         with open(self.out_path) as f:
             return f.read()
+
+    def events(self):
+        return read_jsonl(self.out_path)
 
     def send_signal(self, sig):
         self.proc.send_signal(sig)
@@ -248,11 +220,9 @@ class ScriptedPeer:
     """A BGP peer written out byte by byte: connects to a listening srpolicy
     and sends what the test gives it."""
 
-    def __init__(self, port, source, asn=65010, hold=90):
-        self.sock = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-        self.sock.bind((source, 0))
-        self.sock.settimeout(10)
-        self.sock.connect((LOOPBACK, port))
+    def __init__(self, port, source, asn=65010, hold=90, sock=None):
+        """Connects from source to port, or speaks on sock when given."""
+        self.sock = sock or connect(port, source)
         self.asn = asn
         self.hold = hold
         self.buf = b""
@@ -296,6 +266,78 @@ class ScriptedPeer:
 
     def close(self):
         self.sock.close()
+
+
+def accepts(port, host=LOOPBACK):
+    """Whether something accepts TCP connections on the port."""
+    try:
+        with socket.create_connection((host, port), timeout=0.5):
+            return True
+    except OSError:
+        return False
+
+
+def connect(port, source=LOOPBACK, host=LOOPBACK):
+    """A TCP connection from the source address (any port) to the port."""
+    s = socket.socket(socket.AF_INET6 if ":" in host else socket.AF_INET, socket.SOCK_STREAM)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect((host, port))
+    return s
+
+
+def dump_rib(proc, path, timeout=30):
+    """The table a listen or bmp run writes anew to path on SIGUSR1: its
+    entries once the file is there and whole."""
+    if os.path.exists(path):
+        os.unlink(path)
+    proc.send_signal(signal.SIGUSR1)
+
+    def read():
+        try:
+            with open(path) as f:
+                text = f.read()
+            if text and not text.endswith("\n"):
+                return None
+            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
+        except (OSError, ValueError):
+            return None
+    return wait_for(read, timeout, "the table in " + path)[0]
+
+
+def pcap(frames, link=1):
+    """A classic pcap file (microseconds) holding the frames."""
+    out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, link)
+    for i, frame in enumerate(frames):
+        out += struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame
+    return out
+
+
+def tcp_frame(src, dst, sport, dport, seq, flags, payload=b""):
+    """Ethernet, IPv4 and TCP (checksums left zero) carrying the payload."""
+    tcp = struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 5 << 4, flags, 65535, 0, 0) + payload
+    ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), 0, 0x4000, 64, 6, 0, socket.inet_aton(src),
+                     socket.inet_aton(dst))
+    return bytes(12) + b"\x08\x00" + ip + tcp
+
+
+def key_of(entry):
+    n = entry["nlri"]
+    return (n["distinguisher"], n["color"], n["endpoint"])
+
+
+def table_of(entries):
+    """key -> attribute hex of table entries."""
+    return {key_of(e): (e["attribute"] or {}).get("hex") for e in entries}
+
+
+def expected_table(tool, config):
+    """The table of a configuration, as encode builds it and decode --rib
+    holds it."""
+    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
+    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
+                         check=True, timeout=300).stdout
+    return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
 
 
 def read_jsonl(path):

@@ -13,8 +13,9 @@ import sys
 import threading
 import time
 
-from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, free_port, open_message, read_jsonl,
-                     sr_policy_tunnel, srpolicy_nlri_v4, update_v4, wait_for, workdir)
+from harness import (KEEPALIVE, LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, dump_rib, expected_table, free_port,
+                     open_message, read_jsonl, sr_policy_tunnel, srpolicy_nlri_v4, table_of, update_v4, wait_for,
+                     workdir)
 
 SKIP = 77
 AS_GOBGPD, AS_ANNOUNCE, AS_LISTEN = 65000, 65001, 65002
@@ -39,42 +40,9 @@ def write_config(path, routes):
         json.dump({"defaults": {"next_hop": ANNOUNCER}, "routes": routes}, f)
 
 
-def expected_table(tool, wd, config):
-    """key -> attribute hex of a configuration, as encode builds it and the
-    table of decode --rib holds it."""
-    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
-    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
-                         check=True, timeout=300).stdout
-    return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
-
-
-def key_of(entry):
-    n = entry["nlri"]
-    return (n["distinguisher"], n["color"], n["endpoint"])
-
-
-def table_of(entries):
-    return {key_of(e): (e["attribute"] or {}).get("hex") for e in entries}
-
-
 def dump_table(proc, rib_out):
-    """Asks a listen run for its table (SIGUSR1) and reads the JSON file."""
-    if os.path.exists(rib_out):
-        os.unlink(rib_out)
-    proc.send_signal(signal.SIGUSR1)
-
-    def read():
-        """(entries,) once the file is whole; None before."""
-        try:
-            with open(rib_out) as f:
-                text = f.read()
-            if text and not text.endswith("\n"):
-                return None
-            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
-        except (OSError, ValueError):
-            return None
-    entries = wait_for(read, 30, "the table in " + rib_out)[0]
-    return table_of(entries)
+    """Asks a listen run for its table (SIGUSR1): key -> attribute hex."""
+    return table_of(dump_rib(proc, rib_out))
 
 
 def wait_table(proc, rib_out, want, timeout, what):
@@ -101,12 +69,14 @@ def gobgpd_between(wd):
     return Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE), dict(address=LISTENER, asn=AS_LISTEN)])
 
 
-def start_listen(tool, wd, g, extra=(), connect_suffix=""):
+def listen(tool, wd, args, name="listen", pipe=False):
+    return Srpolicy(tool, wd, name, ["listen", "--as", str(AS_LISTEN)] + list(args), stdout_pipe=pipe)
+
+
+def start_listen(tool, wd, g, connect_suffix=""):
     rib_out = os.path.join(wd, "rib.json")
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--connect",
-                                        "%s:%d%s" % (LOOPBACK, g.port, connect_suffix), "--source", LISTENER,
-                                        "--json", "--rib-out", rib_out, "--retry", "1"] + list(extra))
-    return lis, rib_out
+    return listen(tool, wd, ["--connect", "%s:%d%s" % (LOOPBACK, g.port, connect_suffix), "--source", LISTENER,
+                             "--json", "--rib-out", rib_out, "--retry", "1"]), rib_out
 
 
 def established(proc, timeout=20):
@@ -115,9 +85,12 @@ def established(proc, timeout=20):
 
 
 def start_announce(tool, wd, g, config):
-    return Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE), "--peer-as",
-                                           str(AS_GOBGPD), "--connect", "%s:%d" % (LOOPBACK, g.port), "--source",
-                                           ANNOUNCER, "--retry", "1"])
+    return announce(tool, wd, config, ["--peer-as", str(AS_GOBGPD), "--connect", "%s:%d" % (LOOPBACK, g.port),
+                                       "--source", ANNOUNCER, "--retry", "1"])
+
+
+def announce(tool, wd, config, args):
+    return Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE)] + args)
 
 
 def case_gobgpd_table(tool, wd):
@@ -129,7 +102,7 @@ def case_gobgpd_table(tool, wd):
              for i in range(1, 7)]
     first.append(route("2001:db8::7", 7, 7, [16007]))
     write_config(config, first)
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     assert len(want) == 7, want
     with gobgpd_between(wd) as g:
         lis, rib_out = start_listen(tool, wd, g)
@@ -142,7 +115,7 @@ def case_gobgpd_table(tool, wd):
         second[0] = route("10.0.0.1", 101, 555, [16001, 17001, 18001], weight=1, bsid=24001)
         second.append(route("10.0.0.9", 109, 109, [16009]))
         write_config(config, second)
-        want2 = expected_table(tool, wd, config)
+        want2 = expected_table(tool, config)
         ann.send_signal(signal.SIGHUP)
         wait_table(lis, rib_out, want2, 60, "the reloaded configuration at the far end")
         assert "configuration reloaded: 2 route(s) announced, 1 withdrawn, 5 unchanged" in ann.stderr(), ann.stderr()
@@ -158,14 +131,13 @@ def case_announce_passive(tool, wd):
     the far end as when announce connects."""
     config = os.path.join(wd, "routes.json")
     write_config(config, [route("10.0.0.%d" % i, 7, 100, [16000 + i], weight=1) for i in range(1, 4)])
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     port = free_port(ANNOUNCER)
     g = Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE, remote_port=port),
                                dict(address=LISTENER, asn=AS_LISTEN)])
     with g:
-        ann = Srpolicy(tool, wd, "announce", ["announce", config, "--as", str(AS_ANNOUNCE), "--bind",
-                                              "%s:%d" % (ANNOUNCER, port), "--peer", "%s,as=%d" % (LOOPBACK,
-                                                                                                   AS_GOBGPD)])
+        ann = announce(tool, wd, config, ["--bind", "%s:%d" % (ANNOUNCER, port), "--peer",
+                                          "%s,as=%d" % (LOOPBACK, AS_GOBGPD)])
         lis, rib_out = start_listen(tool, wd, g)
         established(lis)
         established(ann, 40)
@@ -174,21 +146,15 @@ def case_announce_passive(tool, wd):
         assert lis.stop() == 0, "listen did not end cleanly"
 
 
-def listen_alone(tool, wd, extra=()):
+def listen_alone(tool, wd, extra=(), table=True, pipe=False, bind=LOOPBACK):
+    """listen waiting on a free port of 127.0.0.1 (with --json and its table
+    in rib.json unless told)."""
     port = free_port()
     rib_out = os.path.join(wd, "rib.json")
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--json", "--rib-out", rib_out] + list(extra))
-    wait_for(lambda: "listen" if accepts(port) else None, 10, "listen to accept on port %d" % port)
+    lis = listen(tool, wd, ["--bind", "%s:%d" % (bind, port)] + (["--json", "--rib-out", rib_out] if table else [])
+                 + list(extra), pipe=pipe)
+    wait_for(lambda: accepts(port), 10, "listen to accept on port %d" % port)
     return lis, port, rib_out
-
-
-def accepts(port):
-    try:
-        with socket.create_connection((LOOPBACK, port), timeout=0.5):
-            return True
-    except OSError:
-        return False
 
 
 def announce_one(peer, endpoint, color, preference, labels):
@@ -300,10 +266,7 @@ def case_slow_output(tool, wd, count=20000):
     output buffer, says so, stops reading the peer and keeps its keepalives
     going, so the session outlives several hold times; then everything is
     printed."""
-    port = free_port()
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--json", "--hold-time", "3", "--out-buffer", "1"], stdout_pipe=True)
-    wait_for(lambda: accepts(port), 10, "listen to accept")
+    lis, port, _ = listen_alone(tool, wd, ["--json", "--hold-time", "3", "--out-buffer", "1"], table=False, pipe=True)
     p = ScriptedPeer(port, "127.0.0.4", hold=3)
     p.establish()
     updates = b"".join(update_v4(srpolicy_nlri_v4(1, i, "10.3.%d.%d" % (i >> 8, i & 255)),
@@ -339,13 +302,13 @@ def case_slow_output(tool, wd, count=20000):
 
 
 def case_known_peers(tool, wd):
-    """With --peer only the peers named get a session: another address is
-    closed at once, a named one with the wrong AS gets bad peer AS; SIGTERM
-    ceases the session that is up."""
-    port = free_port()
-    lis = Srpolicy(tool, wd, "listen", ["listen", "--as", str(AS_LISTEN), "--bind", "%s:%d" % (LOOPBACK, port),
-                                        "--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"])
-    wait_for(lambda: accepts(port) or None, 10, "listen to accept")
+    """With --peer only the peers named get a session (on an IPv4-mapped
+    listener too): another address is closed at once, a named one with the
+    wrong AS gets bad peer AS; SIGTERM ceases the session that is up."""
+    # On an IPv6 socket of the IPv4-mapped loopback address: peers are told
+    # and named by their IPv4 addresses.
+    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"], table=False,
+                                bind="[::ffff:127.0.0.1]")
     stranger = ScriptedPeer(port, "127.0.0.6")
     assert stranger.read_message()[0] is None, "a stranger got an answer"
     wrong_as = ScriptedPeer(port, "127.0.0.5")
@@ -354,13 +317,72 @@ def case_known_peers(tool, wd):
     known = ScriptedPeer(port, "127.0.0.4")
     known.establish()
     no_notification(known, 0.5)
+    twin = ScriptedPeer(port, "127.0.0.4")  # one session per peer: the one that is up stays
+    twin.send(open_message(65010, 90, "127.0.0.9"))
+    assert twin.notification() == (6, 5)
     assert "refused a connection from 127.0.0.6: not a configured peer" in lis.stderr(), lis.stderr()
     # Shutting down ends the session with a Cease (administrative shutdown).
     lis.send_signal(signal.SIGTERM)
     assert known.notification() == (6, 2)
-    for p in (stranger, wrong_as, known):
+    for p in (stranger, wrong_as, known, twin):
         p.close()
     assert lis.stop() == 0, "listen did not end cleanly"
+    assert "summary: sessions 1, " in lis.stderr(), lis.stderr()  # established ones only
+
+
+def attributes(body):
+    """(code, value) of each attribute of an UPDATE without withdrawn routes."""
+    attrs = body[4:4 + struct.unpack("!H", body[2:4])[0]]
+    while attrs:  # flags, code, length (2 bytes with the extended-length flag), value
+        start = 4 if attrs[0] & 0x10 else 3
+        end = start + (struct.unpack("!H", attrs[2:4])[0] if start == 4 else attrs[2])
+        yield attrs[1], attrs[start:end]
+        attrs = attrs[end:]
+
+
+def case_announce_withdraws(tool, wd):
+    """announce keeps one session to the peer it connects to, puts its AS
+    first on the AS path of an eBGP peer, and ending on SIGTERM withdraws
+    its routes (MP_UNREACH_NLRI with the NLRI, not End-of-RIB) before it
+    ceases the session."""
+    config = os.path.join(wd, "routes.json")
+    write_config(config, [route("10.0.0.1", 7, 100, [16001])])
+    with socket.create_server((LOOPBACK, 0)) as srv:
+        srv.settimeout(10)
+        ann = announce(tool, wd, config, ["--connect", "%s:%d" % (LOOPBACK, srv.getsockname()[1]), "--retry", "1"])
+        peer = ScriptedPeer(0, None, sock=srv.accept()[0])
+        peer.establish()
+        established(ann)
+        as_path = None
+        while as_path is None:
+            msg_type, body = peer.read_message()
+            as_path = dict(attributes(body)).get(2) if msg_type == 2 else None
+        assert as_path == b"\x02\x01" + struct.pack("!I", AS_ANNOUNCE), as_path  # eBGP: our AS first
+        no_notification(peer, 1.0)
+        srv.settimeout(0.5)  # no second connection while the session is up
+        try:
+            assert not srv.accept(), "a second connection"
+        except socket.timeout:
+            pass
+    ann.send_signal(signal.SIGTERM)
+    withdrawn = False
+    while True:
+        msg_type, body = peer.read_message()
+        assert msg_type is not None and (msg_type != 3 or withdrawn), "ceased without withdrawing: %r" % (body,)
+        if msg_type == 3:
+            assert body[:2] == b"\x06\x02", body
+            break
+        withdrawn |= msg_type == 2 and any(code == 15 and len(value) > 3 for code, value in attributes(body))
+    assert ann.stop() == 0, "announce did not end cleanly"
+
+
+def case_connect_retry(tool, wd):
+    """A session that cannot be opened (an IPv6 source for an IPv4 peer) is
+    tried again every --retry seconds, not at once."""
+    lis = listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, free_port()), "--source", "::1", "--retry", "1"])
+    time.sleep(2.5)
+    assert lis.stop() == 0, "listen did not end cleanly"
+    assert 2 <= lis.stderr().count("cannot connect") <= 4, lis.stderr()
 
 
 def cpu_seconds(pid):
@@ -376,7 +398,7 @@ def case_bulk(tool, wd, count=100000):
     routes = [route("10.%d.%d.%d" % (i >> 16, (i >> 8) & 255, i & 255), 1 + i % 7, 100, [16000 + i % 1000, 17000])
               for i in range(count)]
     write_config(config, routes)
-    want = expected_table(tool, wd, config)
+    want = expected_table(tool, config)
     assert len(want) == count
     with gobgpd_between(wd) as g:
         lis, rib_out = start_listen(tool, wd, g)
@@ -436,9 +458,8 @@ def case_md5(tool, wd):
                                     remote_port=passive_port)])
     with g:
         # gobgpd connects to a listen that holds the key for its address.
-        passive = Srpolicy(tool, wd, "passive", ["listen", "--as", str(AS_LISTEN), "--bind",
-                                                 "127.0.0.7:%d" % passive_port, "--peer",
-                                                 "%s,as=%d,md5=s3cret-pw" % (LOOPBACK, AS_GOBGPD)])
+        passive = listen(tool, wd, ["--bind", "127.0.0.7:%d" % passive_port, "--peer",
+                                    "%s,as=%d,md5=s3cret-pw" % (LOOPBACK, AS_GOBGPD)], "passive")
         time.sleep(0.5)
         if "refused by the kernel" in passive.stderr():
             print("skipped: " + passive.stderr().strip())
@@ -454,9 +475,8 @@ def case_md5(tool, wd):
             return SKIP
         wait_for(lambda: "session established" in lis.stderr(), 20, "the session with the right password")
         assert lis.stop() == 0, "listen did not end cleanly"
-        wrong = Srpolicy(tool, wd, "wrong", ["listen", "--as", str(AS_LISTEN), "--connect",
-                                             "%s:%d,md5=not-the-one" % (LOOPBACK, g.port), "--source", "127.0.0.6",
-                                             "--retry", "1"])
+        wrong = listen(tool, wd, ["--connect", "%s:%d,md5=not-the-one" % (LOOPBACK, g.port), "--source", "127.0.0.6",
+                                  "--retry", "1"], "wrong")
         time.sleep(6)
         assert "session established" not in wrong.stderr(), wrong.stderr()
         assert g.neighbor_state("127.0.0.6") != "established"
@@ -473,6 +493,8 @@ CASES = {
     "garbage": case_garbage,
     "slow_output": case_slow_output,
     "known_peers": case_known_peers,
+    "announce_withdraws": case_announce_withdraws,
+    "connect_retry": case_connect_retry,
     "bulk": case_bulk,
     "md5": case_md5,
 }
