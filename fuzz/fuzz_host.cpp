@@ -18,18 +18,29 @@ void Fail(const char *pcFile, int iLine, const char *pcCond)
     abort();
 }
 
+namespace {
+Host *g_pstHost = nullptr;
+}  // namespace
+
 Host &Begin()
 {
-    static Host *s_pstHost = nullptr;
-    if (s_pstHost == nullptr) {
+    if (g_pstHost == nullptr) {
         static Host s_stHost;
         memset(&s_stHost.stTbl, kGuard, sizeof(s_stHost.stTbl));
         s_stHost.pstInst = BOL_SRPOLICY_Construct(&s_stHost.stTbl, kModule);
         FZ_CHECK(s_stHost.pstInst != nullptr);
-        s_pstHost = &s_stHost;
+        g_pstHost = &s_stHost;
     }
     tp::Reset();
-    return *s_pstHost;
+    return *g_pstHost;
+}
+
+void End()
+{
+    if (g_pstHost != nullptr) {
+        BOL_SRPOLICY_Destruct(g_pstHost->pstInst);
+        g_pstHost = nullptr;
+    }
 }
 
 void CheckNoLeak()

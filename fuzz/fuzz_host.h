@@ -44,6 +44,9 @@ struct Host {
 /* The plug-in, constructed on first use; the instance stays live for the
  * whole run. Resets the test platform's counters and planned failures. */
 Host &Begin();
+/* Releases the plug-in (a unit test program replaying seeds ends with
+ * nothing live); the next Begin() constructs it again. */
+void End();
 /* Nothing but the instance is live, nothing was freed twice, and no encoder
  * wrote other than it had sized. */
 void CheckNoLeak();
