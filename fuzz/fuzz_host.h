@@ -64,6 +64,19 @@ Output TakeOutput(void *pvOut);
  * handler's own buffer) or 0x50001 (the output block). */
 void CheckHandOver(uint32_t ulRet, const void *pvOut, bool bAllocFailed);
 
+/* A Tunnel Encapsulation attribute through the packet-parse entry (type 23),
+ * from a heap block of exactly its size: the cursor moves past it, the more
+ * flag is 0, and the normalised copy is handed over exactly on success. */
+struct Decode {
+    uint32_t ulRet = 0u;
+    Bytes vecCopy;     /* the normalised attribute handed over */
+    Bytes vecInAfter;  /* the decoded bytes afterwards: ignored bits cleared */
+};
+Decode DecodeAttr(const Host &h, const Bytes &vecAttr);
+
+/* The setter on a route holding vecHeld; vecOut: the attribute handed over. */
+uint32_t SetAttr(const Host &h, const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut);
+
 /* The bytes in a heap block of exactly their size, so that AddressSanitizer
  * catches a read past them; no bytes still give a block (never null). */
 std::unique_ptr<uint8_t[]> HeapCopy(const Bytes &vecIn);

@@ -12,13 +12,13 @@
 
 #include <algorithm>
 #include <deque>
-#include <memory>
 #include <string>
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 namespace at {
 
@@ -74,73 +74,6 @@ inline void ExpectIdempotent(BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecC
         BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
     }
     EXPECT_EQ(bt::ToHex(vecIn), bt::ToHex(vecCopy)) << "decoding the copy cleared bits in it";
-}
-
-/* What the host got back from one decode through the packet-parse entry. */
-struct HostDecode {
-    uint32_t ulRet = 0;
-    bool bOutput = false; /* an output block was handed over */
-    bt::Output stOut;
-    Bytes vecInputAfter;  /* the received bytes after decoding (cleared bits) */
-};
-
-/* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
- * buffer; checks the handler's contract on the cursor, the more flag and
- * the output header (attribute 23, flags 0, no key). */
-inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
-                               bool bCheckIdempotent = true)
-{
-    HostDecode r;
-    size_t n = vecAttr.size();
-    std::unique_ptr<uint8_t[]> pucBuf(new uint8_t[n == 0 ? 1 : n]);
-    if (n != 0) {
-        memcpy(pucBuf.get(), vecAttr.data(), n);
-    }
-    uint8_t *pucCur = pucBuf.get();
-    void *pvOut = nullptr;
-    uint32_t ulMore = 77;
-    int iHostCtx = 0;
-    r.ulRet = stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(n), &iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut,
-                                &ulMore, pstInst);
-    EXPECT_EQ(pucCur, pucBuf.get() + n) << "the read position moves past the attribute";
-    EXPECT_EQ(ulMore, 0u);
-    if (r.ulRet == BOL_OK) {
-        EXPECT_NE(pvOut, nullptr);
-    } else {
-        EXPECT_EQ(pvOut, nullptr) << "nothing handed over on failure";
-    }
-    if (pvOut != nullptr) {
-        r.bOutput = true;
-        r.stOut = bt::TakeOutput(pvOut);
-        EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-        EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
-        EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
-    }
-    r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
-    if (bCheckIdempotent && r.bOutput) {
-        ExpectIdempotent(pstInst, r.stOut.Attr());
-    }
-    return r;
-}
-
-/* Calls the setter through the procedure table on a route holding vecHeld;
- * vecOut receives the attribute handed over (empty when none). */
-inline uint32_t SetAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecHeld,
-                          uint32_t ulFlags, Bytes &vecOut)
-{
-    bt::Route rt;
-    rt.SetAttr(vecHeld);
-    void *pvOut = nullptr;
-    uint32_t ulRet = stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, pstInst);
-    vecOut.clear();
-    if (pvOut != nullptr) {
-        bt::Output o = bt::TakeOutput(pvOut);
-        EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-        EXPECT_EQ(o.stHdr.ucAttrType, 23u);
-        vecOut = o.Attr();
-    }
-    EXPECT_EQ(ulRet == BOL_OK, pvOut != nullptr);
-    return ulRet;
 }
 
 /* A decoded record, released when it goes out of scope. */

@@ -94,10 +94,11 @@ TEST_F(AttrDecode, TunnelAndSubTlvFraming)
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
-        at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(row.pcIn));
+        fz::Decode r = fz::DecodeAttr(fz::Host{m_stTbl, m_pstInst}, Hex(row.pcIn));
         EXPECT_EQ(r.ulRet, row.ulWant);
         if (row.ulWant == BOL_OK) {
-            EXPECT_EQ(bt::ToHex(r.stOut.Attr()), bt::ToHex(Hex(row.pcOut)));
+            EXPECT_EQ(bt::ToHex(r.vecCopy), bt::ToHex(Hex(row.pcOut)));
+            at::ExpectIdempotent(m_pstInst, r.vecCopy);
         }
         EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
     }
@@ -264,8 +265,7 @@ TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
     /* Two SRv6 binding SIDs, the second refused (B-flag at length 18). */
     Bytes vecBad = at::Cat({Hex("20 00"), Bytes(16, 0x01)}); /* flags 20, reserved, SID */
     Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, vecBad)}));
-    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, vecIn);
-    EXPECT_EQ(r.ulRet, BOL_ERR_SUBTLV_INVALID);
+    EXPECT_EQ(fz::DecodeAttr(fz::Host{m_stTbl, m_pstInst}, vecIn).ulRet, BOL_ERR_SUBTLV_INVALID);
     EXPECT_EQ(tp::LiveBlocksAll(), 1u);
     EXPECT_EQ(ReportCount(), 0u);
 }

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,6 +15,7 @@
 #include "attr_test_util.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 using bt::Bytes;
 
@@ -70,30 +70,13 @@ protected:
         return Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
     }
 
-    /* Calls again while the more flag is 1; the texts joined without their
-     * leading "\r\n". False when a call makes no progress. */
+    /* Renders through buffers of ulSize until the text is complete (the fuzz
+     * targets' walk and its checks); false when a call made no progress. */
     bool RenderAll(const Bytes &vecAttr, size_t ulSize, std::string &strJoined)
     {
         bt::Route rt;
         rt.SetAttr(vecAttr);
-        strJoined.clear();
-        uint32_t ulOffset = 0u;
-        for (int iCall = 0;; iCall++) {
-            /* A call whose header does not fit leaves the flag as it was. */
-            Call c = Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, ulOffset, 1u);
-            EXPECT_EQ(c.ulRet, BOL_OK);
-            EXPECT_EQ(c.strText.compare(0, 2, "\r\n"), 0) << "call " << iCall;
-            strJoined += c.strText.substr(std::min<size_t>(2u, c.strText.size()));
-            if (c.ulMore == 0u) {
-                EXPECT_EQ(c.ulOffset, ulOffset) << "a complete text keeps the offset";
-                return true;
-            }
-            EXPECT_EQ(c.ulMore, 1u);
-            if (c.ulOffset <= ulOffset) {
-                return false;
-            }
-            ulOffset = c.ulOffset;
-        }
+        return fz::RenderAll(fz::Host{m_stTbl, m_pstInst}, rt, static_cast<uint32_t>(ulSize), strJoined);
     }
 };
 
@@ -415,30 +398,6 @@ TEST_F(Text, LengthsThatRunPastTheAttributeEndTheTextThere)
         EXPECT_EQ(stCall.ulRet, BOL_OK);
         EXPECT_EQ(stCall.strText, "\r\n" + kHeader + c.strText);
         EXPECT_EQ(stCall.ulMore, 0u);
-    }
-}
-
-/* Every cut of the realistic attribute, and every byte replaced by lengths
- * that lie, rendered into one buffer and through small ones: the bounded
- * reads are what AddressSanitizer checks here. */
-TEST_F(Text, TruncatedAndLyingBytesStayInBounds)
-{
-    const Bytes vecAttr = at::RealisticAttr();
-    const std::string strFull = RenderAttr(vecAttr).strText;
-    for (size_t ulCut = 1; ulCut <= vecAttr.size(); ulCut++) {
-        SCOPED_TRACE(ulCut);
-        Call c = RenderAttr(Bytes(vecAttr.begin(), vecAttr.begin() + static_cast<long>(ulCut)));
-        EXPECT_EQ(c.ulMore, 0u);
-        EXPECT_EQ(strFull.compare(0, c.strText.size(), c.strText), 0) << "not a prefix: " << c.strText;
-    }
-    std::string strJoined;
-    for (size_t i = 0; i < vecAttr.size(); i++) {
-        for (uint8_t ucLie : {0x00, 0x01, 0x80, 0xFF}) {
-            Bytes vecBad = vecAttr;
-            vecBad[i] = ucLie;
-            (void)RenderAttr(vecBad);
-            (void)RenderAll(vecBad, 120u, strJoined);
-        }
     }
 }
 
