@@ -364,7 +364,12 @@ TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 64u, &ulOffset, &ulMore), BOL_OK);
     EXPECT_EQ(ulMore, 0u);
     EXPECT_EQ(ulOffset, 7u);
+    /* A room of one byte is accepted; no room at all is refused and reported. */
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 1u, &ulOffset, &ulMore), BOL_OK);
     EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 0u, &ulOffset, &ulMore),
+              BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 1u);
 }
 
 /* ---- Bytes that did not come from the decoder ---------------------------------- */
