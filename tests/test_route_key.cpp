@@ -217,31 +217,4 @@ TEST_F(RouteKey, CfgPrefixWriteTouchesOnlyKeyFields)
     }
 }
 
-/* A key keeps every bit on each road and back: wire, HA message, configuration. */
-TEST_F(RouteKey, RoundTripsOnEveryRoad)
-{
-    for (const BOL_SRPOLICY_NLRI_S &stKey : {kV4, kV6, bt::KeyV6(~0u, ~0u, ~0u, ~0u, ~0u, ~0u)}) {
-        SCOPED_TRACE(KeyHex(stKey));
-        bt::Route rt;
-        rt.SetKey(stKey);
-        bt::Bytes vecWire(25), vecHa(28), vecCfg(89);
-        uint8_t *pucWire = vecWire.data(), *pucHa = vecHa.data(), *pucCfg = vecCfg.data();
-        uint32_t ulOffset = 0, ulMore = 0;
-        ASSERT_EQ(m_stTbl.pfnFormatPkt(&rt.stRt, 14, &pucWire, 25, m_pstInst), BOL_OK);
-        ASSERT_EQ(m_stTbl.pfnFormatHaMsg(&rt.stRt, 3, &pucHa, 28, m_pstInst), BOL_OK);
-        ASSERT_EQ(m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCfg, 89, &ulOffset, &ulMore), BOL_OK);
-
-        void *apvOut[3] = {};
-        uint8_t *pucCur = vecWire.data();
-        ASSERT_EQ(m_stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(pucWire - vecWire.data()), &ulMore, 14,
-                                      &apvOut[0], &ulMore, m_pstInst),
-                  BOL_OK);
-        ASSERT_EQ(m_stTbl.pfnParseHaMsg(vecHa.data(), 28, 5, &apvOut[1], m_pstInst), BOL_OK);
-        ASSERT_EQ(m_stTbl.pfnParseCfg(vecCfg.data(), 89, 2, &apvOut[2], m_pstInst), BOL_OK);
-        for (void *pvOut : apvOut) {
-            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(stKey));
-        }
-    }
-}
-
 }  // namespace
