@@ -20,20 +20,27 @@ bool WellFormedTunnel(const fz::Bytes &v)
     return v.size() >= 4u && ((static_cast<size_t>(v[2]) << 8) | v[3]) == v.size() - 4u;
 }
 
-size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
+/* Calls fnSub(type, value offset, value length) for each top-level sub-TLV
+ * of a tunnel, as far as its header bytes go. */
+template <typename Fn>
+void ForEachSubTlv(const fz::Bytes &v, Fn fnSub)
 {
-    size_t n = 0;
-    size_t i = 4;
-    while (i < v.size()) {
-        uint8_t ucT = v[i];
-        size_t ulHdr = ucT >= 128u ? 3u : 2u;
+    for (size_t i = 4u; i < v.size();) {
+        const uint8_t ucT = v[i];
+        const size_t ulHdr = ucT >= 128u ? 3u : 2u;
         if (i + ulHdr > v.size()) {
-            break;
+            return;
         }
-        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
-        n += (ucT == ucType) ? 1u : 0u;
+        const size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
+        fnSub(ucT, i + ulHdr, ulLen);
         i += ulHdr + ulLen;
     }
+}
+
+size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
+{
+    size_t n = 0u;
+    ForEachSubTlv(v, [&](uint8_t ucT, size_t, size_t) { n += (ucT == ucType) ? 1u : 0u; });
     return n;
 }
 
@@ -42,27 +49,14 @@ size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
  * 20) and the lines of a segment list's binding SIDs (segment 33). */
 bool HasCutPieces(const fz::Bytes &v)
 {
-    size_t i = 4;
-    while (i < v.size()) {
-        uint8_t ucT = v[i];
-        size_t ulHdr = ucT >= 128u ? 3u : 2u;
-        if (i + ulHdr > v.size()) {
-            return false;
+    bool bCut = false;
+    ForEachSubTlv(v, [&](uint8_t ucT, size_t ulAt, size_t ulLen) {
+        bCut = bCut || ucT == 20u;
+        for (size_t j = ulAt + 1u; ucT == 128u && j + 2u <= ulAt + ulLen && j + 2u <= v.size(); j += 2u + v[j + 1]) {
+            bCut = bCut || v[j] == 33u;
         }
-        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
-        if (ucT == 20u) {
-            return true;
-        }
-        if (ucT == 128u) {
-            for (size_t j = i + ulHdr + 1u; j + 2u <= i + ulHdr + ulLen && j + 2u <= v.size(); j += 2u + v[j + 1]) {
-                if (v[j] == 33u) {
-                    return true;
-                }
-            }
-        }
-        i += ulHdr + ulLen;
-    }
-    return false;
+    });
+    return bCut;
 }
 
 /* Allocations a decode of vecAttr makes: record, copy and list head, one per
