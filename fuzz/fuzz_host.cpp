@@ -70,6 +70,7 @@ Output TakeOutput(void *pvOut)
     }
     /* The block is exactly as long as its sections. */
     FZ_CHECK(tp::LiveBytes(kModule) >= ulEnd);
+    o.vecBlock.assign(pucBlock, pucBlock + ulEnd);
     FZ_CHECK(ZUN_Free_F(pvOut, "host", 0u) == 0u);
     return o;
 }

@@ -10,6 +10,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <memory>
 #include <string>
@@ -54,8 +55,18 @@ void CheckNoLeak();
 /* An output block handed to the host, copied and released. */
 struct Output {
     BOL_PARSE_OUTPUT_S stHdr;
+    Bytes vecBlock; /* header, key and attribute */
     Bytes vecKey;
     Bytes vecAttr;
+    /* The key handed over (all zero when none). */
+    BOL_SRPOLICY_NLRI_S Key() const
+    {
+        BOL_SRPOLICY_NLRI_S st = {};
+        if (vecKey.size() == sizeof(st)) {
+            memcpy(&st, vecKey.data(), sizeof(st));
+        }
+        return st;
+    }
 };
 Output TakeOutput(void *pvOut);
 

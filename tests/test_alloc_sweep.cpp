@@ -192,7 +192,7 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
         ASSERT_EQ(tp::AllocCalls(), row.vecCodes.size()) << "allocations of a successful call";
         if (row.bHandsOver) {
             ASSERT_NE(ok.pvOut, pvUntouched);
-            (void)bt::TakeOutput(ok.pvOut);
+            (void)fz::TakeOutput(ok.pvOut);
         }
         ASSERT_EQ(tp::LiveBlocksAll(), 1u);
         for (size_t k = 0; k < row.vecCodes.size(); k++) {

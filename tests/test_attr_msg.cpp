@@ -9,6 +9,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 using bt::Bytes;
 using bt::Hex;
@@ -84,11 +85,11 @@ TEST_F(AttrMsg, ReaderHandsTheBytesOnAsAttribute23)
             EXPECT_EQ(pvOut, nullptr);
             continue;
         }
-        bt::Output stOut = bt::TakeOutput(pvOut);
+        fz::Output stOut = fz::TakeOutput(pvOut);
         EXPECT_EQ(stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
         EXPECT_EQ(stOut.stHdr.ucAttrType, BOL_SRPOLICY_PATTR_TNL_ENCAP);
         EXPECT_EQ(stOut.stHdr.ucAttrFlag, 0u);
-        EXPECT_EQ(bt::ToHex(stOut.Attr()), bt::ToHex(Hex(stRow.pcAttr)));
+        EXPECT_EQ(bt::ToHex(stOut.vecAttr), bt::ToHex(Hex(stRow.pcAttr)));
     }
     EXPECT_EQ(ReportCount(), 0u);
 }

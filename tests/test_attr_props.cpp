@@ -8,7 +8,6 @@
 #include <random>
 
 #include "attr_test_util.h"
-#include "fuzz_host.h"
 
 extern "C" int fuzz_attr_one(const uint8_t *pucData, size_t ulSize);
 

@@ -51,11 +51,11 @@ protected:
                                                m_pstInst);
         vecAttr.clear();
         if (ulRet == BOL_OK) {
-            bt::Output stOut = bt::TakeOutput(pvOut);
-            EXPECT_FALSE(stOut.HasKey());
+            fz::Output stOut = fz::TakeOutput(pvOut);
+            EXPECT_TRUE(stOut.vecKey.empty());
             EXPECT_EQ(stOut.stHdr.ucAttrType, BOL_SRPOLICY_PATTR_TNL_ENCAP);
             EXPECT_EQ(stOut.stHdr.ucAttrFlag, 0u);
-            vecAttr = stOut.Attr();
+            vecAttr = stOut.vecAttr;
         } else {
             EXPECT_EQ(pvOut, nullptr);
         }
@@ -234,7 +234,7 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
                       m_pstInst),
                   stRow.ulRet);
         if (stRow.ulRet == BOL_OK) {
-            Bytes vecAttr = bt::TakeOutput(pvOut).Attr();
+            Bytes vecAttr = fz::TakeOutput(pvOut).vecAttr;
             EXPECT_EQ(vecAttr.size(), stRow.usSize);
             EXPECT_EQ(((vecAttr[2] << 8) | vecAttr[3]) + 4u, vecAttr.size()) << "tunnel length";
             EXPECT_EQ(ReportCount(), 0u);

@@ -8,6 +8,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 namespace {
 
@@ -59,7 +60,7 @@ TEST_F(Nlri, DecodeOne)
                 continue;
             }
             EXPECT_EQ(ulMore, c.ulMore);
-            bt::Output o = bt::TakeOutput(pvOut);
+            fz::Output o = fz::TakeOutput(pvOut);
             EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_KEY);
             EXPECT_EQ(o.vecBlock.size(), 60u);
             BOL_SRPOLICY_NLRI_S stGot = o.Key();

@@ -11,6 +11,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 namespace {
 
@@ -172,7 +173,7 @@ TEST_F(RouteKey, KeyReaders)
                          : m_stTbl.pfnParseHaMsg(c.vecIn.data(), ulLen, 5, &pvOut, m_pstInst),
                   c.ulRet);
         if (c.ulRet == BOL_OK) {
-            EXPECT_EQ(KeyHex(bt::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
+            EXPECT_EQ(KeyHex(fz::TakeOutput(pvOut).Key()), KeyHex(c.stKey));
         } else {
             EXPECT_EQ(pvOut, &iMark);
         }

@@ -15,7 +15,6 @@
 #include "attr_test_util.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
-#include "fuzz_host.h"
 
 using bt::Bytes;
 
