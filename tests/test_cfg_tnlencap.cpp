@@ -177,6 +177,24 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
+/* A configured label by its 1-based index: 1 to 16 are read, any other index
+ * is reported and reads 0. */
+TEST_F(CfgTnlEncap, LabelByIndex)
+{
+    Cfg stCfg;
+    BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
+    for (uint32_t i = 0; i < 64u; i++) {
+        stSl.aulSegValue[i] = 100u + i;
+    }
+    for (uint32_t ulIndex : {0u, 1u, 16u, 17u}) {
+        SCOPED_TRACE(ulIndex);
+        tp::Reset();
+        const bool bIn = ulIndex >= 1u && ulIndex <= 16u;
+        EXPECT_EQ(BOL_SRPOLICY_GetSrpType1SegmentValue(&stSl, ulIndex), bIn ? 99u + ulIndex : 0u);
+        EXPECT_EQ(ReportCount(), bIn ? 0u : 1u);
+    }
+}
+
 /* ---- Refusals and failures ------------------------------------------------- */
 
 /* Refusals come before any allocation, with one report: a record of another
