@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <deque>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "bol_platform.h"
@@ -132,36 +134,19 @@ inline std::string Str(const uint8_t *puc, uint16_t usLen)
     return puc == nullptr ? std::string() : std::string(reinterpret_cast<const char *>(puc), usLen);
 }
 
+/* A seed of a fuzz target (fuzz/corpus/<target>/<name>) without its control
+ * byte: the inputs the unit tests and the fuzz targets share. */
+inline Bytes Seed(const std::string &strTargetAndName)
+{
+    std::ifstream in(std::string(BOL_FUZZ_CORPUS_DIR) + "/" + strTargetAndName, std::ios::binary);
+    Bytes vecSeed((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_FALSE(vecSeed.empty()) << "no seed " << strTargetAndName;
+    return vecSeed.empty() ? vecSeed : Bytes(vecSeed.begin() + 1, vecSeed.end());
+}
+
 /* A realistic attribute: preference, MPLS binding SID, two segment lists of
  * five label segments with a weight each, candidate-path and policy names. */
-inline Bytes RealisticAttr()
-{
-    auto SegList = [](uint32_t ulFirstLabel, uint8_t ucWeight) {
-        Bytes v(1u + 5u * 8u + 8u, 0x00); /* reserved, five label segments, weight */
-        size_t ulAt = 1;
-        for (uint32_t i = 0; i < 5; i++) {
-            uint32_t ulField = (ulFirstLabel + i) << 12;
-            for (uint8_t ucByte : {uint8_t{0x01}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00},
-                                   static_cast<uint8_t>(ulField >> 24), static_cast<uint8_t>(ulField >> 16),
-                                   static_cast<uint8_t>(ulField >> 8), static_cast<uint8_t>(ulField)}) {
-                v[ulAt++] = ucByte;
-            }
-        }
-        for (uint8_t ucByte : {uint8_t{0x09}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00}, uint8_t{0x00},
-                               uint8_t{0x00}, uint8_t{0x00}, ucWeight}) {
-            v[ulAt++] = ucByte;
-        }
-        return Sub(128, v);
-    };
-    return Tunnel(Cat({
-        Sub(12, bt::Hex("00 00 00 00 00 64")),   /* preference 100 */
-        Sub(13, bt::Hex("00 00 00 3E 80 00")),   /* MPLS binding SID, label 1000 */
-        SegList(16001, 1),
-        SegList(16101, 2),
-        Sub(129, bt::Hex("00 63 70 31")),         /* candidate path "cp1" */
-        Sub(130, bt::Hex("00 70 6F 6C 31")),      /* policy "pol1" */
-    }));
-}
+inline Bytes RealisticAttr() { return Seed("fuzz_attr/realistic"); }
 
 inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
 {
