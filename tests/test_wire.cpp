@@ -130,4 +130,38 @@ TEST(Writer, EndCheckReportsWhatTheSizesGotWrong)
     tp::Reset();
 }
 
+/* A TLV header (type, 2-byte length): read when its three bytes are there,
+ * refused when they are not or the value runs past the bytes given. */
+TEST(TlvHeader, TypeLengthAndFit)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcHex;
+        uint32_t ulRet;
+        uint8_t ucType;
+        uint16_t usLen; /* 0xEE.. when not read */
+    } const astRows[] = {
+        {"header alone, length 0", "07 00 00", BOL_OK, 7, 0},
+        {"value fits exactly", "07 00 02 AA BB", BOL_OK, 7, 2},
+        {"value one byte past the end", "07 00 03 AA BB", BOL_ERR_TLV_LEN, 7, 3},
+        {"two bytes", "07 00", BOL_ERR_TLV_LEN, 0xEE, 0xEEEE},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        const Bytes vecTlv = Hex(stRow.pcHex);
+        uint8_t ucType = 0xEE;
+        uint16_t usLen = 0xEEEE;
+        EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(vecTlv.data(), static_cast<uint32_t>(vecTlv.size()), &ucType, &usLen),
+                  stRow.ulRet);
+        EXPECT_EQ(ucType, stRow.ucType);
+        EXPECT_EQ(usLen, stRow.usLen);
+    }
+    uint8_t ucType = 0;
+    uint16_t usLen = 0;
+    const uint8_t aucTlv[3] = {1, 0, 0};
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(nullptr, 3, &ucType, &usLen), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, nullptr, &usLen), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, &ucType, nullptr), BOL_ERR_PARAM);
+}
+
 }  // namespace
