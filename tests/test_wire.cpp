@@ -21,6 +21,23 @@ namespace {
 
 const uint8_t kFill = 0xEEu;
 
+/* A range lies inside a view when it starts at or before the end and its
+ * count fits what is left; no sum wraps around. */
+TEST(View, HasOnlyRangesInside)
+{
+    uint8_t auc[4] = {};
+    const bol::View stView = bol::MakeView(auc, 4u);
+    struct Row {
+        uint32_t ulOff;
+        uint32_t ulCount;
+        bool bHas;
+    } const astRows[] = {{0, 4, true}, {4, 0, true}, {3, 1, true},        {3, 2, false},
+                         {5, 0, false}, {1, 0xFFFFFFFFu, false}, {0xFFFFFFFFu, 2, false}};
+    for (const Row &stRow : astRows) {
+        EXPECT_EQ(bol::ViewHas(stView, stRow.ulOff, stRow.ulCount), stRow.bHas) << stRow.ulOff << "+" << stRow.ulCount;
+    }
+}
+
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
 {
     static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
