@@ -38,6 +38,22 @@ TEST(View, HasOnlyRangesInside)
     }
 }
 
+/* A writer up to an end pointer has the room between them, and none when
+ * either is null or the end lies before the start. */
+TEST(Writer, RoomUpToAnEnd)
+{
+    uint8_t auc[8] = {};
+    struct Row {
+        uint8_t *puc;
+        const uint8_t *pucEnd;
+        uint32_t ulRoom;
+    } const astRows[] = {{auc, auc + 8, 8}, {auc + 3, auc + 8, 5}, {auc, auc, 0},
+                         {auc + 8, auc, 0}, {nullptr, auc + 8, 0}, {auc, nullptr, 0}};
+    for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
+        EXPECT_EQ(bol::MakeWriterTo(astRows[i].puc, astRows[i].pucEnd).ulRoom, astRows[i].ulRoom) << "row " << i;
+    }
+}
+
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
 {
     static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
