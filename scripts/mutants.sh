@@ -58,8 +58,9 @@ stage=${recheck:+recheck-}
 tree=$work/${stage}tree
 rm -rf "$tree"
 mkdir -p "$tree"
-# The working tree as it is, uncommitted changes included.
-git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$tree"
+# The working tree as it is, uncommitted changes included; times are kept so that a
+# second copy rebuilds only what changed.
+git ls-files -z --cached --others --exclude-standard | xargs -0 cp -p --parents -t "$tree"
 
 cmake -S "$tree" -B "$work/${stage}build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${options[@]}" >/dev/null
 cmake --build "$work/${stage}build" -j "$(nproc)" >/dev/null
