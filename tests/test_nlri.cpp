@@ -85,22 +85,6 @@ TEST_F(Nlri, RefusedArguments)
     EXPECT_EQ(pvOut, kUntouched);
 }
 
-TEST_F(Nlri, OutputFailureStillMovesPastLengthByte)
-{
-    bt::Bytes vecIn = bt::Hex("60 00000001 00000064 0A000001 · 60");  // one NLRI and one more byte
-    uint8_t *pucCur = vecIn.data();
-    void *pvOut = kUntouched;
-    uint32_t ulMore = 77;
-    tp::FailNthAlloc(1);
-    EXPECT_EQ(m_stTbl.pfnParsePkt(&pucCur, 14, &g_iCtx, 14, &pvOut, &ulMore, m_pstInst), BOL_ERR_MALLOC);
-    EXPECT_EQ(pucCur, vecIn.data() + 1);
-    EXPECT_EQ(ulMore, 1u);
-    EXPECT_EQ(pvOut, kUntouched);
-    /* The output service reports the failure under its own module. */
-    ASSERT_EQ(ReportCount(), 1u);
-    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy");
-}
-
 /* Without a key and without a buffer the two types answer differently. */
 TEST_F(Nlri, EncodeWithoutKeyOrBuffer)
 {
