@@ -116,6 +116,9 @@ TEST_F(SegList, NullPointersAreReported)
     EXPECT_EQ(BOL_SRPOLICY_CheckSegmenWeightVaild(nullptr, aucSeg, 6, &ulSeen), BOL_ERR_PARAM);
     BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(nullptr, 8);
     ASSERT_EQ(ReportCount(), 5u);
+    /* The SID encoding check, which no list uses, takes exactly 6 bytes. */
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 6, 6, 0), BOL_OK);
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 7, 7, 0), BOL_ERR_SUBTLV_INVALID);
     for (const tp::Report &rep : tp::Reports()) {
         EXPECT_EQ(rep.strModule, "bol_srpolicy");
     }
