@@ -363,8 +363,9 @@ TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 64u, &ulOffset, &ulMore), BOL_OK);
     EXPECT_EQ(ulMore, 0u);
     EXPECT_EQ(ulOffset, 7u);
-    /* A room of one byte is accepted; no room at all is refused and reported. */
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 1u, &ulOffset, &ulMore), BOL_OK);
+    /* A room of one byte is accepted (by the dispatcher and the handler); no
+     * room at all is refused and reported. */
+    EXPECT_EQ(m_stTbl.pfnFormatCfg(&rtNone.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucBuf, 1u, &ulOffset, &ulMore), BOL_OK);
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 0u, &ulOffset, &ulMore),
               BOL_ERR_PARAM);
