@@ -188,9 +188,9 @@ TEST_F(Text, OneLineBySubTlv)
         {"binding sid, label", "0D 06 80 00 12 34 50 00", "  Binding SID: 74565, s-flag(1), i-flag(0)\n"},
         {"binding sid, srv6", "0D 12 40 00 " + kSid1, "  Binding SID: 2001:db8::1, s-flag(0), i-flag(1)\n"},
         // flags, reserved, SID, behavior 0x30, reserved, LB 32, LN 16, Func 16, Args 0
-        {"srv6 binding sid, 26", "14 1A E0 00 " + kSid2 + " 00 30 00 00 20 10 10 00",
+        {"srv6 binding sid, 26", "14 1A E0 00 " + kSid2 + " 00 30 00 00 20 10 10 08",
          "  SRv6 Binding SID: 2001:db8::2, Flags:0xe0, Endpoint Behavior: 0x30, "
-         "SID Structure: LB length:32, LN length:16, Func length:16, Args length:0\n"},
+         "SID Structure: LB length:32, LN length:16, Func length:16, Args length:8\n"},
         {"srv6 binding sid, 18", "14 12 40 00 " + kSid2, "  SRv6 Binding SID: 2001:db8::2, Flags:0x40\n"},
         {"candidate path name", "81 00 04 00 63 70 31", "  Candidate Path Name: cp1\n"},
         {"policy name", PolicyName("abc"), "  Policy Name: abc\n"},
@@ -206,10 +206,10 @@ TEST_F(Text, OneLineBySubTlv)
         {"path mtu of type 13 and 220, type 5 skipped",
          SegList("0D 06 00 00 00 00 05 DC  05 0A 00 00 00 00 00 00 00 00 00 00  DC 06 00 00 00 00 05 DD"),
          "  Segment List\n    Path MTU: 1500\n    Path MTU: 1501\n"},
-        {"srv6 segments", SegList("0D 12 80 00 " + kSid2 + "  02 1A 00 00 " + kSid1 + " 00 30 00 00 20 10 10 00"),
+        {"srv6 segments", SegList("0D 12 80 00 " + kSid2 + "  02 1A 00 00 " + kSid1 + " 00 30 00 00 20 10 10 08"),
          "  Segment List\n    Segment: type:13, SID: 2001:db8::2, Flags:0x80\n"
          "    Segment: type:2, SID: 2001:db8::1, Flags:0x00\n"
-         "    SID Structure: LB length:32, LN length:16, Func length:16, Args length:0\n"},
+         "    SID Structure: LB length:32, LN length:16, Func length:16, Args length:8\n"},
         {"segment list binding sids", SegList("21 22 80 00 " + kSid1 + " " + kSid2),
          "  Segment List\n    Binding SID: 2001:db8::1, \n    Reverse Binding SID: 2001:db8::2, \n"},
         {"segment list binding sids with endpoints",
