@@ -101,8 +101,11 @@ Decode DecodeAttr(const Host &h, const Bytes &vecAttr)
     void *pvOut = nullptr;
     uint32_t ulMore = 77u;
     const uint32_t ulLen = static_cast<uint32_t>(vecAttr.size());
+    const size_t ulReportsBefore = tp::Reports().size();
     d.ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLen, &s_iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut, &ulMore,
                                   h.pstInst);
+    /* Reports are for faults: a decode that succeeds makes none. */
+    FZ_CHECK(d.ulRet != BOL_OK || tp::Reports().size() == ulReportsBefore);
     if (ulLen != 0u) {
         FZ_CHECK(pucCur == pucBuf.get() + ulLen && ulMore == 0u);
     }

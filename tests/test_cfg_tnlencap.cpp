@@ -177,9 +177,9 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
-/* A configured label by its 1-based index: 1 to 16 are read, any other index
- * is reported and reads 0. */
-TEST_F(CfgTnlEncap, LabelByIndex)
+/* A configured label by its 1-based index (1 to 16) and an SRv6 SID by its
+ * 0-based one (0 to 15); any other index is reported and reads nothing. */
+TEST_F(CfgTnlEncap, SegmentValueByIndex)
 {
     Cfg stCfg;
     BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
@@ -191,7 +191,10 @@ TEST_F(CfgTnlEncap, LabelByIndex)
         tp::Reset();
         const bool bIn = ulIndex >= 1u && ulIndex <= 16u;
         EXPECT_EQ(BOL_SRPOLICY_GetSrpType1SegmentValue(&stSl, ulIndex), bIn ? 99u + ulIndex : 0u);
-        EXPECT_EQ(ReportCount(), bIn ? 0u : 1u);
+        /* The SRv6 SID of a 0-based index: four words each. */
+        const uint32_t *pulSid = BOL_SRPOLICY_GetSrpType2SegmentValue(&stSl, ulIndex - 1u);
+        EXPECT_EQ(pulSid, bIn ? &stSl.aulSegValue[4u * (ulIndex - 1u)] : nullptr);
+        EXPECT_EQ(ReportCount(), bIn ? 0u : 2u);
     }
 }
 

@@ -396,6 +396,8 @@ TEST_F(Text, LengthsThatRunPastTheAttributeEndTheTextThere)
          "  Segment List\n    Segment: type:1, Label:100\n"},
         /* Short values are read as far as they go, the rest as zeros. */
         {"weight of length 1", "00 0F 00 07  80 00 04 00 09 01 FF", "  Segment List\n    Weight: 0\n"},
+        {"weight of length 0, the list's last two bytes", "00 0F 00 06  80 00 03 00 09 00",
+         "  Segment List\n    Weight: 0\n"},
     };
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
