@@ -39,7 +39,8 @@ TEST(View, HasOnlyRangesInside)
 }
 
 /* A writer up to an end pointer has the room between them, and none when
- * either is null or the end lies before the start. */
+ * either is null or the end lies before the start; a writer without a
+ * buffer has no room whatever room it is given. */
 TEST(Writer, RoomUpToAnEnd)
 {
     uint8_t auc[8] = {};
@@ -52,6 +53,7 @@ TEST(Writer, RoomUpToAnEnd)
     for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
         EXPECT_EQ(bol::MakeWriterTo(astRows[i].puc, astRows[i].pucEnd).ulRoom, astRows[i].ulRoom) << "row " << i;
     }
+    EXPECT_EQ(bol::MakeWriter(nullptr, 8u).ulRoom, 0u);
 }
 
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
