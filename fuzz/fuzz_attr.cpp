@@ -10,77 +10,37 @@
  */
 #include <algorithm>
 
+#include "bol_srpolicy_priv.h"
 #include "fuzz_host.h"
 
 namespace {
-
-int g_iHostCtx;
-
-struct Decode {
-    uint32_t ulRet = 0u;
-    fz::Bytes vecCopy;     /* the normalised attribute handed over */
-    fz::Bytes vecInAfter;  /* the decoded bytes afterwards: ignored bits cleared */
-};
-
-/* Decodes from a heap buffer of exactly the attribute's size. */
-Decode DecodeAsHost(const fz::Host &h, const fz::Bytes &vecAttr)
-{
-    Decode d;
-    const std::unique_ptr<uint8_t[]> pucBuf = fz::HeapCopy(vecAttr);
-    uint8_t *pucCur = pucBuf.get();
-    void *pvOut = nullptr;
-    uint32_t ulMore = 77u;
-    const uint32_t ulLen = static_cast<uint32_t>(vecAttr.size());
-    d.ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLen, &g_iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut, &ulMore,
-                                  h.pstInst);
-    if (ulLen != 0u) {
-        FZ_CHECK(pucCur == pucBuf.get() + ulLen && ulMore == 0u);
-    }
-    FZ_CHECK((d.ulRet == BOL_OK) == (pvOut != nullptr));
-    if (pvOut != nullptr) {
-        fz::Output o = fz::TakeOutput(pvOut);
-        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
-        d.vecCopy = o.vecAttr;
-    }
-    d.vecInAfter.assign(pucBuf.get(), pucBuf.get() + vecAttr.size());
-    return d;
-}
-
-uint32_t Set(const fz::Host &h, const fz::Bytes &vecHeld, uint32_t ulFlags, fz::Bytes &vecOut)
-{
-    fz::Route rt;
-    rt.SetAttr(vecHeld);
-    void *pvOut = nullptr;
-    uint32_t ulRet = h.stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, h.pstInst);
-    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
-    vecOut.clear();
-    if (pvOut != nullptr) {
-        fz::Output o = fz::TakeOutput(pvOut);
-        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
-        vecOut = o.vecAttr;
-    }
-    return ulRet;
-}
 
 bool WellFormedTunnel(const fz::Bytes &v)
 {
     return v.size() >= 4u && ((static_cast<size_t>(v[2]) << 8) | v[3]) == v.size() - 4u;
 }
 
-size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
+/* Calls fnSub(type, value offset, value length) for each top-level sub-TLV
+ * of a tunnel, as far as its header bytes go. */
+template <typename Fn>
+void ForEachSubTlv(const fz::Bytes &v, Fn fnSub)
 {
-    size_t n = 0;
-    size_t i = 4;
-    while (i < v.size()) {
-        uint8_t ucT = v[i];
-        size_t ulHdr = ucT >= 128u ? 3u : 2u;
+    for (size_t i = 4u; i < v.size();) {
+        const uint8_t ucT = v[i];
+        const size_t ulHdr = ucT >= 128u ? 3u : 2u;
         if (i + ulHdr > v.size()) {
-            break;
+            return;
         }
-        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
-        n += (ucT == ucType) ? 1u : 0u;
+        const size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
+        fnSub(ucT, i + ulHdr, ulLen);
         i += ulHdr + ulLen;
     }
+}
+
+size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
+{
+    size_t n = 0u;
+    ForEachSubTlv(v, [&](uint8_t ucT, size_t, size_t) { n += (ucT == ucType) ? 1u : 0u; });
     return n;
 }
 
@@ -89,27 +49,29 @@ size_t CountSubTlvs(const fz::Bytes &v, uint8_t ucType)
  * 20) and the lines of a segment list's binding SIDs (segment 33). */
 bool HasCutPieces(const fz::Bytes &v)
 {
-    size_t i = 4;
-    while (i < v.size()) {
-        uint8_t ucT = v[i];
-        size_t ulHdr = ucT >= 128u ? 3u : 2u;
-        if (i + ulHdr > v.size()) {
-            return false;
+    bool bCut = false;
+    ForEachSubTlv(v, [&](uint8_t ucT, size_t ulAt, size_t ulLen) {
+        bCut = bCut || ucT == 20u;
+        for (size_t j = ulAt + 1u; ucT == 128u && j + 2u <= ulAt + ulLen && j + 2u <= v.size(); j += 2u + v[j + 1]) {
+            bCut = bCut || v[j] == 33u;
         }
-        size_t ulLen = ucT >= 128u ? ((static_cast<size_t>(v[i + 1]) << 8) | v[i + 2]) : v[i + 1];
-        if (ucT == 20u) {
-            return true;
-        }
-        if (ucT == 128u) {
-            for (size_t j = i + ulHdr + 1u; j + 2u <= i + ulHdr + ulLen && j + 2u <= v.size(); j += 2u + v[j + 1]) {
-                if (v[j] == 33u) {
-                    return true;
-                }
-            }
-        }
-        i += ulHdr + ulLen;
-    }
-    return false;
+    });
+    return bCut;
+}
+
+/* Allocations a decode of vecAttr makes: record, copy and list head, one per
+ * kept name, Segment List and SRv6 Binding SID, and the output block. */
+uint32_t NeededAllocs(const fz::Host &h, const fz::Bytes &vecAttr)
+{
+    fz::Bytes vecIn = vecAttr;
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    FZ_CHECK(BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecIn.data(), static_cast<uint32_t>(vecIn.size()), &pstAttr,
+                                                  h.pstInst, nullptr, nullptr) == BOL_OK);
+    const uint32_t ulNeeded = 4u + (pstAttr->pucPolicyName != nullptr ? 1u : 0u) +
+                              (pstAttr->pucCPathName != nullptr ? 1u : 0u) + pstAttr->pstSegListHead->ulCount +
+                              pstAttr->stSRv6BsidList.ulCount;
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, h.pstInst);
+    return ulNeeded;
 }
 
 bool IsAllocFailure(uint32_t ulRet) { return ulRet == BOL_ERR_MALLOC || ulRet == BOL_SRPOLICY_ERR_NOMEM; }
@@ -148,7 +110,7 @@ void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes 
     FZ_CHECK(vecCopy.size() <= vecIn.size());
 
     /* Decoding the copy gives the copy again and clears nothing in it. */
-    Decode d2 = DecodeAsHost(h, vecCopy);
+    fz::Decode d2 = fz::DecodeAttr(h, vecCopy);
     FZ_CHECK(d2.ulRet == BOL_OK);
     FZ_CHECK(d2.vecCopy == vecCopy);
     FZ_CHECK(d2.vecInAfter == vecCopy);
@@ -156,15 +118,15 @@ void CheckNormalised(const fz::Host &h, const fz::Bytes &vecIn, const fz::Bytes 
     /* Without the rewrite the setter hands over the held copy itself; with
      * it, a well-formed tunnel that decodes to itself. */
     fz::Bytes vecSet;
-    FZ_CHECK(Set(h, vecCopy, 0u, vecSet) == BOL_OK);
+    FZ_CHECK(fz::SetAttr(h, vecCopy, 0u, vecSet) == BOL_OK);
     FZ_CHECK(vecSet == vecCopy);
-    FZ_CHECK(Set(h, vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet) == BOL_OK);
+    FZ_CHECK(fz::SetAttr(h, vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet) == BOL_OK);
     FZ_CHECK(WellFormedTunnel(vecSet));
     /* At most one private slice-id sub-TLV is taken out (its 8 bytes when
      * its length is 6, its own size otherwise). */
     FZ_CHECK(vecSet.size() <= vecCopy.size() && vecCopy.size() - vecSet.size() <= 3u + 0xFFu);
     if (vecSet.size() > 4u) {
-        Decode d3 = DecodeAsHost(h, vecSet);
+        fz::Decode d3 = fz::DecodeAttr(h, vecSet);
         if (d3.ulRet != BOL_OK) {
             /* Only the last private slice id is taken out when a standard one
              * becomes private: an earlier private one is then a second one. */
@@ -222,16 +184,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
     const uint32_t ulFailNth = pucData[0] & 0x0Fu;
     const fz::Bytes vecIn(pucData + 1, pucData + ulSize);
 
-    Decode d = DecodeAsHost(h, vecIn);
+    fz::Decode d = fz::DecodeAttr(h, vecIn);
     const uint32_t ulAllocs = tp::AllocCalls();
     fz::CheckNoLeak();
     if (d.ulRet == BOL_OK) {
+        FZ_CHECK(ulAllocs == NeededAllocs(h, vecIn));
         CheckNormalised(h, vecIn, d.vecCopy);
     }
     /* The setter decodes the held bytes itself: it succeeds exactly when the
      * decoder does and then hands over the same normalised copy. */
     fz::Bytes vecSet;
-    uint32_t ulSetRet = Set(h, vecIn, 0u, vecSet);
+    uint32_t ulSetRet = fz::SetAttr(h, vecIn, 0u, vecSet);
     if (vecIn.empty()) {
         FZ_CHECK(ulSetRet == BOL_ERR_NO_DATA);
     } else if (d.ulRet == BOL_OK) {
@@ -246,7 +209,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
          * nothing; later allocations are not attempted. */
         tp::Reset();
         tp::FailNthAlloc(ulFailNth);
-        Decode df = DecodeAsHost(h, vecIn);
+        fz::Decode df = fz::DecodeAttr(h, vecIn);
         if (ulFailNth > ulAllocs) {
             FZ_CHECK(df.ulRet == d.ulRet && df.vecCopy == d.vecCopy);
         } else if (tp::FailedAllocs() != 0u) {
@@ -258,7 +221,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
         if (d.ulRet == BOL_OK) {
             tp::Reset();
             tp::FailNthAlloc(ulFailNth);
-            uint32_t ulRet = Set(h, d.vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet);
+            uint32_t ulRet = fz::SetAttr(h, d.vecCopy, BOL_SRPOLICY_SET_PRIV_SLICE_ID, vecSet);
             if (tp::FailedAllocs() != 0u) {
                 /* A decode that fails inside the setter is "no data". */
                 FZ_CHECK(ulRet == BOL_ERR_NO_DATA || IsAllocFailure(ulRet));

@@ -18,18 +18,29 @@ void Fail(const char *pcFile, int iLine, const char *pcCond)
     abort();
 }
 
+namespace {
+Host *g_pstHost = nullptr;
+}  // namespace
+
 Host &Begin()
 {
-    static Host *s_pstHost = nullptr;
-    if (s_pstHost == nullptr) {
+    if (g_pstHost == nullptr) {
         static Host s_stHost;
         memset(&s_stHost.stTbl, kGuard, sizeof(s_stHost.stTbl));
         s_stHost.pstInst = BOL_SRPOLICY_Construct(&s_stHost.stTbl, kModule);
         FZ_CHECK(s_stHost.pstInst != nullptr);
-        s_pstHost = &s_stHost;
+        g_pstHost = &s_stHost;
     }
     tp::Reset();
-    return *s_pstHost;
+    return *g_pstHost;
+}
+
+void End()
+{
+    if (g_pstHost != nullptr) {
+        BOL_SRPOLICY_Destruct(g_pstHost->pstInst);
+        g_pstHost = nullptr;
+    }
 }
 
 void CheckNoLeak()
@@ -53,12 +64,13 @@ Output TakeOutput(void *pvOut)
         ulEnd += o.stHdr.usKeyLen;
     }
     if ((o.stHdr.ulOutFlags & BOL_OUTPUT_FLAG_ATTR) != 0u) {
-        FZ_CHECK(o.stHdr.usAttrOffset == ulEnd);
+        FZ_CHECK(o.stHdr.usAttrOffset == ulEnd && o.stHdr.ucAttrFlag == 0u);
         o.vecAttr.assign(pucBlock + o.stHdr.usAttrOffset, pucBlock + o.stHdr.usAttrOffset + o.stHdr.usAttrLen);
         ulEnd += o.stHdr.usAttrLen;
     }
     /* The block is exactly as long as its sections. */
     FZ_CHECK(tp::LiveBytes(kModule) >= ulEnd);
+    o.vecBlock.assign(pucBlock, pucBlock + ulEnd);
     FZ_CHECK(ZUN_Free_F(pvOut, "host", 0u) == 0u);
     return o;
 }
@@ -78,6 +90,49 @@ std::unique_ptr<uint8_t[]> HeapCopy(const Bytes &vecIn)
         memcpy(pucCopy.get(), vecIn.data(), vecIn.size());
     }
     return pucCopy;
+}
+
+Decode DecodeAttr(const Host &h, const Bytes &vecAttr)
+{
+    static int s_iHostCtx;
+    Decode d;
+    const std::unique_ptr<uint8_t[]> pucBuf = HeapCopy(vecAttr);
+    uint8_t *pucCur = pucBuf.get();
+    void *pvOut = nullptr;
+    uint32_t ulMore = 77u;
+    const uint32_t ulLen = static_cast<uint32_t>(vecAttr.size());
+    const size_t ulReportsBefore = tp::Reports().size();
+    d.ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLen, &s_iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut, &ulMore,
+                                  h.pstInst);
+    /* Reports are for faults: a decode that succeeds makes none. */
+    FZ_CHECK(d.ulRet != BOL_OK || tp::Reports().size() == ulReportsBefore);
+    if (ulLen != 0u) {
+        FZ_CHECK(pucCur == pucBuf.get() + ulLen && ulMore == 0u);
+    }
+    FZ_CHECK((d.ulRet == BOL_OK) == (pvOut != nullptr));
+    if (pvOut != nullptr) {
+        Output o = TakeOutput(pvOut);
+        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
+        d.vecCopy = o.vecAttr;
+    }
+    d.vecInAfter.assign(pucBuf.get(), pucBuf.get() + vecAttr.size());
+    return d;
+}
+
+uint32_t SetAttr(const Host &h, const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut)
+{
+    Route rt;
+    rt.SetAttr(vecHeld);
+    void *pvOut = nullptr;
+    uint32_t ulRet = h.stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, h.pstInst);
+    FZ_CHECK((ulRet == BOL_OK) == (pvOut != nullptr));
+    vecOut.clear();
+    if (pvOut != nullptr) {
+        Output o = TakeOutput(pvOut);
+        FZ_CHECK(o.stHdr.ulOutFlags == BOL_OUTPUT_FLAG_ATTR && o.stHdr.ucAttrType == 23u);
+        vecOut = o.vecAttr;
+    }
+    return ulRet;
 }
 
 Written Write(const Host &h, Writer pfnWrite, const Route &rt, uint32_t ulType, uint32_t ulRoom)

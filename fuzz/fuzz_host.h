@@ -10,6 +10,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <memory>
 #include <string>
@@ -44,6 +45,9 @@ struct Host {
 /* The plug-in, constructed on first use; the instance stays live for the
  * whole run. Resets the test platform's counters and planned failures. */
 Host &Begin();
+/* Releases the plug-in (a unit test program replaying seeds ends with
+ * nothing live); the next Begin() constructs it again. */
+void End();
 /* Nothing but the instance is live, nothing was freed twice, and no encoder
  * wrote other than it had sized. */
 void CheckNoLeak();
@@ -51,8 +55,18 @@ void CheckNoLeak();
 /* An output block handed to the host, copied and released. */
 struct Output {
     BOL_PARSE_OUTPUT_S stHdr;
+    Bytes vecBlock; /* header, key and attribute */
     Bytes vecKey;
     Bytes vecAttr;
+    /* The key handed over (all zero when none). */
+    BOL_SRPOLICY_NLRI_S Key() const
+    {
+        BOL_SRPOLICY_NLRI_S st = {};
+        if (vecKey.size() == sizeof(st)) {
+            memcpy(&st, vecKey.data(), sizeof(st));
+        }
+        return st;
+    }
 };
 Output TakeOutput(void *pvOut);
 
@@ -60,6 +74,19 @@ Output TakeOutput(void *pvOut);
  * exactly when the call succeeds, and a failed allocation gives 3 (the
  * handler's own buffer) or 0x50001 (the output block). */
 void CheckHandOver(uint32_t ulRet, const void *pvOut, bool bAllocFailed);
+
+/* A Tunnel Encapsulation attribute through the packet-parse entry (type 23),
+ * from a heap block of exactly its size: the cursor moves past it, the more
+ * flag is 0, and the normalised copy is handed over exactly on success. */
+struct Decode {
+    uint32_t ulRet = 0u;
+    Bytes vecCopy;     /* the normalised attribute handed over */
+    Bytes vecInAfter;  /* the decoded bytes afterwards: ignored bits cleared */
+};
+Decode DecodeAttr(const Host &h, const Bytes &vecAttr);
+
+/* The setter on a route holding vecHeld; vecOut: the attribute handed over. */
+uint32_t SetAttr(const Host &h, const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut);
 
 /* The bytes in a heap block of exactly their size, so that AddressSanitizer
  * catches a read past them; no bytes still give a block (never null). */

@@ -4,6 +4,9 @@
 #
 #   bash scripts/mutants.sh lib  [COUNT] [SEED]   src/ against the plug-in's unit tests (default 300, seed 1)
 #   bash scripts/mutants.sh tool [COUNT] [SEED]   tools/ against the tool's tests (default 200, seed 1)
+#   bash scripts/mutants.sh recheck lib|tool      only the survivors of the last run, against the tests as they
+#                                                 are now (minutes instead of an hour); a survivor whose line no
+#                                                 longer reads as it did is skipped and named
 #
 # The faults are planted in a copy of the working tree (build/mutants/<kind>/tree), never in the sources
 # themselves; the survivors and the score are printed at the end and every outcome is written to
@@ -12,6 +15,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+recheck=
+if [ "${1:-}" = recheck ]; then
+  recheck=1
+  shift
+fi
 kind=${1:-}
 seed=${3:-1}
 tool=${MUTANTS:-../shared/tools/mutants.py}
@@ -42,7 +50,7 @@ case "$kind" in
     options=(-DBOL_BUILD_BENCH=OFF -DBOL_BUILD_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=Release)
     ;;
   *)
-    sed -n '2,12p' "$0" | sed 's/^# \{0,1\}//'
+    sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'
     exit 2
     ;;
 esac
@@ -50,20 +58,65 @@ esac
 scripts/deps.sh build-essential cmake ninja-build googletest python3
 
 work=build/mutants/$kind
-tree=$work/tree
+# A recheck has its own copy and build, so it can run beside a full pass.
+stage=${recheck:+recheck-}
+tree=$work/${stage}tree
 rm -rf "$tree"
 mkdir -p "$tree"
-# The working tree as it is, uncommitted changes included.
-git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$tree"
+# The working tree as it is, uncommitted changes included; times are kept so that a
+# second copy rebuilds only what changed.
+git ls-files -z --cached --others --exclude-standard | xargs -0 cp -p --parents -t "$tree"
 
-cmake -S "$tree" -B "$work/build" -G Ninja "${options[@]}" >/dev/null
+cmake -S "$tree" -B "$work/${stage}build" -G Ninja "${options[@]}" >/dev/null
 extra=()
-if [ "$kind" = tool ] && cmake --build "$work/build" --target help | grep -q '^gobgp_parse:'; then
+if [ "$kind" = tool ] && cmake --build "$work/${stage}build" --target help | grep -q '^gobgp_parse:'; then
   extra=(gobgp_parse)  # the independent reader the interoperability checks run
 fi
 # shellcheck disable=SC2086  # $target is a list of targets
-cmake --build "$work/build" -j "$(nproc)" --target $target "${extra[@]}" >/dev/null
+cmake --build "$work/${stage}build" -j "$(nproc)" --target $target "${extra[@]}" >/dev/null
 
 cd "$tree"
+if [ -n "$recheck" ]; then
+  [ -f ../outcome.json ] || { echo "mutants.sh: no $work/outcome.json to recheck; run a full pass first"; exit 2; }
+  exec python3 - "$test" "$target" <<'PY'
+import json, subprocess, sys
+test, target = sys.argv[1], sys.argv[2]
+build = "cmake --build ../recheck-build --target %s -j2" % target
+survivors = [r for r in json.load(open("../outcome.json")) if r["outcome"] == "survived"]
+out, counts = [], {"killed": 0, "survived": 0, "skipped": 0, "invalid": 0}
+for r in survivors:
+    with open(r["file"], encoding="utf-8") as f:
+        text = f.read()
+    lines = text.split("\n")
+    old = lines[r["line"] - 1]
+    where = "%s:%d [%s]" % (r["file"], r["line"], r["op"])
+    if old.strip() != r["was"]:
+        counts["skipped"] += 1
+        print("- %s skipped: the line now reads: %s" % (where, old.strip()), flush=True)
+        continue
+    lines[r["line"] - 1] = old[: len(old) - len(old.lstrip())] + r["now"]
+    try:
+        with open(r["file"], "w", encoding="utf-8") as f:
+            f.write("\n".join(lines))
+        if subprocess.run(build, shell=True, capture_output=True).returncode != 0:
+            outcome = "invalid"
+        else:
+            try:
+                rc = subprocess.run("cd ../recheck-build && " + test, shell=True, capture_output=True, timeout=120).returncode
+            except subprocess.TimeoutExpired:
+                rc = 1
+            outcome = "survived" if rc == 0 else "killed"
+    finally:
+        with open(r["file"], "w", encoding="utf-8") as f:
+            f.write(text)
+    counts[outcome] += 1
+    out.append(dict(r, outcome=outcome))
+    print("%s %s\n    now: %s" % ({"killed": "K", "survived": "S", "invalid": "-"}[outcome], where, r["now"]), flush=True)
+subprocess.run(build, shell=True, capture_output=True)
+json.dump(out, open("../recheck.json", "w"), indent=1)
+print("\nrecheck of %d survivors: %d killed, %d still survive, %d skipped, %d did not compile"
+      % (len(survivors), counts["killed"], counts["survived"], counts["skipped"], counts["invalid"]))
+PY
+fi
 python3 "$tool" --build "../build" --target "$target" --test "cd ../build && $test" \
   --count "$count" --seed "$seed" --json ../outcome.json "${files[@]}"

@@ -12,13 +12,15 @@
 
 #include <algorithm>
 #include <deque>
-#include <memory>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 namespace at {
 
@@ -74,73 +76,6 @@ inline void ExpectIdempotent(BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecC
         BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
     }
     EXPECT_EQ(bt::ToHex(vecIn), bt::ToHex(vecCopy)) << "decoding the copy cleared bits in it";
-}
-
-/* What the host got back from one decode through the packet-parse entry. */
-struct HostDecode {
-    uint32_t ulRet = 0;
-    bool bOutput = false; /* an output block was handed over */
-    bt::Output stOut;
-    Bytes vecInputAfter;  /* the received bytes after decoding (cleared bits) */
-};
-
-/* Decodes vecAttr through pfnParsePkt (type 23) from an exact-size heap
- * buffer; checks the handler's contract on the cursor, the more flag and
- * the output header (attribute 23, flags 0, no key). */
-inline HostDecode DecodeAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecAttr,
-                               bool bCheckIdempotent = true)
-{
-    HostDecode r;
-    size_t n = vecAttr.size();
-    std::unique_ptr<uint8_t[]> pucBuf(new uint8_t[n == 0 ? 1 : n]);
-    if (n != 0) {
-        memcpy(pucBuf.get(), vecAttr.data(), n);
-    }
-    uint8_t *pucCur = pucBuf.get();
-    void *pvOut = nullptr;
-    uint32_t ulMore = 77;
-    int iHostCtx = 0;
-    r.ulRet = stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(n), &iHostCtx, BOL_SRPOLICY_PATTR_TNL_ENCAP, &pvOut,
-                                &ulMore, pstInst);
-    EXPECT_EQ(pucCur, pucBuf.get() + n) << "the read position moves past the attribute";
-    EXPECT_EQ(ulMore, 0u);
-    if (r.ulRet == BOL_OK) {
-        EXPECT_NE(pvOut, nullptr);
-    } else {
-        EXPECT_EQ(pvOut, nullptr) << "nothing handed over on failure";
-    }
-    if (pvOut != nullptr) {
-        r.bOutput = true;
-        r.stOut = bt::TakeOutput(pvOut);
-        EXPECT_EQ(r.stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-        EXPECT_EQ(r.stOut.stHdr.ucAttrType, 23u);
-        EXPECT_EQ(r.stOut.stHdr.ucAttrFlag, 0u);
-    }
-    r.vecInputAfter.assign(pucBuf.get(), pucBuf.get() + n);
-    if (bCheckIdempotent && r.bOutput) {
-        ExpectIdempotent(pstInst, r.stOut.Attr());
-    }
-    return r;
-}
-
-/* Calls the setter through the procedure table on a route holding vecHeld;
- * vecOut receives the attribute handed over (empty when none). */
-inline uint32_t SetAsHost(const BOL_PROC_TBL_S &stTbl, BOL_SRPOLICY_INSTANCE_S *pstInst, const Bytes &vecHeld,
-                          uint32_t ulFlags, Bytes &vecOut)
-{
-    bt::Route rt;
-    rt.SetAttr(vecHeld);
-    void *pvOut = nullptr;
-    uint32_t ulRet = stTbl.pfnSetAttr(&rt.stRt, BOL_SRPOLICY_PATTR_TNL_ENCAP, ulFlags, &pvOut, pstInst);
-    vecOut.clear();
-    if (pvOut != nullptr) {
-        bt::Output o = bt::TakeOutput(pvOut);
-        EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
-        EXPECT_EQ(o.stHdr.ucAttrType, 23u);
-        vecOut = o.Attr();
-    }
-    EXPECT_EQ(ulRet == BOL_OK, pvOut != nullptr);
-    return ulRet;
 }
 
 /* A decoded record, released when it goes out of scope. */
@@ -200,36 +135,19 @@ inline std::string Str(const uint8_t *puc, uint16_t usLen)
     return puc == nullptr ? std::string() : std::string(reinterpret_cast<const char *>(puc), usLen);
 }
 
+/* A seed of a fuzz target (fuzz/corpus/<target>/<name>) without its control
+ * byte: the inputs the unit tests and the fuzz targets share. */
+inline Bytes Seed(const std::string &strTargetAndName)
+{
+    std::ifstream in(std::string(BOL_FUZZ_CORPUS_DIR) + "/" + strTargetAndName, std::ios::binary);
+    Bytes vecSeed((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_FALSE(vecSeed.empty()) << "no seed " << strTargetAndName;
+    return vecSeed.empty() ? vecSeed : Bytes(vecSeed.begin() + 1, vecSeed.end());
+}
+
 /* A realistic attribute: preference, MPLS binding SID, two segment lists of
  * five label segments with a weight each, candidate-path and policy names. */
-inline Bytes RealisticAttr()
-{
-    auto SegList = [](uint32_t ulFirstLabel, uint8_t ucWeight) {
-        Bytes v(1u + 5u * 8u + 8u, 0x00); /* reserved, five label segments, weight */
-        size_t ulAt = 1;
-        for (uint32_t i = 0; i < 5; i++) {
-            uint32_t ulField = (ulFirstLabel + i) << 12;
-            for (uint8_t ucByte : {uint8_t{0x01}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00},
-                                   static_cast<uint8_t>(ulField >> 24), static_cast<uint8_t>(ulField >> 16),
-                                   static_cast<uint8_t>(ulField >> 8), static_cast<uint8_t>(ulField)}) {
-                v[ulAt++] = ucByte;
-            }
-        }
-        for (uint8_t ucByte : {uint8_t{0x09}, uint8_t{0x06}, uint8_t{0x00}, uint8_t{0x00}, uint8_t{0x00},
-                               uint8_t{0x00}, uint8_t{0x00}, ucWeight}) {
-            v[ulAt++] = ucByte;
-        }
-        return Sub(128, v);
-    };
-    return Tunnel(Cat({
-        Sub(12, bt::Hex("00 00 00 00 00 64")),   /* preference 100 */
-        Sub(13, bt::Hex("00 00 00 3E 80 00")),   /* MPLS binding SID, label 1000 */
-        SegList(16001, 1),
-        SegList(16101, 2),
-        Sub(129, bt::Hex("00 63 70 31")),         /* candidate path "cp1" */
-        Sub(130, bt::Hex("00 70 6F 6C 31")),      /* policy "pol1" */
-    }));
-}
+inline Bytes RealisticAttr() { return Seed("fuzz_attr/realistic"); }
 
 inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
 {

@@ -3,6 +3,7 @@
  * sub-TLV walk, the normalised copy handed to the host, and the record.
  */
 #include <gtest/gtest.h>
+#include <string.h>
 
 #include "attr_test_util.h"
 #include "bol_srpolicy.h"
@@ -94,10 +95,11 @@ TEST_F(AttrDecode, TunnelAndSubTlvFraming)
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
-        at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, Hex(row.pcIn));
+        fz::Decode r = fz::DecodeAttr(fz::Host{m_stTbl, m_pstInst}, Hex(row.pcIn));
         EXPECT_EQ(r.ulRet, row.ulWant);
         if (row.ulWant == BOL_OK) {
-            EXPECT_EQ(bt::ToHex(r.stOut.Attr()), bt::ToHex(Hex(row.pcOut)));
+            EXPECT_EQ(bt::ToHex(r.vecCopy), bt::ToHex(Hex(row.pcOut)));
+            at::ExpectIdempotent(m_pstInst, r.vecCopy);
         }
         EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
     }
@@ -246,6 +248,48 @@ TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
     EXPECT_EQ(tp::AllocCalls(), 0u);
 }
 
+/* The exported copy helpers write the copy the way the walk does: the
+ * header as received, a sub-TLV with its slice-id position noted at its type
+ * byte, a name with reserved byte 0 and its length field rewritten in the
+ * wire's width, and the tunnel length fixed at the end. */
+TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
+{
+    const Bytes vecHdr = Hex("00 0F 01 23");
+    Bytes vecCopy(40, 0x00);
+    BOL_SRPOLICY_TNLENCAP_ATTR_S stAttr;
+    memset(&stAttr, 0, sizeof(stAttr));
+    stAttr.pucRealPrivAttr = vecCopy.data();
+    uint8_t *pucPos = vecCopy.data();
+    BOL_SRPOLICY_CopyAttrLenAndType(&pucPos, &stAttr, vecHdr.data(), 99u, m_pstInst);
+    EXPECT_EQ(stAttr.usRecvAttrLen, 99u);
+    EXPECT_EQ(stAttr.pstInst, m_pstInst);
+
+    uint8_t *pucPriv = nullptr;
+    uint8_t *pucStd = nullptr;
+    const Bytes vecSlice = Hex("00 00 00 00 00 07");
+    stAttr.ucSubTlvLenWidth = 1u;
+    BOL_SRPOLICY_SetRealPrivateAttr(&pucPos, &stAttr, 126u, 6u, vecSlice.data(), &pucPriv, &pucStd);
+    EXPECT_EQ(pucPriv, vecCopy.data() + 4);
+    EXPECT_EQ(pucStd, nullptr);
+    BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 123u, &pucPriv, &pucStd);
+    EXPECT_EQ(pucStd, pucPos - 2) << "a standard slice id whose value starts at the position";
+
+    uint8_t aucName[] = {'a', 'b', 'c'};
+    stAttr.pucPolicyName = aucName;
+    stAttr.usPolicyNameLen = 3u;
+    stAttr.ucSubTlvLenWidth = 2u;
+    BOL_SRPOLICY_SetRealPrivateAttr(&pucPos, &stAttr, 130u, 9u, vecSlice.data(), &pucPriv, &pucStd);
+    /* A candidate path name in the 1-byte length form, type byte written by hand. */
+    *pucPos++ = 129u;
+    uint8_t *pucLenField = pucPos++;
+    BOL_SRPOLICY_SetRealPrivateAttrName(&pucPos, aucName, 2u, pucLenField, 1u);
+    BOL_SRPOLICY_UpdateRealPrivateAttrLen(&pucPos, &stAttr);
+    EXPECT_EQ(stAttr.usRealPrivAttrLen, 4u + 8u + 7u + 5u);
+    EXPECT_EQ(bt::ToHex(vecCopy.data(), stAttr.usRealPrivAttrLen),
+              bt::ToHex(Hex("00 0F 00 14 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 03 00 61 62")));
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
 /* The record's lists release in any state: empty, filled, or with nodes of
  * a sub-TLV that was refused after its node was linked. */
 TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
@@ -264,8 +308,7 @@ TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
     /* Two SRv6 binding SIDs, the second refused (B-flag at length 18). */
     Bytes vecBad = at::Cat({Hex("20 00"), Bytes(16, 0x01)}); /* flags 20, reserved, SID */
     Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, vecBad)}));
-    at::HostDecode r = at::DecodeAsHost(m_stTbl, m_pstInst, vecIn);
-    EXPECT_EQ(r.ulRet, BOL_ERR_SUBTLV_INVALID);
+    EXPECT_EQ(fz::DecodeAttr(fz::Host{m_stTbl, m_pstInst}, vecIn).ulRet, BOL_ERR_SUBTLV_INVALID);
     EXPECT_EQ(tp::LiveBlocksAll(), 1u);
     EXPECT_EQ(ReportCount(), 0u);
 }

@@ -9,6 +9,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 using bt::Bytes;
 using bt::Hex;
@@ -30,10 +31,12 @@ TEST_F(AttrMsg, WritersCopyTheStoredValueWhenItFits)
         uint32_t ulRoom;
         uint32_t ulRet;
         size_t ulWritten;
+        bool bFailCopy; /* the copy fails: reported, its bytes cleared */
     } const astRows[] = {
-        {"room equal to the attribute", 12, 12, BOL_OK, 12},
-        {"one byte short", 12, 11, BOL_SRPOLICY_ERR_BUF_SHORT, 0},
-        {"only the low 16 bits of the length count", 0x10004u, 12, BOL_OK, 4},
+        {"room equal to the attribute", 12, 12, BOL_OK, 12, false},
+        {"one byte short", 12, 11, BOL_SRPOLICY_ERR_BUF_SHORT, 0, false},
+        {"only the low 16 bits of the length count", 0x10004u, 12, BOL_OK, 4, false},
+        {"a failing copy", 12, 12, BOL_OK, 12, true},
     };
     for (uint32_t ulType : {BOL_SRPOLICY_PATTR_TNL_ENCAP, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP}) {
         for (const Row &stRow : astRows) {
@@ -44,15 +47,19 @@ TEST_F(AttrMsg, WritersCopyTheStoredValueWhenItFits)
             Bytes vecBuf(16, 0xEEu);
             uint8_t *pucCur = vecBuf.data();
             auto pfn = ulType == BOL_SRPOLICY_PATTR_TNL_ENCAP ? m_stTbl.pfnFormatPkt : m_stTbl.pfnFormatAttrMsg;
+            tp::Reset();
+            tp::FailMemcpyS(stRow.bFailCopy);
             EXPECT_EQ(pfn(&stRoute.stRt, ulType, &pucCur, stRow.ulRoom, m_pstInst), stRow.ulRet);
+            tp::FailMemcpyS(false);
             EXPECT_EQ(pucCur, vecBuf.data() + stRow.ulWritten);
-            Bytes vecWant = Hex(kAttrHex);
+            EXPECT_EQ(tp::TextReportCount("retCode:22"), stRow.bFailCopy ? 1u : 0u);
+            EXPECT_EQ(ReportCount(), stRow.bFailCopy ? 1u : 0u);
+            Bytes vecWant = stRow.bFailCopy ? Bytes(12, 0u) : Hex(kAttrHex);
             vecWant.resize(stRow.ulWritten);
             vecWant.resize(vecBuf.size(), 0xEEu);
             EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
         }
     }
-    EXPECT_EQ(ReportCount(), 0u);
 }
 
 /* The reader hands any bytes on as attribute 23 with flags 0, also ones
@@ -84,11 +91,11 @@ TEST_F(AttrMsg, ReaderHandsTheBytesOnAsAttribute23)
             EXPECT_EQ(pvOut, nullptr);
             continue;
         }
-        bt::Output stOut = bt::TakeOutput(pvOut);
+        fz::Output stOut = fz::TakeOutput(pvOut);
         EXPECT_EQ(stOut.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_ATTR);
         EXPECT_EQ(stOut.stHdr.ucAttrType, BOL_SRPOLICY_PATTR_TNL_ENCAP);
         EXPECT_EQ(stOut.stHdr.ucAttrFlag, 0u);
-        EXPECT_EQ(bt::ToHex(stOut.Attr()), bt::ToHex(Hex(stRow.pcAttr)));
+        EXPECT_EQ(bt::ToHex(stOut.vecAttr), bt::ToHex(Hex(stRow.pcAttr)));
     }
     EXPECT_EQ(ReportCount(), 0u);
 }

@@ -18,7 +18,7 @@ class AttrSet : public bt::PluginTest {
 protected:
     uint32_t Set(const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut)
     {
-        return at::SetAsHost(m_stTbl, m_pstInst, vecHeld, ulFlags, vecOut);
+        return fz::SetAttr(fz::Host{m_stTbl, m_pstInst}, vecHeld, ulFlags, vecOut);
     }
 };
 

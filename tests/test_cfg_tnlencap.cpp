@@ -51,11 +51,11 @@ protected:
                                                m_pstInst);
         vecAttr.clear();
         if (ulRet == BOL_OK) {
-            bt::Output stOut = bt::TakeOutput(pvOut);
-            EXPECT_FALSE(stOut.HasKey());
+            fz::Output stOut = fz::TakeOutput(pvOut);
+            EXPECT_TRUE(stOut.vecKey.empty());
             EXPECT_EQ(stOut.stHdr.ucAttrType, BOL_SRPOLICY_PATTR_TNL_ENCAP);
             EXPECT_EQ(stOut.stHdr.ucAttrFlag, 0u);
-            vecAttr = stOut.Attr();
+            vecAttr = stOut.vecAttr;
         } else {
             EXPECT_EQ(pvOut, nullptr);
         }
@@ -177,6 +177,27 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
+/* A configured label by its 1-based index (1 to 16) and an SRv6 SID by its
+ * 0-based one (0 to 15); any other index is reported and reads nothing. */
+TEST_F(CfgTnlEncap, SegmentValueByIndex)
+{
+    Cfg stCfg;
+    BOL_SRPOLICY_CFG_SEGLIST_S &stSl = stCfg.AddSegList();
+    for (uint32_t i = 0; i < 64u; i++) {
+        stSl.aulSegValue[i] = 100u + i;
+    }
+    for (uint32_t ulIndex : {0u, 1u, 16u, 17u}) {
+        SCOPED_TRACE(ulIndex);
+        tp::Reset();
+        const bool bIn = ulIndex >= 1u && ulIndex <= 16u;
+        EXPECT_EQ(BOL_SRPOLICY_GetSrpType1SegmentValue(&stSl, ulIndex), bIn ? 99u + ulIndex : 0u);
+        /* The SRv6 SID of a 0-based index: four words each. */
+        const uint32_t *pulSid = BOL_SRPOLICY_GetSrpType2SegmentValue(&stSl, ulIndex - 1u);
+        EXPECT_EQ(pulSid, bIn ? &stSl.aulSegValue[4u * (ulIndex - 1u)] : nullptr);
+        EXPECT_EQ(ReportCount(), bIn ? 0u : 2u);
+    }
+}
+
 /* ---- Refusals and failures ------------------------------------------------- */
 
 /* Refusals come before any allocation, with one report: a record of another
@@ -234,7 +255,7 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
                       m_pstInst),
                   stRow.ulRet);
         if (stRow.ulRet == BOL_OK) {
-            Bytes vecAttr = bt::TakeOutput(pvOut).Attr();
+            Bytes vecAttr = fz::TakeOutput(pvOut).vecAttr;
             EXPECT_EQ(vecAttr.size(), stRow.usSize);
             EXPECT_EQ(((vecAttr[2] << 8) | vecAttr[3]) + 4u, vecAttr.size()) << "tunnel length";
             EXPECT_EQ(ReportCount(), 0u);

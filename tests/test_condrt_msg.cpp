@@ -226,14 +226,15 @@ TEST_F(CondRtMsg, FailedCopyClearsOnlyItsItem)
         const char *pcAttrHex;
         const char *pcMsgHex;
         const char *pcReport;
+        size_t ulReports; /* every failed copy: the decode's and the message's own */
     } const astRows[] = {
         {"segment list entry", "00 0F 00 0C | 80 00 09 00 01 06 00 00 00 06 40 00",
          /* type 4, 0, length 12 | L 9, reserved, 9 cleared bytes */
-         "00 00 00 04 00 00 00 0C | 00 09 EE | 00 00 00 00 00 00 00 00 00", "retCode:22"},
+         "00 00 00 04 00 00 00 0C | 00 09 EE | 00 00 00 00 00 00 00 00 00", "retCode:22", 3},
         {"candidate path name", "00 0F 00 07 | 81 00 04 00 61 62 63",
-         /* type 9, 0, length 3, 3 cleared bytes */ "00 00 00 09 00 00 00 03 | 00 00 00", "secRetCode:22"},
+         /* type 9, 0, length 3, 3 cleared bytes */ "00 00 00 09 00 00 00 03 | 00 00 00", "secRetCode:22", 3},
         {"policy name", "00 0F 00 08 | 82 00 05 00 61 62 63 64",
-         /* type 10, 0, length 4, 4 cleared bytes */ "00 00 00 0A 00 00 00 04 | 00 00 00 00", "secRetCode:22"},
+         /* type 10, 0, length 4, 4 cleared bytes */ "00 00 00 0A 00 00 00 04 | 00 00 00 00", "secRetCode:22", 3},
     };
     for (const Row &stRow : astRows) {
         SCOPED_TRACE(stRow.pcName);
@@ -252,6 +253,10 @@ TEST_F(CondRtMsg, FailedCopyClearsOnlyItsItem)
         vecWant.resize(vecBuf.size(), kFill);
         EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
         EXPECT_GE(tp::TextReportCount(stRow.pcReport), 1u);
+        EXPECT_EQ(tp::Reports().size(), stRow.ulReports);
+        for (const tp::Report &stRep : tp::Reports()) {
+            EXPECT_TRUE(stRep.strText == "retCode:22" || stRep.strText == "secRetCode:22") << stRep.strText;
+        }
         EXPECT_EQ(tp::LiveBlocks(bt::kModule), 1u);
     }
 }

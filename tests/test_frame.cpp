@@ -8,6 +8,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 using bt::Bytes;
 using bt::kCanary;
@@ -413,7 +414,7 @@ TEST_F(OutputRecord, KeyOnlyAttrOnlyAndBoth)
         void *pvOut = nullptr;
         ASSERT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, kModule), BOL_OK);
         ASSERT_EQ(tp::LiveBytes(kModule), sizeof(BOL_SRPOLICY_INSTANCE_S) + c.ulLen);
-        bt::Output o = bt::TakeOutput(pvOut);
+        fz::Output o = fz::TakeOutput(pvOut);
         EXPECT_EQ(o.stHdr.ulOutFlags, c.ulFlags);
         EXPECT_EQ(o.stHdr.usKeyOffset, c.usKeyOff);
         EXPECT_EQ(o.stHdr.usKeyLen, c.bKey ? 28 : 0);
@@ -428,7 +429,7 @@ TEST_F(OutputRecord, KeyOnlyAttrOnlyAndBoth)
             EXPECT_EQ(memcmp(o.vecBlock.data() + 32, &stKey, 28), 0);
         }
         if (c.bAttr) {
-            EXPECT_EQ(o.Attr(), vecAttr);
+            EXPECT_EQ(o.vecAttr, vecAttr);
         }
     }
     EXPECT_EQ(ReportCount(), 0u);

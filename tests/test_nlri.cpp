@@ -8,6 +8,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 namespace {
 
@@ -59,7 +60,7 @@ TEST_F(Nlri, DecodeOne)
                 continue;
             }
             EXPECT_EQ(ulMore, c.ulMore);
-            bt::Output o = bt::TakeOutput(pvOut);
+            fz::Output o = fz::TakeOutput(pvOut);
             EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_KEY);
             EXPECT_EQ(o.vecBlock.size(), 60u);
             BOL_SRPOLICY_NLRI_S stGot = o.Key();
@@ -82,22 +83,6 @@ TEST_F(Nlri, RefusedArguments)
     EXPECT_EQ(ReportCount(), 2u);
     EXPECT_EQ(pucCur, vecIn.data());
     EXPECT_EQ(pvOut, kUntouched);
-}
-
-TEST_F(Nlri, OutputFailureStillMovesPastLengthByte)
-{
-    bt::Bytes vecIn = bt::Hex("60 00000001 00000064 0A000001 · 60");  // one NLRI and one more byte
-    uint8_t *pucCur = vecIn.data();
-    void *pvOut = kUntouched;
-    uint32_t ulMore = 77;
-    tp::FailNthAlloc(1);
-    EXPECT_EQ(m_stTbl.pfnParsePkt(&pucCur, 14, &g_iCtx, 14, &pvOut, &ulMore, m_pstInst), BOL_ERR_MALLOC);
-    EXPECT_EQ(pucCur, vecIn.data() + 1);
-    EXPECT_EQ(ulMore, 1u);
-    EXPECT_EQ(pvOut, kUntouched);
-    /* The output service reports the failure under its own module. */
-    ASSERT_EQ(ReportCount(), 1u);
-    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy");
 }
 
 /* Without a key and without a buffer the two types answer differently. */

@@ -32,6 +32,8 @@ TEST_F(RouteCheck, ValidityByEndpoint)
         {"223.255.255.255", V4(0xDFFFFFFFu), 1}, {"240.0.0.1", V4(0xF0000001u), 1},
         {"255.255.255.255", V4(0xFFFFFFFFu), 1}, {"10.0.0.1", V4(0x0A000001u), 1},
         {"::", bt::KeyV6(1, 2, 0, 0, 0, 0), 0}, {"::1", bt::KeyV6(1, 2, 0, 0, 0, 1), 1},
+        {"2001:db8::", bt::KeyV6(1, 2, 0x20010DB8u, 0, 0, 0), 1}, {"0:0:0:1::", bt::KeyV6(1, 2, 0, 1, 0, 0), 1},
+        {"::1:0:0", bt::KeyV6(1, 2, 0, 0, 1, 0), 1},
         {"ff02::1", bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 1}, {"other NLRI length: IPv6 ::", stOdd, 0},
         {"key length 0", V4(3), 77, 2, 0, BOL_SRPOLICY_ERR}, {"key length 27", V4(3), 77, 2, 27, BOL_SRPOLICY_ERR},
         {"key length 29", V4(3), 77, 2, 29, BOL_SRPOLICY_ERR},

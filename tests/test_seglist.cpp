@@ -3,6 +3,9 @@
  */
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "attr_test_util.h"
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
@@ -106,6 +109,25 @@ TEST_F(SegList, ValidationAndClearing)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
+/* Rows 1 to 8 of the check table accept exactly their segment type's
+ * lengths, out of every length a 1-byte length field can give. */
+TEST_F(SegList, CheckTableAcceptsExactlyEachTypesLengths)
+{
+    const std::vector<std::vector<uint32_t>> vecLens = {
+        {}, {6}, {18}, {6, 10}, {18, 22}, {10, 14}, {10, 14}, {22, 26, 42, 46}, {34, 38}};
+    uint8_t aucSeg[255] = {0};
+    for (uint32_t ulType = 1; ulType <= 8u; ulType++) {
+        const auto pfnCheck = g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[ulType].unHandler.pfnSegCheck;
+        ASSERT_NE(pfnCheck, nullptr);
+        for (uint32_t ulLen = 0; ulLen < sizeof(aucSeg); ulLen++) {
+            const bool bAccepted =
+                std::find(vecLens[ulType].begin(), vecLens[ulType].end(), ulLen) != vecLens[ulType].end();
+            ASSERT_EQ(pfnCheck(aucSeg, aucSeg + ulLen, ulLen, ulType), bAccepted ? BOL_OK : BOL_ERR_SUBTLV_INVALID)
+                << "type " << ulType << ", length " << ulLen;
+        }
+    }
+}
+
 TEST_F(SegList, NullPointersAreReported)
 {
     uint8_t aucSeg[8] = {0};
@@ -116,6 +138,9 @@ TEST_F(SegList, NullPointersAreReported)
     EXPECT_EQ(BOL_SRPOLICY_CheckSegmenWeightVaild(nullptr, aucSeg, 6, &ulSeen), BOL_ERR_PARAM);
     BOL_SRPOLICY_SetSegmentSubTlvNoDefFeild2Zero(nullptr, 8);
     ASSERT_EQ(ReportCount(), 5u);
+    /* The SID encoding check, which no list uses, takes exactly 6 bytes. */
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 6, 6, 0), BOL_OK);
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 7, 7, 0), BOL_ERR_SUBTLV_INVALID);
     for (const tp::Report &rep : tp::Reports()) {
         EXPECT_EQ(rep.strModule, "bol_srpolicy");
     }

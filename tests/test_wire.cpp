@@ -21,6 +21,41 @@ namespace {
 
 const uint8_t kFill = 0xEEu;
 
+/* A range lies inside a view when it starts at or before the end and its
+ * count fits what is left; no sum wraps around. */
+TEST(View, HasOnlyRangesInside)
+{
+    uint8_t auc[4] = {};
+    const bol::View stView = bol::MakeView(auc, 4u);
+    struct Row {
+        uint32_t ulOff;
+        uint32_t ulCount;
+        bool bHas;
+    } const astRows[] = {{0, 4, true}, {4, 0, true}, {3, 1, true},        {3, 2, false},
+                         {5, 0, false}, {1, 0xFFFFFFFFu, false}, {0xFFFFFFFFu, 2, false}};
+    for (const Row &stRow : astRows) {
+        EXPECT_EQ(bol::ViewHas(stView, stRow.ulOff, stRow.ulCount), stRow.bHas) << stRow.ulOff << "+" << stRow.ulCount;
+    }
+}
+
+/* A writer up to an end pointer has the room between them, and none when
+ * either is null or the end lies before the start; a writer without a
+ * buffer has no room whatever room it is given. */
+TEST(Writer, RoomUpToAnEnd)
+{
+    uint8_t auc[8] = {};
+    struct Row {
+        uint8_t *puc;
+        const uint8_t *pucEnd;
+        uint32_t ulRoom;
+    } const astRows[] = {{auc, auc + 8, 8}, {auc + 3, auc + 8, 5}, {auc, auc, 0},
+                         {auc + 8, auc, 0}, {nullptr, auc + 8, 0}, {auc, nullptr, 0}};
+    for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
+        EXPECT_EQ(bol::MakeWriterTo(astRows[i].puc, astRows[i].pucEnd).ulRoom, astRows[i].ulRoom) << "row " << i;
+    }
+    EXPECT_EQ(bol::MakeWriter(nullptr, 8u).ulRoom, 0u);
+}
+
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
 {
     static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
@@ -128,6 +163,40 @@ TEST(Writer, EndCheckReportsWhatTheSizesGotWrong)
         }
     }
     tp::Reset();
+}
+
+/* A TLV header (type, 2-byte length): read when its three bytes are there,
+ * refused when they are not or the value runs past the bytes given. */
+TEST(TlvHeader, TypeLengthAndFit)
+{
+    struct Row {
+        const char *pcName;
+        const char *pcHex;
+        uint32_t ulRet;
+        uint8_t ucType;
+        uint16_t usLen; /* 0xEE.. when not read */
+    } const astRows[] = {
+        {"header alone, length 0", "07 00 00", BOL_OK, 7, 0},
+        {"value fits exactly", "07 00 02 AA BB", BOL_OK, 7, 2},
+        {"value one byte past the end", "07 00 03 AA BB", BOL_ERR_TLV_LEN, 7, 3},
+        {"two bytes", "07 00", BOL_ERR_TLV_LEN, 0xEE, 0xEEEE},
+    };
+    for (const Row &stRow : astRows) {
+        SCOPED_TRACE(stRow.pcName);
+        const Bytes vecTlv = Hex(stRow.pcHex);
+        uint8_t ucType = 0xEE;
+        uint16_t usLen = 0xEEEE;
+        EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(vecTlv.data(), static_cast<uint32_t>(vecTlv.size()), &ucType, &usLen),
+                  stRow.ulRet);
+        EXPECT_EQ(ucType, stRow.ucType);
+        EXPECT_EQ(usLen, stRow.usLen);
+    }
+    uint8_t ucType = 0;
+    uint16_t usLen = 0;
+    const uint8_t aucTlv[3] = {1, 0, 0};
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(nullptr, 3, &ucType, &usLen), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, nullptr, &usLen), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, &ucType, nullptr), BOL_ERR_PARAM);
 }
 
 }  // namespace

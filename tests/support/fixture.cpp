@@ -2,7 +2,6 @@
 
 #include <stdio.h>
 
-#include "bol_platform.h"
 
 namespace bt {
 
@@ -84,41 +83,6 @@ BOL_SRPOLICY_NLRI_S KeyV6(uint32_t ulDist, uint32_t ulColor, uint32_t ul0, uint3
     st.aulEndpoint[2] = ul2;
     st.aulEndpoint[3] = ul3;
     return st;
-}
-
-BOL_SRPOLICY_NLRI_S Output::Key() const
-{
-    BOL_SRPOLICY_NLRI_S st;
-    memset(&st, 0, sizeof(st));
-    if (HasKey() && stHdr.usKeyOffset + sizeof(st) <= vecBlock.size()) {
-        memcpy(&st, vecBlock.data() + stHdr.usKeyOffset, sizeof(st));
-    }
-    return st;
-}
-
-Bytes Output::Attr() const
-{
-    if (!HasAttr() || static_cast<size_t>(stHdr.usAttrOffset) + stHdr.usAttrLen > vecBlock.size()) {
-        return Bytes();
-    }
-    return Bytes(vecBlock.begin() + stHdr.usAttrOffset, vecBlock.begin() + stHdr.usAttrOffset + stHdr.usAttrLen);
-}
-
-Output TakeOutput(void *pvOut)
-{
-    Output o;
-    memset(&o.stHdr, 0, sizeof(o.stHdr));
-    if (pvOut == nullptr) {
-        ADD_FAILURE() << "no output block";
-        return o;
-    }
-    memcpy(&o.stHdr, pvOut, sizeof(o.stHdr));
-    size_t ulLen = BOL_PARSE_OUTPUT_HDR_LEN + (o.HasKey() ? o.stHdr.usKeyLen : 0u) +
-                   (o.HasAttr() ? o.stHdr.usAttrLen : 0u);
-    EXPECT_GE(tp::LiveBytes(kModule), ulLen);
-    o.vecBlock.assign(static_cast<uint8_t *>(pvOut), static_cast<uint8_t *>(pvOut) + ulLen);
-    (void)ZUN_Free_F(pvOut, "host", 0);
-    return o;
 }
 
 }  // namespace bt

@@ -49,20 +49,6 @@ using th::Route;
 BOL_SRPOLICY_NLRI_S KeyV4(uint32_t ulDist, uint32_t ulColor, uint32_t ulAddr);
 BOL_SRPOLICY_NLRI_S KeyV6(uint32_t ulDist, uint32_t ulColor, uint32_t ul0, uint32_t ul1, uint32_t ul2, uint32_t ul3);
 
-/* An output block handed to the host: its header fields, key and attribute. */
-struct Output {
-    BOL_PARSE_OUTPUT_S stHdr;
-    Bytes vecBlock;
-    bool HasKey() const { return (stHdr.ulOutFlags & BOL_OUTPUT_FLAG_KEY) != 0u; }
-    bool HasAttr() const { return (stHdr.ulOutFlags & BOL_OUTPUT_FLAG_ATTR) != 0u; }
-    BOL_SRPOLICY_NLRI_S Key() const;
-    Bytes Attr() const;
-};
-
-/* Copies the block at pvOut (32 + key + attribute bytes, from its header)
- * and releases it as the host does. */
-Output TakeOutput(void *pvOut);
-
 }  // namespace bt
 
 #endif
