@@ -626,12 +626,16 @@ inline bool WriterDone(const Writer &stWr, bool bFilled, const char *pcModule, u
  * written, when it does not fit. Defined in bol_srpolicy_format.cpp. */
 bool PutRtKeyMsg(Writer &stWr, const BOL_SRPOLICY_NLRI_S &stKey);
 
-/* An output block of ulTotal bytes from the module, zeroed: what
- * BOL_SRPOLICY_OutputData allocates and fills before it copies the sections.
- * Null, after a report, when the allocation fails. Reports and allocation tag
- * name the output service's module. */
-inline void *NewOutputBlock(uint32_t ulTotal, uint32_t ulMemModuleId)
+/* An output block from the module holding usLen body bytes after its
+ * header: allocated, zeroed and the body copied, as BOL_SRPOLICY_OutputData
+ * builds it; the caller sets the header's flags and the body's place. Null,
+ * after a report, when the allocation fails. Inline so that the decoders, the
+ * NLRI decoder above all, which hands over one key per NLRI of a full table,
+ * build the block without a call; its reports and its allocation tag name the
+ * output service's module whoever inlines it. */
+inline BOL_PARSE_OUTPUT_S *NewOutputBlock(const void *pvBody, uint16_t usLen, uint32_t ulMemModuleId)
 {
+    const uint32_t ulTotal = BOL_PARSE_OUTPUT_HDR_LEN + usLen;
     void *pvBlock = ZUN_SimpleAlloc_F(ulMemModuleId, ulTotal, BOL_MOD_SRPOLICY, (uint32_t)__LINE__);
     if (pvBlock == nullptr) {
         ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, ulTotal);
@@ -641,36 +645,30 @@ inline void *NewOutputBlock(uint32_t ulTotal, uint32_t ulMemModuleId)
     if (iRet != 0) {
         ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
     }
-    return pvBlock;
+    iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, usLen, pvBody, usLen);
+    if (iRet != 0) {
+        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
+    }
+    return static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
 }
 
 /* The output block of a key alone, which BOL_SRPOLICY_OutputData builds for a
- * descriptor that holds a 28-byte key and no attribute: allocated from the
- * module and zeroed, flags 0x2, key offset 32, key length 28, the key copied,
- * stored in *ppvOut. Inline so that the key decoders, the NLRI decoder above
- * all, which hands over one key per NLRI of a full table, build the block
- * without a call; its reports and its allocation tag name the output
- * service's module whoever inlines it. */
+ * descriptor that holds a 28-byte key and no attribute: flags 0x2, key offset
+ * 32, key length 28, stored in *ppvOut. */
 inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey, uint32_t ulMemModuleId)
 {
     if (ulMemModuleId == 0u) {
         ZUN_Assert(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, 0u);
         return BOL_ERR_PARAM;
     }
-    void *pvBlock = NewOutputBlock(BOL_PARSE_OUTPUT_HDR_LEN + BOL_SRPOLICY_NLRI_KEY_LEN, ulMemModuleId);
-    if (pvBlock == nullptr) {
+    BOL_PARSE_OUTPUT_S *pstOut = NewOutputBlock(pstKey, BOL_SRPOLICY_NLRI_KEY_LEN, ulMemModuleId);
+    if (pstOut == nullptr) {
         return BOL_ERR_MALLOC;
     }
-    BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
     pstOut->ulOutFlags = BOL_OUTPUT_FLAG_KEY;
     pstOut->usKeyOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
     pstOut->usKeyLen = static_cast<uint16_t>(BOL_SRPOLICY_NLRI_KEY_LEN);
-    int iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, BOL_SRPOLICY_NLRI_KEY_LEN, pstKey,
-                    BOL_SRPOLICY_NLRI_KEY_LEN);
-    if (iRet != 0) {
-        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
-    }
-    *ppvOut = pvBlock;
+    *ppvOut = pstOut;
     return BOL_OK;
 }
 
@@ -678,9 +676,7 @@ inline uint32_t OutputKeyBlock(void **ppvOut, const BOL_SRPOLICY_NLRI_S *pstKey,
  * attribute flags 0, attribute type 23, the bytes copied. This is the block
  * BOL_SRPOLICY_OutputData builds for such a descriptor (nothing handed over,
  * without a report, when there are no bytes), built without the descriptor
- * and the call (its callers have checked ppvOut and pucAttr). Its reports
- * and its allocation tag name the output service's module whoever inlines
- * it. */
+ * and the call (its callers have checked ppvOut and pucAttr). */
 inline uint32_t OutputAttribute(void **ppvOut, const uint8_t *pucAttr, uint16_t usLen,
                                 const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
@@ -691,20 +687,15 @@ inline uint32_t OutputAttribute(void **ppvOut, const uint8_t *pucAttr, uint16_t 
     if (usLen == 0u) {
         return BOL_ERR_PARAM;
     }
-    void *pvBlock = NewOutputBlock(BOL_PARSE_OUTPUT_HDR_LEN + usLen, pstInst->ulMemModuleId);
-    if (pvBlock == nullptr) {
+    BOL_PARSE_OUTPUT_S *pstOut = NewOutputBlock(pucAttr, usLen, pstInst->ulMemModuleId);
+    if (pstOut == nullptr) {
         return BOL_ERR_MALLOC;
     }
-    BOL_PARSE_OUTPUT_S *pstOut = static_cast<BOL_PARSE_OUTPUT_S *>(pvBlock);
     pstOut->ulOutFlags = BOL_OUTPUT_FLAG_ATTR;
     pstOut->ucAttrType = static_cast<uint8_t>(BOL_SRPOLICY_PATTR_TNL_ENCAP);
     pstOut->usAttrOffset = static_cast<uint16_t>(BOL_PARSE_OUTPUT_HDR_LEN);
     pstOut->usAttrLen = usLen;
-    int iRet = memcpy_s(static_cast<uint8_t *>(pvBlock) + BOL_PARSE_OUTPUT_HDR_LEN, usLen, pucAttr, usLen);
-    if (iRet != 0) {
-        ReportCode(BOL_MOD_SRPOLICY, (uint32_t)__LINE__, "retCode:%d", iRet);
-    }
-    *ppvOut = pvBlock;
+    *ppvOut = pstOut;
     return BOL_OK;
 }
 
