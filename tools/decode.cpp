@@ -24,13 +24,8 @@ namespace {
 /* Inputs larger than this show a progress line when stderr is a terminal. */
 const uint64_t kProgressMin = 4u << 20;
 
-struct Counters {
+struct Counters : RouteCounts {
     uint64_t ullMessages = 0;
-    uint64_t ullUpdates = 0;
-    uint64_t ullRoutes = 0;
-    uint64_t ullWithdrawals = 0;
-    uint64_t ullSkipped = 0;
-    uint64_t ullFailed = 0;
 };
 
 /* Receives what the readers frame and takes it down the road: walker,
@@ -152,12 +147,7 @@ public:
     Counters Count() const
     {
         Counters st = m_stCount;
-        const bmp::MonitorCounts &stBmp = m_monitor.Count();
-        st.ullUpdates += stBmp.ullUpdates;
-        st.ullRoutes += stBmp.ullRoutes;
-        st.ullWithdrawals += stBmp.ullWithdrawals;
-        st.ullSkipped += stBmp.ullSkipped;
-        st.ullFailed += stBmp.ullFailed;
+        st += m_monitor.Count();
         return st;
     }
     /* The table the inputs left (--rib). */
@@ -175,10 +165,6 @@ private:
     void Finish()
     {
         m_describer.Describe(m_stWalk, m_stUpdate);
-        m_stCount.ullRoutes += m_stUpdate.vecRoutes.size();
-        for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
-            m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
-        }
         if (m_bRib) {
             /* A capture tells its senders apart by their TCP flow; a stream of
              * messages has one sender, whichever file holds its part. */
@@ -195,8 +181,7 @@ private:
 
     void Print()
     {
-        m_stCount.ullSkipped += m_stUpdate.ulSkipped;
-        m_stCount.ullFailed += m_stUpdate.Failures();
+        m_stCount.Add(m_stUpdate);
         for (const Problem &st : m_stUpdate.vecProblems) {
             Say(st);
         }

@@ -44,13 +44,9 @@ const double kFlushDelay = 0.05;
  * a write, so fewer and larger blocks cost both threads less. */
 const size_t kOutBlock = size_t{1} << 20;
 
-struct ListenCounters {
+struct ListenCounters : RouteCounts {
     uint64_t ullSessions = 0;
-    uint64_t ullUpdates = 0;
-    uint64_t ullRoutes = 0;
-    uint64_t ullWithdrawals = 0;
     uint64_t ullTreatedAsWithdraw = 0;
-    uint64_t ullFailed = 0;
 };
 
 class Listener : public SpeakerHandler {
@@ -94,11 +90,7 @@ public:
         WalkUpdate(m_host, m_vecMsg, m_stWalk);
         m_stUpdate.Clear();
         m_describer.Describe(m_stWalk, m_stUpdate);
-        m_stCount.ullRoutes += m_stUpdate.vecRoutes.size();
-        for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
-            m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
-        }
-        m_stCount.ullFailed += m_stUpdate.Failures();
+        m_stCount.Add(m_stUpdate);
         for (const Problem &st : m_stUpdate.vecProblems) {
             std::cerr << ProblemLine(m_stCtx, st) << "\n";
         }

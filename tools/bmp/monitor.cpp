@@ -249,12 +249,7 @@ void Monitor::RouteMonitoring(const bmp::Message &stMsg, Bytes &vecUpdate, bool 
     m_stWalk.Clear();
     WalkUpdate(m_host, vecUpdate, m_stWalk);
     m_describer.Describe(m_stWalk, m_stUpdate);
-    m_stCount.ullRoutes += m_stUpdate.vecRoutes.size();
-    for (const DescribedRoute &st : m_stUpdate.vecRoutes) {
-        m_stCount.ullWithdrawals += st.bWithdrawn ? 1u : 0u;
-    }
-    m_stCount.ullSkipped += m_stUpdate.ulSkipped;
-    m_stCount.ullFailed += m_stUpdate.Failures();
+    m_stCount.Add(m_stUpdate);
     for (const Problem &st : m_stUpdate.vecProblems) {
         m_out.Flush();
         std::string strLine = ProblemLine(m_stCtx, st) + "\n";

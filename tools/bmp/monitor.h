@@ -32,14 +32,9 @@ struct MonitorOptions {
     bool bArrivalTimeIfNone = false; /* a zero time stamp becomes the arrival time (live) */
 };
 
-struct MonitorCounts {
+struct MonitorCounts : RouteCounts {
     uint64_t ullMessages = 0;
-    uint64_t ullUpdates = 0;
-    uint64_t ullRoutes = 0;
-    uint64_t ullWithdrawals = 0;
     uint64_t ullStatistics = 0;
-    uint64_t ullSkipped = 0;
-    uint64_t ullFailed = 0; /* malformed messages and routes the plug-in refused */
 };
 
 struct EventFields; /* the JSON fields of a session event (monitor.cpp) */

@@ -92,6 +92,26 @@ void DescribedUpdate::Clear()
     ulSkipped = 0;
 }
 
+void RouteCounts::Add(const DescribedUpdate &st)
+{
+    ullRoutes += st.vecRoutes.size();
+    for (const DescribedRoute &stRoute : st.vecRoutes) {
+        ullWithdrawals += stRoute.bWithdrawn ? 1u : 0u;
+    }
+    ullSkipped += st.ulSkipped;
+    ullFailed += st.Failures();
+}
+
+RouteCounts &RouteCounts::operator+=(const RouteCounts &st)
+{
+    ullUpdates += st.ullUpdates;
+    ullRoutes += st.ullRoutes;
+    ullWithdrawals += st.ullWithdrawals;
+    ullSkipped += st.ullSkipped;
+    ullFailed += st.ullFailed;
+    return *this;
+}
+
 uint64_t DescribedUpdate::Failures() const
 {
     uint64_t ullCount = 0;

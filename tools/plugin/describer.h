@@ -101,6 +101,20 @@ struct DescribedUpdate {
     uint64_t Failures() const;
 };
 
+/* UPDATEs and what the describer made of them, for a summary line. */
+struct RouteCounts {
+    uint64_t ullUpdates = 0;
+    uint64_t ullRoutes = 0;
+    uint64_t ullWithdrawals = 0;
+    uint64_t ullSkipped = 0;
+    uint64_t ullFailed = 0; /* malformed messages and routes the plug-in refused */
+
+    /* The routes, withdrawals, skipped parts and failures of one described
+     * UPDATE (the caller counts the UPDATE itself). */
+    void Add(const DescribedUpdate &st);
+    RouteCounts &operator+=(const RouteCounts &st);
+};
+
 struct DescribeOptions {
     bool bAttrText = true; /* the plug-in's display text of the attribute */
     bool bFields = true;   /* the laid-out fields of the attribute */
