@@ -61,11 +61,27 @@ work=build/mutants/$kind
 # A recheck has its own copy and build, so it can run beside a full pass.
 stage=${recheck:+recheck-}
 tree=$work/${stage}tree
-rm -rf "$tree"
-mkdir -p "$tree"
-# The working tree as it is, uncommitted changes included; times are kept so that a
-# second copy rebuilds only what changed.
-git ls-files -z --cached --others --exclude-standard | xargs -0 cp -p --parents -t "$tree"
+# The working tree as it is, uncommitted changes included. Only files whose content differs from
+# the copy are written (and so get a new time): the next build recompiles exactly those, also
+# when the last run stopped with a planted fault compiled into an object.
+git ls-files -z --cached --others --exclude-standard | python3 -c '
+import os, shutil, sys
+tree = sys.argv[1]
+for name in sys.stdin.read().split("\0"):
+    if not name or not os.path.isfile(name):
+        continue
+    dest = os.path.join(tree, name)
+    with open(name, "rb") as f:
+        data = f.read()
+    if os.path.exists(dest):
+        with open(dest, "rb") as f:
+            if f.read() == data:
+                continue
+    os.makedirs(os.path.dirname(dest), exist_ok=True)
+    with open(dest, "wb") as f:
+        f.write(data)
+    shutil.copymode(name, dest)
+' "$tree"
 
 cmake -S "$tree" -B "$work/${stage}build" -G Ninja "${options[@]}" >/dev/null
 extra=()
@@ -73,7 +89,8 @@ if [ "$kind" = tool ] && cmake --build "$work/${stage}build" --target help | gre
   extra=(gobgp_parse)  # the independent reader the interoperability checks run
 fi
 # shellcheck disable=SC2086  # $target is a list of targets
-cmake --build "$work/${stage}build" -j "$(nproc)" --target $target "${extra[@]}" >/dev/null
+cmake --build "$work/${stage}build" -j "$(nproc)" --target $target "${extra[@]}" >"$work/${stage}build.log" ||
+  { tail -20 "$work/${stage}build.log"; echo "mutants.sh: the build without a planted fault fails"; exit 1; }
 
 cd "$tree"
 if [ -n "$recheck" ]; then
