@@ -203,51 +203,6 @@ TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
     }
 }
 
-TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
-{
-    Bytes vecIn = Hex(kExampleIn);
-    uint8_t *pucCur = vecIn.data();
-    uint8_t *pucNull = nullptr;
-    void *pvOut = nullptr;
-    uint32_t ulMore = 5;
-    int iHost = 0;
-    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-    uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
-
-    auto Handler = [&](uint8_t **ppucC, void *pvCtx, void **ppvO, uint32_t *pulM, BOL_SRPOLICY_INSTANCE_S *pstI) {
-        return BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(ppucC, ulLen, pvCtx, ppvO, pulM, pstI);
-    };
-    auto Decoder = [&](uint8_t *puc, BOL_SRPOLICY_TNLENCAP_ATTR_S **ppst, BOL_SRPOLICY_INSTANCE_S *pstI) {
-        return BOL_SRPOLICY_ParsePktTunnelEncapAttr(puc, ulLen, ppst, pstI, nullptr, nullptr);
-    };
-    struct Row {
-        const char *pcName;
-        uint32_t ulGot;
-    } astRows[] = {
-        {"cursor", Handler(nullptr, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"read position", Handler(&pucNull, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"out", Handler(&pucCur, &iHost, nullptr, &ulMore, m_pstInst)},
-        {"more", Handler(&pucCur, &iHost, &pvOut, nullptr, m_pstInst)},
-        {"instance", Handler(&pucCur, &iHost, &pvOut, &ulMore, nullptr)},
-        {"host context", Handler(&pucCur, nullptr, &pvOut, &ulMore, m_pstInst)},
-        {"decoder attr", Decoder(nullptr, &pstAttr, m_pstInst)},
-        {"decoder out", Decoder(vecIn.data(), nullptr, m_pstInst)},
-        {"decoder instance", Decoder(vecIn.data(), &pstAttr, nullptr)},
-    };
-    for (const Row &row : astRows) {
-        EXPECT_EQ(row.ulGot, BOL_ERR_PARAM) << row.pcName;
-    }
-    ASSERT_EQ(ReportCount(), 9u);
-    for (const tp::Report &rep : tp::Reports()) {
-        EXPECT_EQ(rep.strModule, "bol_srpolicy_parse");
-    }
-    EXPECT_EQ(pucCur, vecIn.data());
-    EXPECT_EQ(pvOut, nullptr);
-    EXPECT_EQ(ulMore, 5u);
-    EXPECT_EQ(pstAttr, nullptr);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
 /* The exported copy helpers write the copy the way the walk does: the
  * header as received, a sub-TLV with its slice-id position noted at its type
  * byte, a name with reserved byte 0 and its length field rewritten in the

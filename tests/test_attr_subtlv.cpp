@@ -211,7 +211,6 @@ TEST_F(SubTlv, Names)
     });
 }
 
-/* Null record or value: reported with the decoder's module, 0x50002. */
 /* The name check looks at four bytes at a time and then at the rest: one
  * byte at the edges of the printable range, at every place of names that
  * fill whole words and names that do not, decides alone. */
@@ -233,25 +232,6 @@ TEST(NameCheck, EveryPlaceAndEdgeByte)
             }
         }
     }
-}
-
-TEST_F(SubTlv, NullRecordOrValue)
-{
-    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-    ASSERT_EQ(BOL_SRPOLICY_InitTunnelEncapAttr(&pstAttr, m_pstInst, 16), BOL_OK);
-    uint8_t aucValue[32] = {0};
-    for (size_t i = 0; i < 9; i++) {
-        const BOL_SRPOLICY_PROC_ENTRY_S &stRow = g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[i];
-        SCOPED_TRACE(stRow.ulType);
-        ASSERT_NE(stRow.unHandler.pfnSubTlvParse, nullptr);
-        tp::Reset();
-        EXPECT_EQ(stRow.unHandler.pfnSubTlvParse(nullptr, aucValue, 6, m_pstInst), BOL_ERR_PARAM);
-        EXPECT_EQ(stRow.unHandler.pfnSubTlvParse(pstAttr, nullptr, 6, m_pstInst), BOL_ERR_PARAM);
-        ASSERT_EQ(ReportCount(), 2u);
-        const char *pcModule = stRow.ulType == 20 ? "bol_srpolicy_parse_bindsid" : "bol_srpolicy_parse";
-        EXPECT_EQ(tp::Reports()[0].strModule, pcModule);
-    }
-    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
 }
 
 }  // namespace

@@ -85,12 +85,6 @@ TEST_F(CondRtMsg, SubscriptionKeyCarriesNothing)
     }
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(tp::AllocCalls(), 0u);
-
-    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(nullptr, 0u, &pvOut, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(aucBuf, 0u, nullptr, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_ParseCondRtSubsKey(aucBuf, 0u, &pvOut, nullptr), BOL_ERR_PARAM);
-    ASSERT_EQ(ReportCount(), 3u);
-    EXPECT_EQ(tp::Reports()[0].strModule, "bol_srpolicy_parse");
 }
 
 /* A route without a stored attribute: an empty message 122, but no message 47. */
