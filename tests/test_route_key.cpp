@@ -1,7 +1,8 @@
 /*
  * The route key: its order, its writers (wire NLRI, HA prefix TLV of messages
- * 3 and 5, route key message 121), reading the HA prefix TLV and the
- * configured prefix record (type 2) both ways.
+ * 3 and 5, route key message 121), reading the NLRI, the HA prefix TLV and the
+ * configured prefix record (type 2), route validity by endpoint and the
+ * per-family route counters.
  */
 #include <gtest/gtest.h>
 
@@ -213,6 +214,176 @@ TEST_F(RouteKey, CfgPrefixWriteTouchesOnlyKeyFields)
             EXPECT_EQ(vecBuf[32], c.stKey.ucNlriLen == 96 ? 0 : 1);
         }
     }
+}
+
+
+int g_iCtx;  // the host context is required but not read
+void *const kUntouched = &g_iCtx;
+
+TEST_F(RouteKey, NlriDecodeOne)
+{
+    // length · distinguisher · color · endpoint [· following bytes]
+    const char *pcV4 = "60 · 00000001 · 00000064 · 0A000001";
+    const char *pcV6 = "C0 · 00000001 · 00000064 · 20010DB8 00000000 00000000 00000001";
+    const BOL_SRPOLICY_NLRI_S stV4 = bt::KeyV4(1, 100, 0x0A000001u);
+    const BOL_SRPOLICY_NLRI_S stV6 = bt::KeyV6(1, 100, 0x20010DB8u, 0, 0, 1);
+    struct Case {
+        const char *pcName;
+        std::string strHex;
+        uint32_t ulRet;
+        uint32_t ulAdvance;
+        uint32_t ulMore;
+        BOL_SRPOLICY_NLRI_S stKey;
+    } astCases[] = {
+        {"v4 alone", pcV4, BOL_OK, 13, 0, stV4},
+        {"v4 then more", std::string(pcV4) + " · 60", BOL_OK, 13, 1, stV4},
+        {"v6 alone", pcV6, BOL_OK, 25, 0, stV6},
+        {"low bits ignored v4", "67 00000001 00000064 0A000001", BOL_OK, 13, 0, stV4},
+        {"11-byte body", "5F 00000001 00000064 0A0000", BOL_ERR_NLRI_LEN, 0, 0, {}},
+        {"13-byte body", "68 00000001 00000064 0A000001 00", BOL_ERR_NLRI_LEN, 0, 0, {}},
+        {"v6 length, v4 bytes", "C0 00000001 00000064 0A000001", BOL_ERR_NLRI_LEN, 0, 0, {}},
+        {"length byte only", "60", BOL_ERR_NLRI_LEN, 0, 0, {}},
+    };
+    for (const Case &c : astCases) {
+        for (uint32_t ulType : {BOL_SRPOLICY_PATTR_MP_REACH, BOL_SRPOLICY_PATTR_MP_UNREACH}) {
+            SCOPED_TRACE(testing::Message() << c.pcName << ", type " << ulType);
+            tp::Reset();
+            bt::Bytes vecIn = bt::Hex(c.strHex);  // exactly the bytes handed in
+            uint8_t *pucCur = vecIn.data();
+            void *pvOut = kUntouched;
+            uint32_t ulMore = 77;
+            EXPECT_EQ(m_stTbl.pfnParsePkt(&pucCur, static_cast<uint32_t>(vecIn.size()), &g_iCtx, ulType, &pvOut,
+                                          &ulMore, m_pstInst),
+                      c.ulRet);
+            EXPECT_EQ(static_cast<uint32_t>(pucCur - vecIn.data()), c.ulAdvance);
+            if (c.ulRet != BOL_OK) {
+                EXPECT_EQ(ulMore, 77u);
+                EXPECT_EQ(pvOut, kUntouched);
+                EXPECT_EQ(tp::AllocCalls(), 0u);
+                continue;
+            }
+            EXPECT_EQ(ulMore, c.ulMore);
+            fz::Output o = fz::TakeOutput(pvOut);
+            EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_KEY);
+            EXPECT_EQ(o.vecBlock.size(), 60u);
+            BOL_SRPOLICY_NLRI_S stGot = o.Key();
+            EXPECT_EQ(bt::ToHex(reinterpret_cast<uint8_t *>(&stGot), 28),
+                      bt::ToHex(reinterpret_cast<const uint8_t *>(&c.stKey), 28));
+        }
+    }
+}
+
+TEST_F(RouteKey, NlriRefusedArguments)
+{
+    bt::Bytes vecIn = bt::Hex("60 00000001 00000064 0A000001");
+    uint8_t *pucCur = vecIn.data();
+    void *pvOut = kUntouched;
+    uint32_t ulMore = 77;
+    // The dispatcher does not look at the host context; the decoder requires it.
+    EXPECT_EQ(m_stTbl.pfnParsePkt(&pucCur, 13, nullptr, 14, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
+    // A body between the two forms would be read as IPv6 past its end.
+    EXPECT_EQ(BOL_SRPOLICY_ParseBgpNlri(&pucCur, 13, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
+    EXPECT_EQ(pucCur, vecIn.data());
+    EXPECT_EQ(pvOut, kUntouched);
+}
+
+/* Without a key and without a buffer the two types answer differently. */
+TEST_F(RouteKey, NlriEncodeWithoutKeyOrBuffer)
+{
+    bt::Route rtNoKey;
+    uint8_t *pucNull = nullptr;
+    EXPECT_EQ(m_stTbl.pfnFormatPkt(&rtNoKey.stRt, 14, &pucNull, 64, m_pstInst), BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(m_stTbl.pfnFormatPkt(&rtNoKey.stRt, 15, &pucNull, 64, m_pstInst), BOL_ERR_NO_DATA);
+    EXPECT_EQ(ReportCount(), 0u);
+}
+
+
+
+/* Only kind 2 looks at the endpoint; a route without a usable key is an
+ * error and the valid flag stays as it was. */
+TEST_F(RouteKey, ValidityByEndpoint)
+{
+    BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV4(1, 2, 0x0A000001u);
+    stOdd.ucNlriLen = 0;
+    auto V4 = [](uint32_t ulAddr) { return bt::KeyV4(1, 2, ulAddr); };
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulValid;
+        uint32_t ulKind = 2u;
+        uint32_t ulKeyLen = 28u;
+        uint32_t ulRet = BOL_OK;
+    } const astCases[] = {
+        {"127.0.0.1, kind 1", V4(0x7F000001u), 1, 1}, {"127.0.0.1, kind 8", V4(0x7F000001u), 1, 8},
+        {"127.0.0.1", V4(0x7F000001u), 0}, {"224.0.0.5", V4(0xE0000005u), 0}, {"239.255.255.255", V4(0xEFFFFFFFu), 0},
+        {"0.0.0.1", V4(0x00000001u), 0}, {"0.0.0.0", V4(0x00000000u), 1}, {"1.0.0.0", V4(0x01000000u), 1},
+        {"223.255.255.255", V4(0xDFFFFFFFu), 1}, {"240.0.0.1", V4(0xF0000001u), 1},
+        {"255.255.255.255", V4(0xFFFFFFFFu), 1}, {"10.0.0.1", V4(0x0A000001u), 1},
+        {"::", bt::KeyV6(1, 2, 0, 0, 0, 0), 0}, {"::1", bt::KeyV6(1, 2, 0, 0, 0, 1), 1},
+        {"2001:db8::", bt::KeyV6(1, 2, 0x20010DB8u, 0, 0, 0), 1}, {"0:0:0:1::", bt::KeyV6(1, 2, 0, 1, 0, 0), 1},
+        {"::1:0:0", bt::KeyV6(1, 2, 0, 0, 1, 0), 1},
+        {"ff02::1", bt::KeyV6(1, 2, 0xFF020000u, 0, 0, 1), 1}, {"other NLRI length: IPv6 ::", stOdd, 0},
+        {"key length 0", V4(3), 77, 2, 0, BOL_SRPOLICY_ERR}, {"key length 27", V4(3), 77, 2, 27, BOL_SRPOLICY_ERR},
+        {"key length 29", V4(3), 77, 2, 29, BOL_SRPOLICY_ERR},
+    };
+    for (const Case &c : astCases) {
+        SCOPED_TRACE(c.pcName);
+        bt::Route rt;
+        rt.SetKey(c.stKey);
+        rt.stRt.ulKeyLen = c.ulKeyLen;
+        uint32_t ulValid = 77;
+        EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, c.ulKind, &ulValid), c.ulRet);
+        EXPECT_EQ(ulValid, c.ulValid);
+    }
+    uint32_t ulValid = 77;
+    bt::Route rt;
+    EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, &ulValid), BOL_SRPOLICY_ERR);
+    EXPECT_EQ(ulValid, 77u);
+    EXPECT_EQ(ReportCount(), 0u);
+    EXPECT_EQ(m_stTbl.pfnCheckRoute(nullptr, 2, &ulValid), BOL_ERR_PARAM);
+    EXPECT_EQ(m_stTbl.pfnCheckRoute(&rt.stRt, 2, nullptr), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
+}
+
+TEST_F(RouteKey, CountersByFamily)
+{
+    uint32_t aulCnt[3] = {0, 0, 0};
+    bt::Route v4, v6, odd;
+    v4.SetKey(bt::KeyV4(1, 2, 3));
+    v6.SetKey(bt::KeyV6(1, 2, 0, 0, 0, 1));
+    BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV4(1, 2, 3);
+    stOdd.ucNlriLen = 0;
+    odd.SetKey(stOdd);
+
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&v4.stRt, aulCnt, 3, 1, 5), BOL_OK);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&v6.stRt, aulCnt, 3, 1, 2), BOL_OK);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&odd.stRt, aulCnt, 3, 1, 1), BOL_OK);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&v4.stRt, aulCnt, 3, 0, 1), BOL_OK);
+    EXPECT_EQ(aulCnt[0], 1u);
+    EXPECT_EQ(aulCnt[1], 4u);
+    EXPECT_EQ(aulCnt[2], 2u);
+
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&v6.stRt, aulCnt, 2, 1, 1), BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(aulCnt[2], 2u);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&odd.stRt, aulCnt, 3, 0, 2), BOL_OK);
+    EXPECT_EQ(aulCnt[0], 0xFFFFFFFFu);  // no floor at zero
+
+    bt::Route none;
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(&none.stRt, aulCnt, 3, 1, 1), BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(m_stTbl.pfnSetRtCount(nullptr, aulCnt, 3, 1, 1), BOL_SRPOLICY_ERR_PARA);
+
+    uint32_t ulCount = 99;
+    EXPECT_EQ(m_stTbl.pfnGetRtCount(aulCnt, 3, 1, &ulCount), BOL_OK);
+    EXPECT_EQ(ulCount, 4u);
+    EXPECT_EQ(m_stTbl.pfnGetRtCount(aulCnt, 3, 2, &ulCount), BOL_OK);
+    EXPECT_EQ(ulCount, 2u);
+    ulCount = 99;
+    EXPECT_EQ(m_stTbl.pfnGetRtCount(aulCnt, 3, 0, &ulCount), BOL_OK);
+    EXPECT_EQ(ulCount, 99u);
+    EXPECT_EQ(m_stTbl.pfnGetRtCount(aulCnt, 3, 3, &ulCount), BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(m_stTbl.pfnGetRtCount(aulCnt, 2, 2, &ulCount), BOL_SRPOLICY_ERR_PARA);
+    EXPECT_EQ(ReportCount(), 0u);
 }
 
 }  // namespace
