@@ -26,10 +26,7 @@ class AllocSweep : public bt::PluginTest {};
 int g_iHostCtx;
 
 /* One call of an entry point: its result and what it handed over. */
-struct Result {
-    uint32_t ulRet;
-    void *pvOut;
-};
+struct Result { uint32_t ulRet; void *pvOut; };
 
 /* The realistic attribute with a standard and a private slice id, so that
  * the private rewrite packs the copy without the private one. */
@@ -151,11 +148,9 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
     const Bytes vecNlriV6 = Hex("C0 00000001 00000064 20010DB8 00000000 00000000 00000001 · 60");
     const Bytes vecNlriV4 = Hex("60 00000001 00000064 0A000001");
     const Bytes vecHa = Hex("C0 000000 00000001 00000064 20010DB8 00000000 00000000 00000001");
+    /* bHandsOver: a success hands an output block over; vecCodes: the result when allocation k+1 fails */
     struct Row {
-        const char *pcName;
-        std::function<Result()> fnCall;
-        bool bHandsOver; /* a success hands an output block over */
-        std::vector<uint32_t> vecCodes; /* the result when allocation k+1 fails */
+        const char *pcName; std::function<Result()> fnCall; bool bHandsOver; std::vector<uint32_t> vecCodes;
     } astRows[] = {
         {"parse 14", Pkt(14, vecNlriV6), true, {M}},
         {"parse 15", Pkt(15, vecNlriV4), true, {M}},

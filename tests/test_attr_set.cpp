@@ -29,12 +29,9 @@ const uint32_t kPriv = BOL_SRPOLICY_SET_PRIV_SLICE_ID;
 
 TEST_F(AttrSet, SliceIdRewrite)
 {
+    /* pcOut: "=" means equal to the held bytes */
     struct Row {
-        const char *pcName;
-        const char *pcHeld;
-        uint32_t ulFlags;
-        uint32_t ulWant;
-        const char *pcOut; /* "=" means equal to the held bytes */
+        const char *pcName; const char *pcHeld; uint32_t ulFlags; uint32_t ulWant; const char *pcOut;
     } astRows[] = {
         {"no flag: output equals the held attribute",
          "00 0F 00 18 | 0C 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 0B | 7E 06 00 00 00 00 00 0C", 0, BOL_OK,
@@ -102,13 +99,9 @@ const char *const kAttrHex = "00 0F 00 08 | 0C 06 00 00 00 00 00 64";
  * message 47, when it fits; only the low 16 bits of its length count. */
 TEST_F(AttrSet, WritersCopyTheStoredValueWhenItFits)
 {
+    /* bFailCopy: the copy fails: reported, its bytes cleared */
     struct Row {
-        const char *pcName;
-        uint32_t ulAttrLen;
-        uint32_t ulRoom;
-        uint32_t ulRet;
-        size_t ulWritten;
-        bool bFailCopy; /* the copy fails: reported, its bytes cleared */
+        const char *pcName; uint32_t ulAttrLen; uint32_t ulRoom; uint32_t ulRet; size_t ulWritten; bool bFailCopy;
     } const astRows[] = {
         {"room equal to the attribute", 12, 12, BOL_OK, 12, false},
         {"one byte short", 12, 11, BOL_SRPOLICY_ERR_BUF_SHORT, 0, false},
@@ -144,12 +137,7 @@ TEST_F(AttrSet, WritersCopyTheStoredValueWhenItFits)
  * message has nothing to copy and gets the allocation failure's code. */
 TEST_F(AttrSet, ReaderHandsTheBytesOnAsAttribute23)
 {
-    struct Row {
-        const char *pcName;
-        Bytes vecMsg;
-        uint32_t ulRet;
-        const char *pcAttr;
-    } const astRows[] = {
+    struct Row { const char *pcName; Bytes vecMsg; uint32_t ulRet; const char *pcAttr; } const astRows[] = {
         {"an attribute", Hex(kAttrHex), BOL_OK, kAttrHex},
         {"one byte", Hex("FF"), BOL_OK, "FF"},
         {"a tunnel length beyond the bytes", Hex("00 0F 00 FF 01"), BOL_OK, "00 0F 00 FF 01"},

@@ -23,13 +23,7 @@ using Check = std::function<void(const at::Record &)>;
 /* Each row is the sub-TLV area of one tunnel; when it decodes, the copy
  * must equal pcCopy (the same area as the decoder left it) and the record
  * must pass the row's check. */
-struct Row {
-    const char *pcName;
-    const char *pcSubTlvs;
-    uint32_t ulWant;
-    const char *pcCopy;
-    Check fnCheck;
-};
+struct Row { const char *pcName; const char *pcSubTlvs; uint32_t ulWant; const char *pcCopy; Check fnCheck; };
 
 void RunRows(BOL_SRPOLICY_INSTANCE_S *pstInst, const std::vector<Row> &vecRows)
 {
@@ -216,16 +210,14 @@ TEST_F(SubTlv, Names)
  * fill whole words and names that do not, decides alone. */
 TEST(NameCheck, EveryPlaceAndEdgeByte)
 {
-    struct Row {
-        uint8_t ucByte;
-        uint32_t ulWant;
-    } astRows[] = {
+    struct Row { uint8_t ucByte; uint32_t ulWant; } astRows[] = {
         {0x00, 0u}, {0x1F, 0u}, {0x20, 1u}, {0x41, 1u}, {0x7E, 1u}, {0x7F, 0u}, {0x80, 0u}, {0xA0, 0u}, {0xFF, 0u},
     };
     for (uint32_t ulLen : {1u, 4u, 7u, 8u, 11u}) {
         for (uint32_t ulAt = 0; ulAt < ulLen; ulAt++) {
             for (const Row &row : astRows) {
-                SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at " << ulAt);
+                SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at "
+                                                << ulAt);
                 Bytes vecName(ulLen, 'm');
                 vecName[ulAt] = row.ucByte;
                 EXPECT_EQ(BOL_SRPOLICY_CheckNameValid(vecName.data(), ulLen), row.ulWant);

@@ -65,11 +65,8 @@ protected:
 
 /* ---- Encoded bytes --------------------------------------------------------- */
 
-struct EncodeRow {
-    const char *pcName;
-    void (*pfnBuild)(Cfg &);
-    const char *pcHex; /* the attribute value */
-};
+/* pcHex: the attribute value */
+struct EncodeRow { const char *pcName; void (*pfnBuild)(Cfg &); const char *pcHex; };
 
 const EncodeRow kEncodeRows[] = {
     {"nothing configured", [](Cfg &) {},
@@ -229,12 +226,9 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
             c.st.ulBsidLabel = ulBsidLabel;
         };
     };
+    /* iLenDelta: the record length passed, against its size */
     struct Row {
-        const char *pcName;
-        std::function<void(Cfg &)> fnBuild;
-        int iLenDelta; /* the record length passed, against its size */
-        uint32_t ulRet;
-        uint16_t usSize;
+        const char *pcName; std::function<void(Cfg &)> fnBuild; int iLenDelta; uint32_t ulRet; uint16_t usSize;
     } const astRows[] = {
         {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
         {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},

@@ -30,11 +30,7 @@ TEST_F(RouteKey, KeyOrder)
 {
     BOL_SRPOLICY_NLRI_S stRsv = kV4;
     stRsv.aucReserved[1] = 9;  // not part of the order
-    struct Case {
-        const char *pcName;
-        BOL_SRPOLICY_NLRI_S stA, stB;
-        int32_t lWant;
-    } astCases[] = {
+    struct Case { const char *pcName; BOL_SRPOLICY_NLRI_S stA, stB; int32_t lWant; } astCases[] = {
         {"v4 before v6", bt::KeyV4(~0u, ~0u, ~0u), bt::KeyV6(0, 0, 0, 0, 0, 0), -1},
         {"distinguisher unsigned", bt::KeyV4(0x80000000u, 0, 0), bt::KeyV4(1, 9, 9), 1},
         {"color", bt::KeyV4(1, 2, 9), bt::KeyV4(1, 3, 0), -1},
@@ -75,14 +71,10 @@ TEST_F(RouteKey, KeyWriters)
     const BOL_SRPOLICY_NLRI_S stV6 = bt::KeyV6(0x01020304u, 0xA0B0C0D0u, 0x20010DB8u, 0, 0, 9);
     BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV6(1, 100, 1, 2, 3, 4);
     stOdd.ucNlriLen = 0;  // anything but 96 is written in the IPv6 form
+    /* pcHex: length [· reserved] · distinguisher · color · endpoint */
     struct Case {
-        const char *pcName;
-        const std::vector<Writer> &vecWriters;
-        bool bKey;
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulRoom;
-        uint32_t ulRet;
-        const char *pcHex;  // length [· reserved] · distinguisher · color · endpoint
+        const char *pcName; const std::vector<Writer> &vecWriters; bool bKey; BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulRoom; uint32_t ulRet; const char *pcHex;
     } const astCases[] = {
         {"wire v4", vecWire, true, kV4, 13, BOL_OK, "60 00000001 00000064 0A000001"},
         {"wire v4, room 12", vecWire, true, kV4, 12, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
@@ -139,13 +131,9 @@ TEST_F(RouteKey, KeyReaders)
     stWords.aulEndpoint[1] = 2;
     stWords.aulEndpoint[2] = 3;
     stWords.aulEndpoint[3] = 4;
+    /* vecIn: TLV: length · reserved · distinguisher · color · endpoint words [· extra] */
     struct Case {
-        const char *pcName;
-        bool bCfg;
-        bt::Bytes vecIn;  // TLV: length · reserved · distinguisher · color · endpoint words [· extra]
-        uint32_t ulRet;
-        BOL_SRPOLICY_NLRI_S stKey;
-        size_t ulReports;
+        const char *pcName; bool bCfg; bt::Bytes vecIn; uint32_t ulRet; BOL_SRPOLICY_NLRI_S stKey; size_t ulReports;
     } const astCases[] = {
         {"TLV v4, words 1-3 kept", false,
          bt::Hex("60 FFFFFF 00000001 00000064 0A000001 00000002 00000003 00000004"), BOL_OK, stWords, 0},
@@ -183,12 +171,9 @@ TEST_F(RouteKey, CfgPrefixWriteTouchesOnlyKeyFields)
 {
     BOL_SRPOLICY_NLRI_S stOdd = kV4;
     stOdd.ucNlriLen = 0;
+    /* aulWritten: written byte ranges [from, to) */
     struct Case {
-        const char *pcName;
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulRoom;
-        uint32_t ulRet;
-        size_t aulWritten[2][2];  // written byte ranges [from, to)
+        const char *pcName; BOL_SRPOLICY_NLRI_S stKey; uint32_t ulRoom; uint32_t ulRet; size_t aulWritten[2][2];
     } astCases[] = {
         {"v4", kV4, 89, BOL_OK, {{0, 16}, {32, 33}}},
         {"v6", kV6, 89, BOL_OK, {{0, 12}, {16, 33}}},
@@ -228,11 +213,7 @@ TEST_F(RouteKey, NlriDecodeOne)
     const BOL_SRPOLICY_NLRI_S stV4 = bt::KeyV4(1, 100, 0x0A000001u);
     const BOL_SRPOLICY_NLRI_S stV6 = bt::KeyV6(1, 100, 0x20010DB8u, 0, 0, 1);
     struct Case {
-        const char *pcName;
-        std::string strHex;
-        uint32_t ulRet;
-        uint32_t ulAdvance;
-        uint32_t ulMore;
+        const char *pcName; std::string strHex; uint32_t ulRet; uint32_t ulAdvance; uint32_t ulMore;
         BOL_SRPOLICY_NLRI_S stKey;
     } astCases[] = {
         {"v4 alone", pcV4, BOL_OK, 13, 0, stV4},
@@ -308,11 +289,7 @@ TEST_F(RouteKey, ValidityByEndpoint)
     stOdd.ucNlriLen = 0;
     auto V4 = [](uint32_t ulAddr) { return bt::KeyV4(1, 2, ulAddr); };
     struct Case {
-        const char *pcName;
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulValid;
-        uint32_t ulKind = 2u;
-        uint32_t ulKeyLen = 28u;
+        const char *pcName; BOL_SRPOLICY_NLRI_S stKey; uint32_t ulValid; uint32_t ulKind = 2u; uint32_t ulKeyLen = 28u;
         uint32_t ulRet = BOL_OK;
     } const astCases[] = {
         {"127.0.0.1, kind 1", V4(0x7F000001u), 1, 1}, {"127.0.0.1, kind 8", V4(0x7F000001u), 1, 8},

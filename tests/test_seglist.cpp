@@ -32,12 +32,8 @@ std::string Zeros(size_t n)
  * also gives the value after clearing. */
 TEST_F(SegList, ValidationAndClearing)
 {
-    struct Row {
-        const char *pcName;
-        std::string strValue;
-        uint32_t ulWant;
-        const char *pcCleared; /* "" = unchanged */
-    } astRows[] = {
+    /* pcCleared: "" = unchanged */
+    struct Row { const char *pcName; std::string strValue; uint32_t ulWant; const char *pcCleared; } astRows[] = {
         {"worked example: label 100 and a weight of 10",
          "00 | 01 06 00 00 00 06 40 00 | 09 06 FF 00 00 00 00 0A", BOL_OK,
          "00 | 01 06 00 00 00 06 40 00 | 09 06 00 00 00 00 00 0A"},
