@@ -166,8 +166,7 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
         /* the decode's allocations, then the output */
         {"set", Set(0u, SliceIdAttr()), true, {D, D, D, D, D, D, D, M}},
         /* the decode's allocations, the packed copy, the output */
-        {"set private slice id", Set(BOL_SRPOLICY_SET_PRIV_SLICE_ID, SliceIdAttr()), true,
-         {D, D, D, D, D, D, D, N, M}},
+        {"set private slice id", Set(BOL_SRPOLICY_SET_PRIV_SLICE_ID, SliceIdAttr()), true, {D, D, D, D, D, D, D, N, M}},
         {"HA message 3", Ha(BOL_SRPOLICY_HAMSG_PREFIX, vecHa), true, {M}},
         {"HA message 5", Ha(BOL_SRPOLICY_HAMSG_PREFIX_ALT, vecHa), true, {M}},
         {"configured prefix", Cfg, true, {M}},

@@ -159,11 +159,9 @@ TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
         return at::Sub(ucType, v);
     };
     struct Row { const char *pcName; std::vector<Bytes> vecIn; std::vector<Bytes> vecOut; } astRows[] = {
-        {"standard slice id, long name, private slice id",
-         {vecStd, NameIn(130, 300), vecPriv},
+        {"standard slice id, long name, private slice id", {vecStd, NameIn(130, 300), vecPriv},
          {vecStd, NameOut(130, 300), vecPriv}},
-        {"name first, slice ids between, long name last",
-         {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
+        {"name first, slice ids between, long name last", {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
          {NameOut(129, 2), vecPriv, vecStd, NameOut(130, 300)}},
         {"two names back to back, then an unknown type and a private slice id",
          {NameIn(129, 260), NameIn(130, 1), vecUnknown, vecPriv},

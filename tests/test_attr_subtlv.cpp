@@ -51,15 +51,13 @@ TEST_F(SubTlv, PreferenceTemplateIdAndSliceIds)
              EXPECT_EQ(r.pstAttr->ulPreference, 256u);
          }},
         {"preference of length 5", "0C 05 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"preference twice", "0C 06 00 00 00 00 00 01 | 0C 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "",
-         nullptr},
+        {"preference twice", "0C 06 00 00 00 00 00 01 | 0C 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"template id", "7F 06 80 00 12 34 56 78", BOL_OK, "7F 06 00 00 12 34 56 78",
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucCfgModuleIdExist, 1u);
              EXPECT_EQ(r.pstAttr->ulCfgModuleId, 0x12345678u);
          }},
-        {"template id twice", "7F 06 00 00 00 00 00 01 | 7F 06 00 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "",
-         nullptr},
+        {"template id twice", "7F 06 00 00 00 00 00 01 | 7F 06 00 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"private slice id of length 4, then a valid one",
          "7E 04 FF FF FF FF | 7E 06 FF 00 00 00 00 07", BOL_OK, "7E 04 FF FF FF FF | 7E 06 00 00 00 00 00 07",
          [](const at::Record &r) {
@@ -85,8 +83,7 @@ TEST_F(SubTlv, PreferenceTemplateIdAndSliceIds)
              EXPECT_EQ(r.pucPrivSliceId, r.pstAttr->pucRealPrivAttr + 12);
          }},
         {"private twice", "7E 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"standard twice", "7B 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "",
-         nullptr},
+        {"standard twice", "7B 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"standard of length 5", "7B 05 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
     });
 }
@@ -118,8 +115,7 @@ TEST_F(SubTlv, BindingSid)
              EXPECT_EQ(r.pstAttr->aulBsidValue[3], 1u);
          }},
         {"length 7", "0D 07 00 00 00 00 10 00 00", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"second one of another length", "0D 02 00 00 | 0D 06 00 00 00 01 00 00", BOL_ERR_SUBTLV_INVALID, "",
-         nullptr},
+        {"second one of another length", "0D 02 00 00 | 0D 06 00 00 00 01 00 00", BOL_ERR_SUBTLV_INVALID, "", nullptr},
     });
 }
 

@@ -74,8 +74,7 @@ const EncodeRow kEncodeRows[] = {
     {"binding SID label 16 with S-flag",
      [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidSFlag = 1; c.st.ulBsidLabel = 16; },
      /* tunnel | type 13, len 6, flags S, rsv, label field */ "00 0F 00 08 | 0D 06 80 00 00 01 00 00"},
-    {"binding SID flags only, I-flag",
-     [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidIFlag = 1; },
+    {"binding SID flags only, I-flag", [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidIFlag = 1; },
      /* tunnel | type 13, len 2, flags I, rsv */ "00 0F 00 04 | 0D 02 40 00"},
     {"segment list: weight 10, labels 100 and 200",
      [](Cfg &c) {

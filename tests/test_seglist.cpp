@@ -81,8 +81,7 @@ TEST_F(SegList, ValidationAndClearing)
         /* Refused after a clear target: the target keeps its bytes. */
         {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
          BOL_ERR_SUBTLV_INVALID, ""},
-        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED,
-         ""},
+        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED, ""},
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
