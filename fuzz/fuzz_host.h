@@ -37,7 +37,10 @@ const uint8_t kGuard = 0xA5u;
         }                                            \
     } while (0)
 
-struct Host { BOL_PROC_TBL_S stTbl; BOL_SRPOLICY_INSTANCE_S *pstInst; };
+struct Host {
+    BOL_PROC_TBL_S stTbl;
+    BOL_SRPOLICY_INSTANCE_S *pstInst;
+};
 
 /* The plug-in, constructed on first use; the instance stays live for the
  * whole run. Resets the test platform's counters and planned failures. */
@@ -109,7 +112,12 @@ Written Write(const Host &h, Writer pfnWrite, const Route &rt, uint32_t ulType, 
 /* One text call into a buffer of ulSize bytes followed by a guard area,
  * which must come back untouched; on success the text is terminated inside
  * the buffer. */
-struct TextCall { uint32_t ulRet; std::string strText; uint32_t ulOffset; uint32_t ulMore; };
+struct TextCall {
+    uint32_t ulRet;
+    std::string strText;
+    uint32_t ulOffset;
+    uint32_t ulMore;
+};
 TextCall Render(const Host &h, const Route &rt, uint32_t ulType, uint32_t ulSize, uint32_t ulOffset);
 
 /* Renders through buffers of ulSize until the more flag is 0, joining the

@@ -53,7 +53,9 @@ TEST(DefaultPlatform, BlockCacheKeepsSizesAndCounts)
     ASSERT_NE(pvEarly, nullptr);
     BOL_PlatformSetBlockCache(4u);
     (void)ZUN_Free_F(pvEarly, "test", __LINE__);
-    struct Round { uint32_t aulSizes[4]; } astRounds[] = {
+    struct Round {
+        uint32_t aulSizes[4];
+    } astRounds[] = {
         {{17u, 32u, 1u, 256u}},   // 17 and 32 share a class with the early block
         {{32u, 17u, 255u, 16u}},  // the blocks just freed come back in other orders
         {{257u, 1000u, 31u, 2u}}, // beyond the cached sizes, and small ones again

@@ -26,7 +26,10 @@ class AllocSweep : public bt::PluginTest {};
 int g_iHostCtx;
 
 /* One call of an entry point: its result and what it handed over. */
-struct Result { uint32_t ulRet; void *pvOut; };
+struct Result {
+    uint32_t ulRet;
+    void *pvOut;
+};
 
 /* The realistic attribute with a standard and a private slice id, so that
  * the private rewrite packs the copy without the private one. */
@@ -148,9 +151,11 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
     const Bytes vecNlriV6 = Hex("C0 00000001 00000064 20010DB8 00000000 00000000 00000001 · 60");
     const Bytes vecNlriV4 = Hex("60 00000001 00000064 0A000001");
     const Bytes vecHa = Hex("C0 000000 00000001 00000064 20010DB8 00000000 00000000 00000001");
-    /* bHandsOver: a success hands an output block over; vecCodes: the result when allocation k+1 fails */
     struct Row {
-        const char *pcName; std::function<Result()> fnCall; bool bHandsOver; std::vector<uint32_t> vecCodes;
+        const char *pcName;
+        std::function<Result()> fnCall;
+        bool bHandsOver; /* a success hands an output block over */
+        std::vector<uint32_t> vecCodes; /* the result when allocation k+1 fails */
     } astRows[] = {
         {"parse 14", Pkt(14, vecNlriV6), true, {M}},
         {"parse 15", Pkt(15, vecNlriV4), true, {M}},
@@ -166,7 +171,8 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
         /* the decode's allocations, then the output */
         {"set", Set(0u, SliceIdAttr()), true, {D, D, D, D, D, D, D, M}},
         /* the decode's allocations, the packed copy, the output */
-        {"set private slice id", Set(BOL_SRPOLICY_SET_PRIV_SLICE_ID, SliceIdAttr()), true, {D, D, D, D, D, D, D, N, M}},
+        {"set private slice id", Set(BOL_SRPOLICY_SET_PRIV_SLICE_ID, SliceIdAttr()), true,
+         {D, D, D, D, D, D, D, N, M}},
         {"HA message 3", Ha(BOL_SRPOLICY_HAMSG_PREFIX, vecHa), true, {M}},
         {"HA message 5", Ha(BOL_SRPOLICY_HAMSG_PREFIX_ALT, vecHa), true, {M}},
         {"configured prefix", Cfg, true, {M}},

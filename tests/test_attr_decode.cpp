@@ -65,8 +65,12 @@ TEST_F(AttrDecode, WorkedExampleRecordAndCopy)
  * host entry; a row with an output gives the normalised copy expected. */
 TEST_F(AttrDecode, TunnelAndSubTlvFraming)
 {
-    /* pcOut: normalised copy when ulWant is 0 */
-    struct Row { const char *pcName; const char *pcIn; uint32_t ulWant; const char *pcOut; } astRows[] = {
+    struct Row {
+        const char *pcName;
+        const char *pcIn;
+        uint32_t ulWant;
+        const char *pcOut; /* normalised copy when ulWant is 0 */
+    } astRows[] = {
         {"shorter than the tunnel header", "00 0F 00", BOL_ERR_SUBTLV_MALFORMED, ""},
         {"empty", "", BOL_ERR_SUBTLV_MALFORMED, ""},
         {"tunnel type 14", "00 0E 00 03 | 0E 01 05", BOL_ERR_SUBTLV_MALFORMED, ""},
@@ -106,9 +110,12 @@ TEST_F(AttrDecode, TunnelAndSubTlvFraming)
  * validity check still covers the dropped bytes. */
 TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
 {
-    /* ucLastByte: the name's last byte (beyond 255 when long) */
     struct Row {
-        const char *pcName; uint8_t ucType; size_t ulNameLen; uint8_t ucLastByte; uint8_t ucWantValid;
+        const char *pcName;
+        uint8_t ucType;
+        size_t ulNameLen;
+        uint8_t ucLastByte; /* the name's last byte (beyond 255 when long) */
+        uint8_t ucWantValid;
     } astRows[] = {
         {"policy name of 300", 130, 300, 'z', 1},
         {"candidate path name of 255", 129, 255, 'z', 1},
@@ -158,10 +165,16 @@ TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
         v[0] = 0x00;
         return at::Sub(ucType, v);
     };
-    struct Row { const char *pcName; std::vector<Bytes> vecIn; std::vector<Bytes> vecOut; } astRows[] = {
-        {"standard slice id, long name, private slice id", {vecStd, NameIn(130, 300), vecPriv},
+    struct Row {
+        const char *pcName;
+        std::vector<Bytes> vecIn;
+        std::vector<Bytes> vecOut;
+    } astRows[] = {
+        {"standard slice id, long name, private slice id",
+         {vecStd, NameIn(130, 300), vecPriv},
          {vecStd, NameOut(130, 300), vecPriv}},
-        {"name first, slice ids between, long name last", {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
+        {"name first, slice ids between, long name last",
+         {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
          {NameOut(129, 2), vecPriv, vecStd, NameOut(130, 300)}},
         {"two names back to back, then an unknown type and a private slice id",
          {NameIn(129, 260), NameIn(130, 1), vecUnknown, vecPriv},

@@ -29,9 +29,12 @@ const uint32_t kPriv = BOL_SRPOLICY_SET_PRIV_SLICE_ID;
 
 TEST_F(AttrSet, SliceIdRewrite)
 {
-    /* pcOut: "=" means equal to the held bytes */
     struct Row {
-        const char *pcName; const char *pcHeld; uint32_t ulFlags; uint32_t ulWant; const char *pcOut;
+        const char *pcName;
+        const char *pcHeld;
+        uint32_t ulFlags;
+        uint32_t ulWant;
+        const char *pcOut; /* "=" means equal to the held bytes */
     } astRows[] = {
         {"no flag: output equals the held attribute",
          "00 0F 00 18 | 0C 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 0B | 7E 06 00 00 00 00 00 0C", 0, BOL_OK,
@@ -99,9 +102,13 @@ const char *const kAttrHex = "00 0F 00 08 | 0C 06 00 00 00 00 00 64";
  * message 47, when it fits; only the low 16 bits of its length count. */
 TEST_F(AttrSet, WritersCopyTheStoredValueWhenItFits)
 {
-    /* bFailCopy: the copy fails: reported, its bytes cleared */
     struct Row {
-        const char *pcName; uint32_t ulAttrLen; uint32_t ulRoom; uint32_t ulRet; size_t ulWritten; bool bFailCopy;
+        const char *pcName;
+        uint32_t ulAttrLen;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        size_t ulWritten;
+        bool bFailCopy; /* the copy fails: reported, its bytes cleared */
     } const astRows[] = {
         {"room equal to the attribute", 12, 12, BOL_OK, 12, false},
         {"one byte short", 12, 11, BOL_SRPOLICY_ERR_BUF_SHORT, 0, false},

@@ -23,7 +23,13 @@ using Check = std::function<void(const at::Record &)>;
 /* Each row is the sub-TLV area of one tunnel; when it decodes, the copy
  * must equal pcCopy (the same area as the decoder left it) and the record
  * must pass the row's check. */
-struct Row { const char *pcName; const char *pcSubTlvs; uint32_t ulWant; const char *pcCopy; Check fnCheck; };
+struct Row {
+    const char *pcName;
+    const char *pcSubTlvs;
+    uint32_t ulWant;
+    const char *pcCopy;
+    Check fnCheck;
+};
 
 void RunRows(BOL_SRPOLICY_INSTANCE_S *pstInst, const std::vector<Row> &vecRows)
 {
@@ -51,13 +57,15 @@ TEST_F(SubTlv, PreferenceTemplateIdAndSliceIds)
              EXPECT_EQ(r.pstAttr->ulPreference, 256u);
          }},
         {"preference of length 5", "0C 05 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"preference twice", "0C 06 00 00 00 00 00 01 | 0C 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
+        {"preference twice", "0C 06 00 00 00 00 00 01 | 0C 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "",
+         nullptr},
         {"template id", "7F 06 80 00 12 34 56 78", BOL_OK, "7F 06 00 00 12 34 56 78",
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucCfgModuleIdExist, 1u);
              EXPECT_EQ(r.pstAttr->ulCfgModuleId, 0x12345678u);
          }},
-        {"template id twice", "7F 06 00 00 00 00 00 01 | 7F 06 00 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
+        {"template id twice", "7F 06 00 00 00 00 00 01 | 7F 06 00 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "",
+         nullptr},
         {"private slice id of length 4, then a valid one",
          "7E 04 FF FF FF FF | 7E 06 FF 00 00 00 00 07", BOL_OK, "7E 04 FF FF FF FF | 7E 06 00 00 00 00 00 07",
          [](const at::Record &r) {
@@ -83,7 +91,8 @@ TEST_F(SubTlv, PreferenceTemplateIdAndSliceIds)
              EXPECT_EQ(r.pucPrivSliceId, r.pstAttr->pucRealPrivAttr + 12);
          }},
         {"private twice", "7E 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"standard twice", "7B 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
+        {"standard twice", "7B 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "",
+         nullptr},
         {"standard of length 5", "7B 05 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
     });
 }
@@ -115,7 +124,8 @@ TEST_F(SubTlv, BindingSid)
              EXPECT_EQ(r.pstAttr->aulBsidValue[3], 1u);
          }},
         {"length 7", "0D 07 00 00 00 00 10 00 00", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-        {"second one of another length", "0D 02 00 00 | 0D 06 00 00 00 01 00 00", BOL_ERR_SUBTLV_INVALID, "", nullptr},
+        {"second one of another length", "0D 02 00 00 | 0D 06 00 00 00 01 00 00", BOL_ERR_SUBTLV_INVALID, "",
+         nullptr},
     });
 }
 
@@ -206,14 +216,16 @@ TEST_F(SubTlv, Names)
  * fill whole words and names that do not, decides alone. */
 TEST(NameCheck, EveryPlaceAndEdgeByte)
 {
-    struct Row { uint8_t ucByte; uint32_t ulWant; } astRows[] = {
+    struct Row {
+        uint8_t ucByte;
+        uint32_t ulWant;
+    } astRows[] = {
         {0x00, 0u}, {0x1F, 0u}, {0x20, 1u}, {0x41, 1u}, {0x7E, 1u}, {0x7F, 0u}, {0x80, 0u}, {0xA0, 0u}, {0xFF, 0u},
     };
     for (uint32_t ulLen : {1u, 4u, 7u, 8u, 11u}) {
         for (uint32_t ulAt = 0; ulAt < ulLen; ulAt++) {
             for (const Row &row : astRows) {
-                SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at "
-                                                << ulAt);
+                SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at " << ulAt);
                 Bytes vecName(ulLen, 'm');
                 vecName[ulAt] = row.ucByte;
                 EXPECT_EQ(BOL_SRPOLICY_CheckNameValid(vecName.data(), ulLen), row.ulWant);

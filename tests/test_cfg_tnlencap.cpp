@@ -65,8 +65,11 @@ protected:
 
 /* ---- Encoded bytes --------------------------------------------------------- */
 
-/* pcHex: the attribute value */
-struct EncodeRow { const char *pcName; void (*pfnBuild)(Cfg &); const char *pcHex; };
+struct EncodeRow {
+    const char *pcName;
+    void (*pfnBuild)(Cfg &);
+    const char *pcHex; /* the attribute value */
+};
 
 const EncodeRow kEncodeRows[] = {
     {"nothing configured", [](Cfg &) {},
@@ -74,7 +77,8 @@ const EncodeRow kEncodeRows[] = {
     {"binding SID label 16 with S-flag",
      [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidSFlag = 1; c.st.ulBsidLabel = 16; },
      /* tunnel | type 13, len 6, flags S, rsv, label field */ "00 0F 00 08 | 0D 06 80 00 00 01 00 00"},
-    {"binding SID flags only, I-flag", [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidIFlag = 1; },
+    {"binding SID flags only, I-flag",
+     [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidIFlag = 1; },
      /* tunnel | type 13, len 2, flags I, rsv */ "00 0F 00 04 | 0D 02 40 00"},
     {"segment list: weight 10, labels 100 and 200",
      [](Cfg &c) {
@@ -225,9 +229,12 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
             c.st.ulBsidLabel = ulBsidLabel;
         };
     };
-    /* iLenDelta: the record length passed, against its size */
     struct Row {
-        const char *pcName; std::function<void(Cfg &)> fnBuild; int iLenDelta; uint32_t ulRet; uint16_t usSize;
+        const char *pcName;
+        std::function<void(Cfg &)> fnBuild;
+        int iLenDelta; /* the record length passed, against its size */
+        uint32_t ulRet;
+        uint16_t usSize;
     } const astRows[] = {
         {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
         {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},

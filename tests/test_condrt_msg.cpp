@@ -149,11 +149,15 @@ TEST_F(CondRtMsg, AttributeMessageRebuiltFromTheStoredAttribute)
 
 TEST_F(CondRtMsg, AttributeMessageCases)
 {
-    /* ulAttrLenHigh: bits above the 16 that are used; pcMsgHex: what is written; pcStoredHex: the stored attribute
-     * afterwards, "" = unchanged */
     struct Row {
-        const char *pcName; const char *pcAttrHex; uint32_t ulAttrLenHigh; uint32_t ulRtFlags; uint32_t ulRoom;
-        uint32_t ulRet; const char *pcMsgHex; const char *pcStoredHex;
+        const char *pcName;
+        const char *pcAttrHex;
+        uint32_t ulAttrLenHigh; /* bits above the 16 that are used */
+        uint32_t ulRtFlags;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        const char *pcMsgHex; /* what is written */
+        const char *pcStoredHex; /* the stored attribute afterwards, "" = unchanged */
     } const astRows[] = {
         {"preference only, room 16", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 16, BOL_OK,
          /* type 3, length 8, flags, reserved, preference */ "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
@@ -211,9 +215,12 @@ TEST_F(CondRtMsg, AttributeMessageCases)
  * each failure is reported and the message is still completed. */
 TEST_F(CondRtMsg, FailedCopyClearsOnlyItsItem)
 {
-    /* ulReports: every failed copy: the decode's and the message's own */
     struct Row {
-        const char *pcName; const char *pcAttrHex; const char *pcMsgHex; const char *pcReport; size_t ulReports;
+        const char *pcName;
+        const char *pcAttrHex;
+        const char *pcMsgHex;
+        const char *pcReport;
+        size_t ulReports; /* every failed copy: the decode's and the message's own */
     } const astRows[] = {
         {"segment list entry", "00 0F 00 0C | 80 00 09 00 01 06 00 00 00 06 40 00",
          /* type 4, 0, length 12 | L 9, reserved, 9 cleared bytes */

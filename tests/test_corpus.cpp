@@ -26,7 +26,10 @@ BOL_FUZZ_ENTRY(fuzz_attrmsg)
 
 namespace {
 
-struct Target { const char *pcName; int (*pfnOne)(const uint8_t *, size_t); };
+struct Target {
+    const char *pcName;
+    int (*pfnOne)(const uint8_t *, size_t);
+};
 
 const Target kTargets[] = {{"fuzz_nlri", fuzz_nlri_one},         {"fuzz_attr", fuzz_attr_one},
                            {"fuzz_keymsg", fuzz_keymsg_one},     {"fuzz_text_raw", fuzz_text_raw_one},

@@ -22,8 +22,12 @@ namespace {
  * the host's table untouched. */
 TEST(Construct, RefusalsAndAllocationFailureLeaveTheTableUntouched)
 {
-    /* ulFailNth: also the allocations attempted */
-    struct Case { const char *pcName; bool bTable; uint32_t ulModule; uint32_t ulFailNth; } const astCases[] = {
+    struct Case {
+        const char *pcName;
+        bool bTable;
+        uint32_t ulModule;
+        uint32_t ulFailNth; /* also the allocations attempted */
+    } const astCases[] = {
         {"null table", false, kModule, 0}, {"module 0", true, 0u, 0}, {"instance allocation fails", true, kModule, 1}};
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
@@ -126,9 +130,12 @@ TEST_F(ProcTable, WritesExactlyTheContractBytes)
  * depends on a platform copy succeeding. */
 TEST_F(ProcTable, ConstructRtpEntryOrsKeyAndAttrBits)
 {
-    /* ulAt: where the entry starts in the buffer */
     struct Row {
-        const char *pcName; size_t ulAt; uint16_t usFlags; bool bCopiesFail; uint16_t usWant;
+        const char *pcName;
+        size_t ulAt; /* where the entry starts in the buffer */
+        uint16_t usFlags;
+        bool bCopiesFail;
+        uint16_t usWant;
     } const astRows[] = {
         {"flags 0x0001", 0, 0x0001u, false, 0x000Bu},
         {"all other bits set, entry at an odd address", 1, 0xFFF5u, false, 0xFFFFu},
@@ -225,7 +232,11 @@ TEST_F(Dispatch, TypesWithoutHandlerGetEachDispatchersOwnResult)
     bt::Route rt;
     char acText[64];
 
-    struct Case { const char *pcName; uint32_t ulGot; uint32_t ulWant; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        uint32_t ulGot;
+        uint32_t ulWant;
+    } astCases[] = {
         {"ParsePkt 16", m_stTbl.pfnParsePkt(&pucCur, 13, &iHost, 16, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM},
         {"FormatPkt 16", m_stTbl.pfnFormatPkt(&rt.stRt, 16, &pucCur, 64, m_pstInst), BOL_ERR_NO_HANDLER},
         {"SetAttr 24", m_stTbl.pfnSetAttr(&rt.stRt, 24, 0, &pvOut, m_pstInst), BOL_ERR_NO_HANDLER},
@@ -267,7 +278,11 @@ TEST_F(Dispatch, NullArgumentsAreReportedWithTheDispatchersModule)
 
     const char *const P = "bol_srpolicy_parse", *const F = "bol_srpolicy_format", *const A = "bol_srpolicy_attr",
                *const S = "bol_srpolicy";
-    struct Case { const char *pcName; const char *pcModule; uint32_t ulGot; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        const char *pcModule;
+        uint32_t ulGot;
+    } astCases[] = {
         {"ParsePkt", P, m_stTbl.pfnParsePkt(&pucCur, 1, &iHost, 14, nullptr, &ulMore, m_pstInst)},
         {"FormatPkt", F, m_stTbl.pfnFormatPkt(&rt.stRt, 14, nullptr, 64, m_pstInst)},
         {"SetAttr", A, m_stTbl.pfnSetAttr(&rt.stRt, 23, 0, nullptr, m_pstInst)},
@@ -333,7 +348,12 @@ TEST_F(OutputRecord, KeyOnlyAttrOnlyAndBoth)
         vecAttr[i] = static_cast<uint8_t>(i + 1);
     }
     struct Case {
-        const char *pcName; bool bKey; bool bAttr; size_t ulLen; uint32_t ulFlags; uint16_t usKeyOff;
+        const char *pcName;
+        bool bKey;
+        bool bAttr;
+        size_t ulLen;
+        uint32_t ulFlags;
+        uint16_t usKeyOff;
         uint16_t usAttrOff;
     } astCases[] = {
         {"key only", true, false, 60, 0x2, 32, 0},
@@ -382,8 +402,14 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
     BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 2, 3);
     uint8_t aucAttr[4] = {0};
     struct Case {
-        const char *pcName; uint32_t ulKeyLen; bool bKey; bool bAttr; uint32_t ulModule; uint32_t ulFailNth;
-        uint32_t ulWant; size_t ulReports;
+        const char *pcName;
+        uint32_t ulKeyLen;
+        bool bKey;
+        bool bAttr;
+        uint32_t ulModule;
+        uint32_t ulFailNth;
+        uint32_t ulWant;
+        size_t ulReports;
     } astCases[] = {
         {"empty descriptor", 0, false, false, kModule, 0, BOL_ERR_PARAM, 0},
         {"zero-length attribute only", 0, false, true, kModule, 0, BOL_ERR_PARAM, 0},

@@ -17,9 +17,13 @@ namespace {
 
 TEST(MemsetS, FillsOrFailsLikeTheContract)
 {
-    /* ulSet: bytes that end up as 0x5A */
     struct Case {
-        const char *pcName; size_t destMax; size_t count; bool bNullDest; int iWant; size_t ulSet;
+        const char *pcName;
+        size_t destMax;
+        size_t count;
+        bool bNullDest;
+        int iWant;
+        size_t ulSet;  // bytes that end up as 0x5A
     } astCases[] = {
         {"fits", 8, 8, false, 0, 8},
         {"shorter", 8, 3, false, 0, 3},
@@ -41,7 +45,13 @@ TEST(MemsetS, FillsOrFailsLikeTheContract)
 TEST(MemcpyS, CopiesOrZeroesTheDestination)
 {
     const unsigned char aucSrc[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    struct Case { const char *pcName; size_t destMax; size_t count; bool bNullSrc; int iWant; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        size_t destMax;
+        size_t count;
+        bool bNullSrc;
+        int iWant;
+    } astCases[] = {
         {"fits", 8, 8, false, 0},
         {"count zero", 8, 0, false, 0},
         {"too long", 4, 8, false, BOL_SEC_ERANGE},
@@ -92,7 +102,9 @@ TEST(FormatS, CountLimitAndNoRoom)
 const char *volatile g_pcNoText = nullptr;
 
 struct FormatRow {
-    const char *pcName; std::function<int(char *, size_t)> fnTruncated; std::function<int(char *, size_t)> fnSprintf;
+    const char *pcName;
+    std::function<int(char *, size_t)> fnTruncated;
+    std::function<int(char *, size_t)> fnSprintf;
     std::function<int(char *, size_t)> fnReference;
 };
 
@@ -222,7 +234,10 @@ TEST(MemCmp, ThreeWay)
     EXPECT_EQ(KEO_MemCmp(a, b, 0), 0);
 }
 
-struct Node { BOL_SRPOLICY_LIST_NODE_S stNode; int iValue; };
+struct Node {
+    BOL_SRPOLICY_LIST_NODE_S stNode;
+    int iValue;
+};
 
 TEST(List, TailInsertKeepsOrderAndCount)
 {

@@ -25,7 +25,11 @@ TEST_F(RouteKey, KeyOrder)
 {
     BOL_SRPOLICY_NLRI_S stRsv = kV4;
     stRsv.aucReserved[1] = 9;  // not part of the order
-    struct Case { const char *pcName; BOL_SRPOLICY_NLRI_S stA, stB; int32_t lWant; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stA, stB;
+        int32_t lWant;
+    } astCases[] = {
         {"v4 before v6", bt::KeyV4(~0u, ~0u, ~0u), bt::KeyV6(0, 0, 0, 0, 0, 0), -1},
         {"distinguisher unsigned", bt::KeyV4(0x80000000u, 0, 0), bt::KeyV4(1, 9, 9), 1},
         {"color", bt::KeyV4(1, 2, 9), bt::KeyV4(1, 3, 0), -1},
@@ -66,10 +70,14 @@ TEST_F(RouteKey, KeyWriters)
     const BOL_SRPOLICY_NLRI_S stV6 = bt::KeyV6(0x01020304u, 0xA0B0C0D0u, 0x20010DB8u, 0, 0, 9);
     BOL_SRPOLICY_NLRI_S stOdd = bt::KeyV6(1, 100, 1, 2, 3, 4);
     stOdd.ucNlriLen = 0;  // anything but 96 is written in the IPv6 form
-    /* pcHex: length [· reserved] · distinguisher · color · endpoint */
     struct Case {
-        const char *pcName; const std::vector<Writer> &vecWriters; bool bKey; BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulRoom; uint32_t ulRet; const char *pcHex;
+        const char *pcName;
+        const std::vector<Writer> &vecWriters;
+        bool bKey;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        const char *pcHex;  // length [· reserved] · distinguisher · color · endpoint
     } const astCases[] = {
         {"wire v4", vecWire, true, kV4, 13, BOL_OK, "60 00000001 00000064 0A000001"},
         {"wire v4, room 12", vecWire, true, kV4, 12, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
@@ -107,9 +115,16 @@ TEST_F(RouteKey, CfgPrefixWriteRefusals)
 {
     BOL_SRPOLICY_NLRI_S stOdd = kV4;
     stOdd.ucNlriLen = 0;
-    struct Case { const char *pcName; BOL_SRPOLICY_NLRI_S stKey; uint32_t ulRoom; uint32_t ulRet; size_t ulWritten; }
-    const astCases[] = {{"room 88", kV4, 88, BOL_SRPOLICY_ERR_BUF_SHORT, 0},
-                        {"odd length", stOdd, 89, BOL_ERR_NO_DATA, 4}};
+    struct Case {
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        size_t ulWritten;  // leading bytes written
+    } const astCases[] = {
+        {"room 88", kV4, 88, BOL_SRPOLICY_ERR_BUF_SHORT, 0},
+        {"odd length", stOdd, 89, BOL_ERR_NO_DATA, 4},
+    };
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
         bt::Route rt;
@@ -163,7 +178,11 @@ TEST_F(RouteKey, ValidityByEndpoint)
     stOdd.ucNlriLen = 0;
     auto V4 = [](uint32_t ulAddr) { return bt::KeyV4(1, 2, ulAddr); };
     struct Case {
-        const char *pcName; BOL_SRPOLICY_NLRI_S stKey; uint32_t ulValid; uint32_t ulKind = 2u; uint32_t ulKeyLen = 28u;
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulValid;
+        uint32_t ulKind = 2u;
+        uint32_t ulKeyLen = 28u;
         uint32_t ulRet = BOL_OK;
     } const astCases[] = {
         {"127.0.0.1, kind 1", V4(0x7F000001u), 1, 1}, {"127.0.0.1, kind 8", V4(0x7F000001u), 1, 8},

@@ -32,8 +32,12 @@ std::string Zeros(size_t n)
  * also gives the value after clearing. */
 TEST_F(SegList, ValidationAndClearing)
 {
-    /* pcCleared: "" = unchanged */
-    struct Row { const char *pcName; std::string strValue; uint32_t ulWant; const char *pcCleared; } astRows[] = {
+    struct Row {
+        const char *pcName;
+        std::string strValue;
+        uint32_t ulWant;
+        const char *pcCleared; /* "" = unchanged */
+    } astRows[] = {
         {"worked example: label 100 and a weight of 10",
          "00 | 01 06 00 00 00 06 40 00 | 09 06 FF 00 00 00 00 0A", BOL_OK,
          "00 | 01 06 00 00 00 06 40 00 | 09 06 00 00 00 00 00 0A"},
@@ -81,7 +85,8 @@ TEST_F(SegList, ValidationAndClearing)
         /* Refused after a clear target: the target keeps its bytes. */
         {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
          BOL_ERR_SUBTLV_INVALID, ""},
-        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED, ""},
+        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED,
+         ""},
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);

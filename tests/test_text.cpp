@@ -39,7 +39,12 @@ std::string PolicyName(const std::string &strName)
     return bt::ToHex(at::Sub(130, vecValue));
 }
 
-struct Call { uint32_t ulRet; std::string strText; uint32_t ulOffset; uint32_t ulMore; };
+struct Call {
+    uint32_t ulRet;
+    std::string strText;
+    uint32_t ulOffset;
+    uint32_t ulMore;
+};
 
 class Text : public bt::PluginTest {
 protected:
@@ -82,11 +87,15 @@ TEST_F(Text, KeyLine)
     const std::string strV4 = "SRPOLICY NLRI: Distinguisher[1], PolicyColor[2], Endpoint[10.0.0.1]";
     BOL_SRPOLICY_NLRI_S stOtherLen = bt::KeyV6(1, 2, 0, 0, 0, 0x0A000001u);
     stOtherLen.ucNlriLen = 0u;  // neither 96 nor 192: an IPv6 endpoint
-    /* strText: the buffer afterwards (filled with 'Z' before); ulFlags: resume offset and more flag afterwards; both
-     * were 5 */
     struct Case {
-        const char *pcName; BOL_SRPOLICY_NLRI_S stKey; uint32_t ulKeyLen; size_t ulBufLen; uint32_t ulRet;
-        std::string strText; uint32_t ulFlags; size_t ulReports;
+        const char *pcName;
+        BOL_SRPOLICY_NLRI_S stKey;
+        uint32_t ulKeyLen;
+        size_t ulBufLen;
+        uint32_t ulRet;
+        std::string strText;  // the buffer afterwards (filled with 'Z' before)
+        uint32_t ulFlags;     // resume offset and more flag afterwards; both were 5
+        size_t ulReports;
     } astCases[] = {
         {"ipv4", bt::KeyV4(1, 2, 0x0A000001u), 28, 256, BOL_OK, strV4, 0, 0},
         {"long ipv6", bt::KeyV6(4000000000u, 4294967295u, 0x20010DB8u, 0x11112222u, 0x33334444u, 0x55556666u), 28,
@@ -143,8 +152,11 @@ TEST_F(Text, PrintersRefuseNoBuffer)
 
 TEST_F(Text, OneLineBySubTlv)
 {
-    /* strText: after "\r\n" and the header */
-    struct Case { const char *pcName; std::string strSubTlvs; std::string strText; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        std::string strSubTlvs;
+        std::string strText;  // after "\r\n" and the header
+    } astCases[] = {
         {"preference", "0C 06 00 00 00 00 00 64", "  Preference: 100\n"},
         {"preference, length 4", "0C 04 00 00 00 64", "  Preference: no present\n"},
         {"template id", "7F 06 00 00 00 00 01 00", "  Template ID: 256\n"},
@@ -208,10 +220,15 @@ TEST_F(Text, WhereTextStopsAndResumes)
     const Bytes vecSrv6 = Tunnel("14 1A E0 00 " + kSid2 + " 00 30 00 00 20 10 10 00");
     const std::string strSrv6 = "  SRv6 Binding SID: 2001:db8::2, Flags:0xe0";
     const size_t ulSrv6 = 2u + kHeader.size() + strSrv6.size() + 1u + 12u;
-    /* ulMore: 77 when left as it was */
     struct Case {
-        const char *pcName; Bytes vecAttr; size_t ulSize; uint32_t ulOffsetIn; uint32_t ulRet; std::string strText;
-        uint32_t ulMore; uint32_t ulOffset;
+        const char *pcName;
+        Bytes vecAttr;
+        size_t ulSize;
+        uint32_t ulOffsetIn;
+        uint32_t ulRet;
+        std::string strText;
+        uint32_t ulMore;  // 77 when left as it was
+        uint32_t ulOffset;
     } astCases[] = {
         {"binding sid of length 10 has no text", Tunnel("0C 06 00 00 00 00 00 01  0D 0A C0 00 00 00 00 00 00 00 00 00"),
          8192, 0, BOL_OK, "\r\n" + kHeader + "  Preference: 1\n", 1, 4 + 8 + 2},
@@ -249,8 +266,11 @@ TEST_F(Text, WhereTextStopsAndResumes)
  * text of one large call; below that size some call makes no progress. */
 TEST_F(Text, EverySizeJoinsIntoTheSingleCallText)
 {
-    /* ulSmallest: longest piece + "\r\n" + 12 held back + zero */
-    struct Case { const char *pcName; Bytes vecAttr; size_t ulSmallest; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        Bytes vecAttr;
+        size_t ulSmallest;  // longest piece + "\r\n" + 12 held back + zero
+    } astCases[] = {
         {"realistic", at::RealisticAttr(), 2u + kHeader.size() + 1u},
         {"every resumable printer",
          Tunnel("0C 06 00 00 00 00 00 64  7B 06 00 00 00 00 00 09  7F 06 00 00 00 00 00 05  "
@@ -335,8 +355,11 @@ TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
 
 TEST_F(Text, LengthsThatRunPastTheAttributeEndTheTextThere)
 {
-    /* strText: after "\r\n" and the header; always complete */
-    struct Case { const char *pcName; std::string strAttr; std::string strText; } astCases[] = {
+    struct Case {
+        const char *pcName;
+        std::string strAttr;
+        std::string strText;  // after "\r\n" and the header; always complete
+    } astCases[] = {
         {"shorter than the tunnel header", "00 0F 00", ""},
         {"tunnel length beyond the attribute", "00 0F 00 FF  0C 06 00 00 00 00 00 01", "  Preference: 1\n"},
         {"tunnel length shorter than the sub-TLVs", "00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02",

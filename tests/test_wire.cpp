@@ -28,7 +28,9 @@ TEST(View, HasOnlyRangesInside)
     uint8_t auc[4] = {};
     const bol::View stView = bol::MakeView(auc, 4u);
     struct Row {
-        uint32_t ulOff; uint32_t ulCount; bool bHas;
+        uint32_t ulOff;
+        uint32_t ulCount;
+        bool bHas;
     } const astRows[] = {{0, 4, true}, {4, 0, true}, {3, 1, true},        {3, 2, false},
                          {5, 0, false}, {1, 0xFFFFFFFFu, false}, {0xFFFFFFFFu, 2, false}};
     for (const Row &stRow : astRows) {
@@ -43,7 +45,9 @@ TEST(Writer, RoomUpToAnEnd)
 {
     uint8_t auc[8] = {};
     struct Row {
-        uint8_t *puc; const uint8_t *pucEnd; uint32_t ulRoom;
+        uint8_t *puc;
+        const uint8_t *pucEnd;
+        uint32_t ulRoom;
     } const astRows[] = {{auc, auc + 8, 8}, {auc + 3, auc + 8, 5}, {auc, auc, 0},
                          {auc + 8, auc, 0}, {nullptr, auc + 8, 0}, {auc, nullptr, 0}};
     for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
@@ -56,9 +60,11 @@ TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
 {
     static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
     static const uint8_t aucSrc[3] = {0xA1, 0xA2, 0xA3};
-    /* pcHex: the room afterwards */
     struct Row {
-        const char *pcName; uint32_t ulRoom; std::function<void(bol::Writer &)> fnWrite; const char *pcHex;
+        const char *pcName;
+        uint32_t ulRoom;
+        std::function<void(bol::Writer &)> fnWrite;
+        const char *pcHex; /* the room afterwards */
         uint32_t ulShort;
     } const astRows[] = {
         {"u8, u16, u32 fill the room", 7,
@@ -107,7 +113,9 @@ TEST(Writer, FailingCopyClearsTheDestinationSizeItWasGiven)
 {
     static const uint8_t aucSrc[3] = {0xA1, 0xA2, 0xA3};
     struct Row {
-        const char *pcName; int (*pfnPut)(bol::Writer &, const uint8_t *, uint32_t); const char *pcHex;
+        const char *pcName;
+        int (*pfnPut)(bol::Writer &, const uint8_t *, uint32_t);
+        const char *pcHex;
     } const astRows[] = {
         {"item size", bol::PutBytes, "01 00 00 00 EE EE EE EE"},
         {"the room", bol::PutBytesInRoom, "01 00 00 00 00 00 00 00"},
@@ -128,9 +136,13 @@ TEST(Writer, FailingCopyClearsTheDestinationSizeItWasGiven)
 
 TEST(Writer, EndCheckReportsWhatTheSizesGotWrong)
 {
-    /* ulWrite: bytes written as one item; pcReport: "" = none */
     struct Row {
-        const char *pcName; uint32_t ulRoom; uint32_t ulWrite; bool bFilled; bool bWant; const char *pcReport;
+        const char *pcName;
+        uint32_t ulRoom;
+        uint32_t ulWrite; /* bytes written as one item */
+        bool bFilled;
+        bool bWant;
+        const char *pcReport; /* "" = none */
     } const astRows[] = {
         {"every write fitted", 6, 4, false, true, ""},
         {"every write fitted and filled the room", 4, 4, true, true, ""},
@@ -157,9 +169,12 @@ TEST(Writer, EndCheckReportsWhatTheSizesGotWrong)
  * refused when they are not or the value runs past the bytes given. */
 TEST(TlvHeader, TypeLengthAndFit)
 {
-    /* usLen: 0xEE.. when not read */
     struct Row {
-        const char *pcName; const char *pcHex; uint32_t ulRet; uint8_t ucType; uint16_t usLen;
+        const char *pcName;
+        const char *pcHex;
+        uint32_t ulRet;
+        uint8_t ucType;
+        uint16_t usLen; /* 0xEE.. when not read */
     } const astRows[] = {
         {"header alone, length 0", "07 00 00", BOL_OK, 7, 0},
         {"value fits exactly", "07 00 02 AA BB", BOL_OK, 7, 2},

@@ -15,7 +15,10 @@
 namespace tp {
 namespace {
 
-struct Block { uint32_t ulModule; uint32_t ulSize; };
+struct Block {
+    uint32_t ulModule;
+    uint32_t ulSize;
+};
 
 struct State {
     std::map<void *, Block> mapLive;
