@@ -194,22 +194,11 @@ TEST_F(Memory, ScratchIsLentOnceAndLargerRequestsUseTheModule)
     EXPECT_TRUE(tp::Reports().empty());
 }
 
-TEST_F(Memory, ZeroSizeNullArgumentsAndHeapFailure)
+TEST_F(Memory, ZeroSizeAndHeapFailure)
 {
     EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 0), nullptr);
     EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(BOL_SRPOLICY_Malloc(nullptr, 8), nullptr);
-    EXPECT_EQ(ReportCount(), 1u);
-
-    void *pvNull = nullptr;
-    BOL_SRPOLICY_Free(&pvNull, m_pstInst);
-    EXPECT_EQ(ReportCount(), 2u);
-    BOL_SRPOLICY_Free(nullptr, m_pstInst);
-    EXPECT_EQ(ReportCount(), 3u);
     void *pv = BOL_SRPOLICY_Malloc(m_pstInst, 4);
-    BOL_SRPOLICY_Free(&pv, nullptr);
-    EXPECT_EQ(ReportCount(), 4u);
-    EXPECT_EQ(pv, m_pstInst->aucScratch);
     /* Scratch lent out and the module refuses: null. */
     tp::FailNthAlloc(1);
     EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 16), nullptr);
@@ -263,56 +252,6 @@ TEST_F(Dispatch, TypesWithoutHandlerGetEachDispatchersOwnResult)
     EXPECT_EQ(pucCur, aucBuf);
     EXPECT_EQ(pvOut, reinterpret_cast<void *>(0x1));
     EXPECT_EQ(ulMore, 77u);
-}
-
-/* Null required pointers are reported, with the dispatcher's module, before
- * the lookup (a handled type is used so only the check can refuse it). */
-TEST_F(Dispatch, NullArgumentsAreReportedWithTheDispatchersModule)
-{
-    uint8_t aucBuf[64] = {0};
-    uint8_t *pucCur = aucBuf;
-    void *pvOut = nullptr;
-    uint32_t ulMore = 0, ulOffset = 0;
-    int iHost = 0;
-    bt::Route rt;
-
-    const char *const P = "bol_srpolicy_parse", *const F = "bol_srpolicy_format", *const A = "bol_srpolicy_attr",
-               *const S = "bol_srpolicy";
-    struct Case {
-        const char *pcName;
-        const char *pcModule;
-        uint32_t ulGot;
-    } astCases[] = {
-        {"ParsePkt", P, m_stTbl.pfnParsePkt(&pucCur, 1, &iHost, 14, nullptr, &ulMore, m_pstInst)},
-        {"FormatPkt", F, m_stTbl.pfnFormatPkt(&rt.stRt, 14, nullptr, 64, m_pstInst)},
-        {"SetAttr", A, m_stTbl.pfnSetAttr(&rt.stRt, 23, 0, nullptr, m_pstInst)},
-        {"ParseMsg", P, m_stTbl.pfnParseMsg(nullptr, 4, 119, &pvOut, m_pstInst)},
-        {"FormatMsg", F, m_stTbl.pfnFormatMsg(&rt.stRt, 121, &pucCur, 64, nullptr)},
-        {"ParseHaMsg", P, m_stTbl.pfnParseHaMsg(aucBuf, 28, 3, &pvOut, nullptr)},
-        {"FormatHaMsg", F, m_stTbl.pfnFormatHaMsg(&rt.stRt, 3, &pucCur, 64, nullptr)},
-        {"ParseAttrMsg", P, m_stTbl.pfnParseAttrMsg(aucBuf, 4, 47, &pvOut, nullptr)},
-        {"FormatAttrMsg", F, m_stTbl.pfnFormatAttrMsg(&rt.stRt, 47, &pucCur, 64, nullptr)},
-        {"ParseCfg", P, m_stTbl.pfnParseCfg(nullptr, 89, 2, &pvOut, m_pstInst)},
-        {"FormatCfg room 0", F, m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, 0, &ulOffset, &ulMore)},
-        {"Data2Str", S, m_stTbl.pfnData2Str(&rt.stRt, 1, nullptr, 64, &ulOffset, &ulMore, m_pstInst)},
-        {"ConstructSubsKey", S, m_stTbl.pfnConstructSubsKey(&iHost, 119, &iHost, &iHost, nullptr)},
-        {"ConstructRtpEntry", S, m_stTbl.pfnConstructRtpEntry(nullptr, aucBuf)},
-    };
-    ASSERT_EQ(tp::Reports().size(), sizeof(astCases) / sizeof(astCases[0]));
-    for (size_t i = 0; i < sizeof(astCases) / sizeof(astCases[0]); i++) {
-        SCOPED_TRACE(astCases[i].pcName);
-        EXPECT_EQ(astCases[i].ulGot, BOL_ERR_PARAM);
-        EXPECT_EQ(tp::Reports()[i].strModule, astCases[i].pcModule);
-        EXPECT_FALSE(tp::Reports()[i].bIsText);
-    }
-    EXPECT_EQ(pucCur, aucBuf);
-    EXPECT_EQ(pvOut, nullptr);
-
-    size_t ulBefore = ReportCount();
-    EXPECT_EQ(m_stTbl.pfnCmpData(nullptr, 28, aucBuf, 28, 2), BOL_CMP_ERR);
-    EXPECT_EQ(m_stTbl.pfnCmpData(aucBuf, 28, nullptr, 28, 2), BOL_CMP_ERR);
-    ASSERT_EQ(ReportCount(), ulBefore + 2);
-    EXPECT_EQ(tp::Reports().back().strModule, "bol_srpolicy_cmp");
 }
 
 TEST(Lookup, TablesHoldTheContractTypesInOrder)

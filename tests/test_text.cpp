@@ -336,7 +336,9 @@ TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 0u, &ulOffset, &ulMore),
               BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 1u);
+    EXPECT_EQ(m_stTbl.pfnFormatCfg(&rtNone.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucBuf, 0u, &ulOffset, &ulMore),
+              BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
 }
 
 /* ---- Bytes that did not come from the decoder ---------------------------------- */
