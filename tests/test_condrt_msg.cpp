@@ -159,12 +159,9 @@ TEST_F(CondRtMsg, AttributeMessageCases)
         const char *pcMsgHex; /* what is written */
         const char *pcStoredHex; /* the stored attribute afterwards, "" = unchanged */
     } const astRows[] = {
-        {"preference only, room 16", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 16, BOL_OK,
-         /* type 3, length 8, flags, reserved, preference */ "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
-        {"preference only, room 15", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 15,
-         BOL_SRPOLICY_ERR_BUF_SHORT, "", ""},
         {"the stored flags are cleared in place", "00 0F 00 08 | 0C 06 FF 00 00 00 00 64", 0, 0, 16, BOL_OK,
-         "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", "00 0F 00 08 | 0C 06 00 00 00 00 00 64"},
+         /* type 3, length 8, flags, reserved, preference */ "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64",
+         "00 0F 00 08 | 0C 06 00 00 00 00 00 64"},
         {"length beyond 16 bits", "00 0F 00 08 | 0C 06 00 00 00 00 00 64", 0x10000u, 0, 16, BOL_OK,
          "00 00 00 03 00 00 00 08 00 EE EE EE 00 00 00 64", ""},
         {"private slice id without the route flag: standard value", "00 0F 00 08 | 7E 06 00 00 00 00 00 05", 0, 0,
