@@ -29,7 +29,8 @@ std::string Zeros(size_t n)
 }
 
 /* Each row is one Segment List value (reserved byte first); a valid row
- * also gives the value after clearing. */
+ * also gives the value after clearing. The lengths each of types 1 to 8
+ * takes: the check table test below. */
 TEST_F(SegList, ValidationAndClearing)
 {
     struct Row {
@@ -47,13 +48,6 @@ TEST_F(SegList, ValidationAndClearing)
         {"type 1 of length 5", "00 | 01 05 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 1 claiming 7 with 6 following", "00 | 01 07 00 00 00 00 00 00", BOL_ERR_SUBTLV_MALFORMED, ""},
         {"a full segment and one byte more", "00 | 01 06 00 00 00 00 00 00 | 09", BOL_ERR_SUBTLV_MALFORMED, ""},
-        {"type 2 of length 18", "00 | 02 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00", BOL_OK, ""},
-        {"type 2 of length 16", "00 | 02 10 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID,
-         ""},
-        {"type 3 of length 10", "00 | 03 0A 00 00 00 00 00 00 00 00 00 00", BOL_OK, ""},
-        {"type 3 of length 8", "00 | 03 08 00 00 00 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 7 of length 42", "00 | 07 2A " + Zeros(42), BOL_OK, ""},
-        {"type 7 of length 30", "00 | 07 1E " + Zeros(30), BOL_ERR_SUBTLV_INVALID, ""},
         {"type 13 of length 40", "00 | 0D 28 " + Zeros(40), BOL_OK, ""},
         {"type 33 flags 0xC0 of length 50", "00 | 21 32 C0 " + Zeros(49), BOL_OK, ""},
         {"type 33 flags 0x80 of length 26", "00 | 21 1A 80 " + Zeros(25), BOL_ERR_SUBTLV_INVALID, ""},
@@ -75,13 +69,6 @@ TEST_F(SegList, ValidationAndClearing)
         {"type 33 of length 1", "00 | 21 01 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 10 of any length, unchecked", "00 | 0A 03 01 02 03", BOL_OK, ""},
         {"type 0 of length 0, unchecked", "00 | 00 00", BOL_OK, ""},
-        {"type 4 of length 22", "00 | 04 16 " + Zeros(22), BOL_OK, ""},
-        {"type 5 of length 14", "00 | 05 0E " + Zeros(14), BOL_OK, ""},
-        {"type 6 of length 10", "00 | 06 0A " + Zeros(10), BOL_OK, ""},
-        {"type 6 of length 12", "00 | 06 0C " + Zeros(12), BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 8 of length 34", "00 | 08 22 " + Zeros(34), BOL_OK, ""},
-        {"type 8 of length 36", "00 | 08 24 " + Zeros(36), BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 1 of length 0", "00 | 01 00", BOL_ERR_SUBTLV_INVALID, ""},
         /* Refused after a clear target: the target keeps its bytes. */
         {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
          BOL_ERR_SUBTLV_INVALID, ""},
