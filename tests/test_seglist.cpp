@@ -122,6 +122,13 @@ TEST_F(SegList, UnusedChecks)
     EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 6, 6, 0), BOL_OK);
     EXPECT_EQ(BOL_SRPOLICY_CheckSegmentSidEncodingVaild(aucSeg, aucSeg + 7, 7, 0), BOL_ERR_SUBTLV_INVALID);
 
+    /* The weight check, which the walk does in its own pass: 6 bytes, once. */
+    uint32_t ulSeen = 0u;
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmenWeightVaild(aucSeg, aucSeg + 6, 6, &ulSeen), BOL_OK);
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmenWeightVaild(aucSeg, aucSeg + 6, 6, &ulSeen), BOL_ERR_SUBTLV_INVALID);
+    ulSeen = 0u;
+    EXPECT_EQ(BOL_SRPOLICY_CheckSegmenWeightVaild(aucSeg, aucSeg + 4, 4, &ulSeen), BOL_ERR_SUBTLV_INVALID);
+
     /* Row 0 of the check table has no check: reported as a text, accepted. */
     EXPECT_EQ(BOL_SRPOLICY_CheckSubTlvValid(aucSeg, aucSeg + 6, 6, 0), BOL_OK);
     EXPECT_EQ(tp::TextReportCount("Type:0"), 1u);

@@ -123,9 +123,16 @@ TEST_F(Text, KeyLine)
     m_pstInst->ulScratchInUse = 0u;
 }
 
-/* Every printer refuses a missing text buffer with 4 and a written count of 0. */
-TEST_F(Text, PrintersRefuseNoBuffer)
+/* The text handlers refuse a missing buffer; every printer refuses one with
+ * 4 and a written count of 0. */
+TEST_F(Text, NoBufferIsRefused)
 {
+    bt::Route rt;
+    uint32_t ulOffset = 0u;
+    uint32_t ulMore = 0u;
+    for (BOL_SRPOLICY_DATA2STR_PF pfn : {BOL_SRPOLICY_MpNlriData2Str, BOL_SRPOLICY_TunnelEncapsulationAttr2Str}) {
+        EXPECT_EQ(pfn(&rt.stRt, nullptr, 64, &ulOffset, &ulMore, m_pstInst), BOL_ERR_PARAM);
+    }
     const uint8_t aucValue[8] = {0, 0, 0, 0, 0, 0, 0, 0};
     for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL) {
         uint32_t ulWritten = 9u;
