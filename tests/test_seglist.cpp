@@ -134,25 +134,4 @@ TEST_F(SegList, UnusedChecks)
     EXPECT_EQ(tp::TextReportCount("Type:0"), 1u);
 }
 
-/* Through the attribute: each Segment List becomes one node, in wire order,
- * holding the cleared value; a refused list refuses the attribute. */
-TEST_F(SegList, NodesOfTheDecodedAttribute)
-{
-    /* list 1: label 100 and a weight with flags FF; list 2: the reserved byte alone */
-    at::Record rec(m_pstInst, at::Tunnel(Hex("80 00 11 | 00 01 06 00 00 00 06 40 00 09 06 FF 00 00 00 00 0A"
-                                             "| 80 00 01 | 00")));
-    ASSERT_EQ(rec.ulRet, BOL_OK);
-    std::vector<Bytes> vecLists = rec.SegLists();
-    ASSERT_EQ(vecLists.size(), 2u);
-    EXPECT_EQ(rec.pstAttr->pstSegListHead->ulCount, 2u);
-    EXPECT_EQ(bt::ToHex(vecLists[0]), bt::ToHex(Hex("00 01 06 00 00 00 06 40 00 09 06 00 00 00 00 00 0A")));
-    EXPECT_EQ(bt::ToHex(vecLists[1]), "00");
-    EXPECT_EQ(bt::ToHex(rec.Copy()),
-              bt::ToHex(at::Tunnel(Hex("80 00 11 00 01 06 00 00 00 06 40 00 09 06 00 00 00 00 00 0A 80 00 01 00"))));
-
-    at::Record recBad(m_pstInst, at::Tunnel(Hex("80 00 11 | 00 01 06 00 00 00 06 40 00 09 06 FF 00 00 00 00 0A"
-                                                "| 80 00 03 | 00 01 06")));
-    EXPECT_EQ(recBad.ulRet, BOL_ERR_SUBTLV_MALFORMED);
-}
-
 }  // namespace
