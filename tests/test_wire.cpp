@@ -193,6 +193,8 @@ TEST(TlvHeader, TypeLengthAndFit)
     }
     uint8_t ucType = 0;
     const uint8_t aucTlv[3] = {1, 0, 0};
+    uint16_t usLen = 0;
+    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, nullptr, &usLen), BOL_ERR_PARAM);
     EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, &ucType, nullptr), BOL_ERR_PARAM);
 }
 
