@@ -71,58 +71,45 @@ class ProcTable : public bt::PluginTest {};
 /* The bytes the plug-in writes; everything else keeps the host's canary. */
 TEST_F(ProcTable, WritesExactlyTheContractBytes)
 {
-    const uint8_t *puc = reinterpret_cast<const uint8_t *>(&m_stTbl);
+    BOL_PROC_TBL_S stWant;
+    memset(&stWant, kCanary, sizeof(stWant));
     const uint8_t aucHdr[] = {0, 0, 0, 0, 0x01, 0x03, 0x02, 0x01};
-    EXPECT_EQ(memcmp(puc, aucHdr, sizeof(aucHdr)), 0);
-    EXPECT_EQ(m_stTbl.usHdrHalf, 1u);
-    EXPECT_EQ(m_stTbl.ucHdrByte, 0u);
-    EXPECT_EQ(m_stTbl.ucHost11, kCanary);
-
-    struct {
-        const uint32_t *pulList;
-        std::vector<uint32_t> vecWant;
-    } astLists[] = {
-        {m_stTbl.aulPktAttrType, {14, 15, 23}},
-        {m_stTbl.aulMsgType, {119, 121, 122}},
-        {m_stTbl.aulHaMsgType, {3, 5}},
-        {m_stTbl.aulAttrMsgType, {47}},
-    };
-    uint32_t ulCanaryWord;
-    memset(&ulCanaryWord, kCanary, sizeof(ulCanaryWord));
-    for (const auto &row : astLists) {
-        for (size_t i = 0; i < 20; i++) {
-            uint32_t ulWant = i < row.vecWant.size() ? row.vecWant[i] : ulCanaryWord;
-            EXPECT_EQ(row.pulList[i], ulWant) << "list entry " << i;
-        }
-    }
-    for (uint32_t ul : m_stTbl.aulZero0) {
-        EXPECT_EQ(ul, 0u);
-    }
-    for (uint32_t ul : m_stTbl.aulZero1) {
-        EXPECT_EQ(ul, 0u);
-    }
-    for (uint8_t uc : m_stTbl.aucHost344) {
-        EXPECT_EQ(uc, kCanary);
-    }
-    for (uint8_t uc : m_stTbl.aucHost364) {
-        EXPECT_EQ(uc, kCanary);
-    }
-
-    const BOL_HOST_PF apfnNull[] = {m_stTbl.pfnNone588, m_stTbl.pfnNone596, m_stTbl.apfnNone604[0],
-                                    m_stTbl.apfnNone604[1], m_stTbl.apfnNone604[2], m_stTbl.apfnNone648[0],
-                                    m_stTbl.apfnNone648[1]};
-    for (BOL_HOST_PF pfn : apfnNull) {
-        EXPECT_EQ(pfn, nullptr);
-    }
-    const BOL_HOST_PF *apstHost[] = {&m_stTbl.pfnHost544, &m_stTbl.pfnHost584, &m_stTbl.pfnHost592,
-                                     &m_stTbl.pfnHost600, &m_stTbl.apfnHost636[0], &m_stTbl.apfnHost636[1],
-                                     &m_stTbl.apfnHost636[2], &m_stTbl.apfnHost656[0], &m_stTbl.apfnHost656[5]};
-    for (const BOL_HOST_PF *pSlot : apstHost) {
-        const uint8_t *pucSlot = reinterpret_cast<const uint8_t *>(pSlot);
-        for (size_t i = 0; i < sizeof(*pSlot); i++) {
-            EXPECT_EQ(pucSlot[i], kCanary);
-        }
-    }
+    memcpy(&stWant, aucHdr, sizeof(aucHdr));
+    stWant.usHdrHalf = 1u;
+    stWant.ucHdrByte = 0u;
+    const uint32_t aulPktTypes[] = {14, 15, 23};
+    const uint32_t aulMsgTypes[] = {119, 121, 122};
+    const uint32_t aulHaTypes[] = {3, 5};
+    memcpy(stWant.aulPktAttrType, aulPktTypes, sizeof(aulPktTypes));
+    memcpy(stWant.aulMsgType, aulMsgTypes, sizeof(aulMsgTypes));
+    memcpy(stWant.aulHaMsgType, aulHaTypes, sizeof(aulHaTypes));
+    stWant.aulAttrMsgType[0] = 47u;
+    memset(stWant.aulZero0, 0, sizeof(stWant.aulZero0));
+    memset(stWant.aulZero1, 0, sizeof(stWant.aulZero1));
+    stWant.pfnParsePkt = BOL_SRPOLICY_ParsePkt;
+    stWant.pfnFormatPkt = BOL_SRPOLICY_FormatPkt;
+    stWant.pfnSetAttr = BOL_SRPOLICY_SetAttr;
+    stWant.pfnParseMsg = BOL_SRPOLICY_ParseMsg;
+    stWant.pfnFormatMsg = BOL_SRPOLICY_FormatMsg;
+    stWant.pfnParseHaMsg = BOL_SRPOLICY_ParseHaMsg;
+    stWant.pfnFormatHaMsg = BOL_SRPOLICY_FormatHaMsg;
+    stWant.pfnParseAttrMsg = BOL_SRPOLICY_ParseAttrMsg;
+    stWant.pfnFormatAttrMsg = BOL_SRPOLICY_FormatAttrMsg;
+    stWant.pfnParseCfg = BOL_SRPOLICY_ParseCfg;
+    stWant.pfnFormatCfg = BOL_SRPOLICY_FormatCfg;
+    stWant.pfnConstructRtpEntry = BOL_SRPOLICY_ConstructRtpEntry;
+    stWant.pfnNone588 = nullptr;
+    stWant.pfnNone596 = nullptr;
+    stWant.apfnNone604[0] = stWant.apfnNone604[1] = stWant.apfnNone604[2] = nullptr;
+    stWant.pfnCmpData = BOL_SRPOLICY_CmpData;
+    stWant.pfnData2Str = BOL_SRPOLICY_Data2Str;
+    stWant.pfnSetRtCount = BOL_SRPOLICY_SetRtCount;
+    stWant.pfnGetRtCount = BOL_SRPOLICY_GetRtCount;
+    stWant.pfnCheckRoute = BOL_SRPOLICY_CheckRoute;
+    stWant.apfnNone648[0] = stWant.apfnNone648[1] = nullptr;
+    stWant.pfnConstructSubsKey = BOL_SRPOLICY_ConstructSubsKey;
+    const uint8_t *pucGot = reinterpret_cast<const uint8_t *>(&m_stTbl);
+    EXPECT_EQ(bt::ToHex(pucGot, sizeof(m_stTbl)), bt::ToHex(reinterpret_cast<const uint8_t *>(&stWant), sizeof(stWant)));
 }
 
 /* The flags half-word at offset 2 of the host's entry, at any alignment:
