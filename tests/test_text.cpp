@@ -203,6 +203,16 @@ TEST_F(Text, OneLineBySubTlv)
     }
 }
 
+/* A name whose copy fails is reported and shown empty. */
+TEST_F(Text, FailedNameCopy)
+{
+    tp::FailMemcpyS(true);
+    const Call stCall = RenderAttr(Tunnel(PolicyName("abc")));
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Policy Name: \n");
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
+}
+
 /* Where a call ends its text, and where the next one goes on. A piece that
  * would fit only into the 12 held-back characters does not fit. */
 TEST_F(Text, WhereTextStopsAndResumes)
