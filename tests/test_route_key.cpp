@@ -5,6 +5,7 @@
  * per-family route counters.
  */
 #include <gtest/gtest.h>
+#include <string.h>
 
 #include <utility>
 #include <vector>
@@ -138,12 +139,21 @@ TEST_F(RouteKey, CfgPrefixWriteRefusals)
             EXPECT_EQ(vecBuf[i] != bt::kCanary, i < c.ulWritten) << "byte " << i;
         }
     }
+    /* The handler itself refuses no room at all, and reports it. */
+    bt::Route rt;
+    rt.SetKey(kV4);
+    uint8_t aucBuf[4];
+    uint8_t *pucCur = aucBuf;
+    uint32_t ulOffset = 0, ulMore = 0;
+    tp::Reset();
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgPrefix(&rt.stRt, &pucCur, 0u, &ulOffset, &ulMore), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 1u);
 }
 
 int g_iCtx;  // the host context is required but not read
 void *const kUntouched = &g_iCtx;
 
-TEST_F(RouteKey, NlriRefusedArguments)
+TEST_F(RouteKey, NlriBodyDecoder)
 {
     bt::Bytes vecIn = bt::Hex("60 00000001 00000064 0A000001");
     uint8_t *pucCur = vecIn.data();
@@ -156,6 +166,13 @@ TEST_F(RouteKey, NlriRefusedArguments)
     EXPECT_EQ(ReportCount(), 2u);
     EXPECT_EQ(pucCur, vecIn.data());
     EXPECT_EQ(pvOut, kUntouched);
+    // Twelve body bytes after the length byte: the key, the cursor past them, nothing more to read.
+    uint8_t *pucBody = vecIn.data() + 1;
+    EXPECT_EQ(BOL_SRPOLICY_ParseBgpNlri(&pucBody, 12, &pvOut, &ulMore, m_pstInst), BOL_OK);
+    EXPECT_EQ(pucBody, vecIn.data() + 13);
+    EXPECT_EQ(ulMore, 0u);
+    const BOL_SRPOLICY_NLRI_S stKey = fz::TakeOutput(pvOut).Key();
+    EXPECT_EQ(memcmp(&stKey, &kV4, sizeof(stKey)), 0);
 }
 
 /* Without a key and without a buffer the two types answer differently. */
