@@ -210,7 +210,7 @@ TEST(NameCheck, EveryPlaceAndEdgeByte)
     } astRows[] = {
         {0x00, 0u}, {0x1F, 0u}, {0x20, 1u}, {0x41, 1u}, {0x7E, 1u}, {0x7F, 0u}, {0x80, 0u}, {0xA0, 0u}, {0xFF, 0u},
     };
-    for (uint32_t ulLen : {1u, 4u, 7u, 8u, 11u}) {
+    for (uint32_t ulLen : {1u, 4u, 5u, 7u, 8u, 9u, 11u}) {
         for (uint32_t ulAt = 0; ulAt < ulLen; ulAt++) {
             for (const Row &row : astRows) {
                 SCOPED_TRACE(testing::Message() << "length " << ulLen << ", byte " << int(row.ucByte) << " at " << ulAt);
