@@ -23,7 +23,7 @@ import tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "tests", "live"))
 from harness import LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, free_port, wait_for  # noqa: E402
-from live_tests import route, write_config  # noqa: E402
+from live_tests import bulk_routes, write_config  # noqa: E402
 
 CPUS = sorted(os.sched_getaffinity(0))
 LAST, OTHERS = {CPUS[-1]}, set(CPUS[:-1] or CPUS)
@@ -111,8 +111,7 @@ def callgrind(tool, wd, raw, count):
 
 def routes_raw(tool, wd, count):
     """The UPDATEs of the live test's burst of count routes (one route each)."""
-    config = write_config(wd, [route("10.%d.%d.%d" % (i >> 16, (i >> 8) & 255, i & 255), 1 + i % 7, 100,
-                                     [16000 + i % 1000, 17000]) for i in range(count)], "routes%d.json" % count)
+    config = write_config(wd, bulk_routes(count), "routes%d.json" % count)
     return config, subprocess.run([tool, "encode", "--out", "raw", config], capture_output=True, check=True).stdout
 
 

@@ -62,8 +62,11 @@ class Gobgpd:
     optionally password and remote_port (gobgpd connects there, else waits)."""
 
     def __init__(self, workdir, asn, neighbors):
-        self.workdir, self.asn, self.neighbors = workdir, asn, neighbors
-        self.port, self.api_port = free_port(), free_port()
+        self.workdir = workdir
+        self.asn = asn
+        self.neighbors = neighbors
+        self.port = free_port()
+        self.api_port = free_port()
         self.log = os.path.join(workdir, "gobgpd.log")
 
     def config(self):
@@ -94,23 +97,16 @@ class Gobgpd:
         stop_process(self.proc)
         self.logfile.close()
 
-    def neighbor_state(self, address):
-        """The session state gobgp shows for a neighbor, e.g. "established"."""
-        out = subprocess.run([shutil.which("gobgp") or "/usr/bin/gobgp", "-u", LOOPBACK, "-p", str(self.api_port),
-                              "neighbor", address, "-j"], capture_output=True, text=True, timeout=10)
-        try:
-            return json.loads(out.stdout)["state"]["session_state"]
-        except (ValueError, KeyError, TypeError):
-            return ""
-
 
 class Srpolicy:
     """An srpolicy run with its output in files (stdout in a pipe with pipe)."""
 
     def __init__(self, tool, workdir, name, args, pipe=False):
         self.name = name
-        self.out_path, self.err_path = (os.path.join(workdir, name + ext) for ext in (".out", ".err"))
-        self.out, self.err = open(self.out_path, "w"), open(self.err_path, "w")
+        self.out_path = os.path.join(workdir, name + ".out")
+        self.err_path = os.path.join(workdir, name + ".err")
+        self.out = open(self.out_path, "w")
+        self.err = open(self.err_path, "w")
         self.proc = spawn([tool] + args, stdout=subprocess.PIPE if pipe else self.out, stderr=self.err)
 
     def stderr(self):
@@ -157,15 +153,18 @@ def srpolicy_nlri_v4(distinguisher, color, endpoint):
 def update_v4(nlri, tunnel_value, asn, next_hop="127.0.0.9"):
     """An UPDATE of SR Policy NLRI of AFI 1 with this Tunnel Encapsulation value."""
     mp = struct.pack("!HBB4sB", 1, 73, 4, socket.inet_aton(next_hop), 0) + nlri
-    attrs = attribute(0x40, 1, b"\x00") + attribute(0x40, 2, struct.pack("!BBI", 2, 1, asn))
-    attrs += attribute(0x80, 14, mp) + attribute(0xC0, 23, tunnel_value)
+    attrs = attribute(0x40, 1, b"\x00")
+    attrs += attribute(0x40, 2, struct.pack("!BBI", 2, 1, asn))
+    attrs += attribute(0x80, 14, mp)
+    attrs += attribute(0xC0, 23, tunnel_value)
     return message(2, struct.pack("!HH", 0, len(attrs)) + attrs)
 
 
 def sr_policy_tunnel(preference, labels):
     """One SR Policy tunnel (type 15): a preference and one list of MPLS label segments."""
     segs = b"".join(struct.pack("!BBBBI", 1, 6, 0, 0, label << 12) for label in labels)
-    sub = struct.pack("!BBBBI", 12, 6, 0, 0, preference) + struct.pack("!BHB", 128, len(segs) + 1, 0) + segs
+    seglist = struct.pack("!BHB", 128, len(segs) + 1, 0) + segs
+    sub = struct.pack("!BBBBI", 12, 6, 0, 0, preference) + seglist
     return struct.pack("!HH", 15, len(sub)) + sub
 
 
@@ -179,7 +178,10 @@ class ScriptedPeer:
             sock.settimeout(10)
             sock.bind((source, 0))
             sock.connect((LOOPBACK, port))
-        self.sock, self.asn, self.hold, self.buf = sock, asn, hold, b""
+        self.sock = sock
+        self.asn = asn
+        self.hold = hold
+        self.buf = b""
 
     def establish(self, router_id="127.0.0.9"):
         self.send(open_message(self.asn, self.hold, router_id) + KEEPALIVE)
@@ -206,12 +208,15 @@ class ScriptedPeer:
         messages skipped; None when the connection closed without one."""
         while True:
             msg_type, body = self.read_message(timeout)
-            if msg_type in (None, 3):
-                return msg_type and (body[0], body[1])
+            if msg_type is None:
+                return None
+            if msg_type == 3:
+                return body[0], body[1]
 
     def quiet(self, seconds):
         """Asserts that the session stays up for a while; the types of the messages that came."""
-        end, types = time.monotonic() + seconds, []
+        end = time.monotonic() + seconds
+        types = []
         while time.monotonic() < end:
             try:
                 msg_type, body = self.read_message(timeout=max(0.1, end - time.monotonic()))
@@ -238,7 +243,9 @@ def dump_rib(proc, path, timeout=30):
         try:
             with open(path) as f:
                 text = f.read()
-            return (not text or text.endswith("\n")) and (table_of(json.loads(line) for line in text.splitlines()),)
+            if text and not text.endswith("\n"):
+                return None
+            return (table_of(json.loads(line) for line in text.splitlines()),)
         except (OSError, ValueError):
             return None
     return wait_for(read, timeout, "the table in " + path)[0]

@@ -8,7 +8,6 @@ import os
 import signal
 import socket
 import struct
-import subprocess
 import sys
 import threading
 import time
@@ -69,7 +68,8 @@ def start_listen(tool, wd, g, connect_suffix="", source=LISTENER, name="listen")
 
 def listen_alone(tool, wd, extra=(), pipe=False, bind=LOOPBACK):
     """listen waiting on a free port of 127.0.0.1, its table in rib.json."""
-    port, rib_out = free_port(), os.path.join(wd, "rib.json")
+    port = free_port()
+    rib_out = os.path.join(wd, "rib.json")
     lis = listen(tool, wd, ["--bind", "%s:%d" % (bind, port), "--json", "--rib-out", rib_out] + list(extra), pipe=pipe)
     wait_for(lambda: accepts(port), 10, "listen to accept on port %d" % port)
     return lis, port, rib_out
@@ -189,11 +189,13 @@ def case_slow_output(tool, wd, count=20000):
     sender = threading.Thread(target=p.send, args=(updates,), daemon=True)  # waits in the socket meanwhile
     sender.start()
     wait_for(lambda: "standard output is slow" in lis.stderr(), 30, "listen to say its output is slow")
-    end, keepalives = time.monotonic() + 8, 0
+    end = time.monotonic() + 8
+    keepalives = 0
     while time.monotonic() < end:
         p.send(KEEPALIVE)
         keepalives += p.quiet(1.0).count(4)
-    assert keepalives >= 5 and lis.proc.poll() is None, "%d keepalives in 8 s from a hold time of 3 s" % keepalives
+    assert keepalives >= 5, "%d keepalives in 8 s from a hold time of 3 s" % keepalives
+    assert lis.proc.poll() is None
     printed = 0
     while printed < count:
         line = lis.proc.stdout.readline()
@@ -233,9 +235,12 @@ def case_collision(tool, wd):
     """listen connects to a peer that connects to it as well: when the second
     OPEN arrives, the connection opened by the side with the higher BGP
     identifier stays and the other gets Cease 7 (connection collision
-    resolution); a third connection while the session is up gets it too, and
-    listen opens no new one meanwhile."""
-    for peer_id, peer_wins in (("127.0.0.99", True), ("127.0.0.20", False)):  # listen's identifier is 127.0.0.50
+    resolution), unless the other session is up already; a third connection
+    while the session is up gets it too, and listen opens no new one meanwhile."""
+    # The peer's identifier (listen's is 127.0.0.50), whether listen's connection is up before the peer's OPEN
+    # on its own one, and which connection stays.
+    for peer_id, up_first, stays in (("127.0.0.99", False, "theirs"), ("127.0.0.20", False, "ours"),
+                                     ("127.0.0.99", True, "ours")):
         with socket.create_server((LOOPBACK, 0)) as srv:
             srv.settimeout(10)
             lis, port, _ = listen_alone(tool, wd, ["--router-id", "127.0.0.50", "--retry", "1", "--connect",
@@ -243,10 +248,10 @@ def case_collision(tool, wd):
             ours = ScriptedPeer(0, None, sock=srv.accept()[0])  # opened by listen
             theirs = ScriptedPeer(port, LOOPBACK)
             assert ours.read_message()[0] == 1 and theirs.read_message()[0] == 1
-            ours.send(open_message(65010, 90, peer_id))
+            ours.send(open_message(65010, 90, peer_id) + KEEPALIVE * up_first)
             assert ours.read_message()[0] == 4
             theirs.send(open_message(65010, 90, peer_id))
-            winner, loser = (theirs, ours) if peer_wins else (ours, theirs)
+            winner, loser = (theirs, ours) if stays == "theirs" else (ours, theirs)
             assert loser.notification() == (6, 7), peer_id
             winner.send(KEEPALIVE)
             winner.quiet(0.5)
@@ -309,11 +314,6 @@ def case_announce_scripted(tool, wd, keep=False):
         assert again == [(2, body) for body in sent[2] + sent[1]], "not the routes of the families asked for"
         peer.send(KEEPALIVE)
         assert 2 not in peer.quiet(1.0), "more than the routes asked for"
-        srv.settimeout(0.5)  # no second connection while the session is up
-        try:
-            assert not srv.accept(), "a second connection"
-        except socket.timeout:
-            pass
     ann.send_signal(signal.SIGTERM)
     withdrawn = set()
     while True:
@@ -337,17 +337,16 @@ def case_connect_retry(tool, wd):
     assert 2 <= lis.stderr().count("cannot connect") <= 4, lis.stderr()
 
 
-def cpu_seconds(pid):
-    with open("/proc/%d/stat" % pid) as f:
-        fields = f.read().rsplit(")", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+def bulk_routes(count):
+    """count routes of one UPDATE each, label stacks varying."""
+    return [route("10.%d.%d.%d" % (i >> 16, (i >> 8) & 255, i & 255), 1 + i % 7, 100, [16000 + i % 1000, 17000])
+            for i in range(count)]
 
 
 def case_bulk(tool, wd, count=100000):
-    """100,000 routes through gobgpd: all arrive (count and content). Prints
-    listen's processor time per route beside decode's on the same routes."""
-    config = write_config(wd, [route("10.%d.%d.%d" % (i >> 16, (i >> 8) & 255, i & 255), 1 + i % 7, 100,
-                                     [16000 + i % 1000, 17000]) for i in range(count)], "bulk.json")
+    """100,000 routes through gobgpd: all arrive (count and content). Its
+    speed is measured by scripts/bench_listen.py."""
+    config = write_config(wd, bulk_routes(count), "bulk.json")
     want = expected_table(tool, config)
     assert len(want) == count
     with Gobgpd(wd, AS_GOBGPD, [dict(address=ANNOUNCER, asn=AS_ANNOUNCE), dict(address=LISTENER, asn=AS_LISTEN)]) as g:
@@ -366,33 +365,20 @@ def case_bulk(tool, wd, count=100000):
             seen["routes"] += data[:whole].count(b'"withdrawn":false')
             return seen["routes"] >= count
         wait_for(arrived, 900, "%d routes at the far end" % count, interval=1.0)
-        listen_cpu = cpu_seconds(lis.proc.pid)
         ends_cleanly(lis)
         ann.stop()
     table = table_of(read_jsonl(rib_out))
-    assert len(table) == count and table == want, "%d routes, content differs" % len(table)
+    assert len(table) == count, len(table)
+    assert table == want, "content differs"
     events = [e for e in read_jsonl(lis.out_path) if "nlri" in e]
     assert len(events) == count, len(events)
-    print("listen: %d routes, %.2f us processor time per route, arrived from %s to %s (gobgpd's pace)"
-          % (count, 1e6 * listen_cpu / count, events[0]["time"], events[-1]["time"]))
-    # decode --json of the same UPDATEs as a raw stream, five times over so
-    # that its processor time is long enough to measure.
-    raw = subprocess.run([tool, "encode", "--out", "raw", config], capture_output=True, check=True, timeout=300).stdout
-    with open(os.path.join(wd, "bulk.raw"), "wb") as f:
-        f.write(raw * 5)
-    start = os.times()
-    with open(os.path.join(wd, "decode.out"), "wb") as out:
-        subprocess.run([tool, "decode", "--json", "--in", "raw", f.name], stdout=out, check=True, timeout=300)
-    end = os.times()
-    decode_cpu = (end.children_user + end.children_system - start.children_user - start.children_system) / 5
-    print("decode --json: %.2f us per route on the same UPDATEs from a raw stream; listen/decode %.2f"
-          % (1e6 * decode_cpu / count, listen_cpu / decode_cpu if decode_cpu else float("nan")))
 
 
 def case_md5(tool, wd):
     """TCP MD5: the session comes up with gobgpd's auth-password, both when
     gobgpd connects and when listen does, and not with a wrong one."""
-    passive_port, pw = free_port(), "s3cret-pw"
+    passive_port = free_port()
+    pw = "s3cret-pw"
     with Gobgpd(wd, AS_GOBGPD, [dict(address=a, asn=AS_LISTEN, password=pw, remote_port=rp) for a, rp in
                                 ((LISTENER, None), ("127.0.0.6", None), ("127.0.0.7", passive_port))]) as g:
         runs = [(listen(tool, wd, ["--bind", "127.0.0.7:%d" % passive_port, "--peer",
@@ -409,7 +395,6 @@ def case_md5(tool, wd):
                 ends_cleanly(run)
         time.sleep(6)
         assert "session established" not in runs[2][0].stderr(), runs[2][0].stderr()
-        assert g.neighbor_state("127.0.0.6") != "established"
         runs[2][0].stop()
 
 
