@@ -314,6 +314,7 @@ def case_announce_scripted(tool, wd, keep=False):
         assert again == [(2, body) for body in sent[2] + sent[1]], "not the routes of the families asked for"
         peer.send(KEEPALIVE)
         assert 2 not in peer.quiet(1.0), "more than the routes asked for"
+        assert "route refresh of AFI 1 SAFI 73: 2 route(s) sent again" in ann.stderr(), ann.stderr()
     ann.send_signal(signal.SIGTERM)
     withdrawn = set()
     while True:
