@@ -16,6 +16,7 @@ ROUTES 100000 unless given; PARTS a comma-separated choice of the parts below
   construction, start and exit), per route.
 Everything listens on and connects to 127.0.0.0/8 only."""
 import os
+import shutil
 import statistics
 import subprocess
 import sys
@@ -115,15 +116,22 @@ def routes_raw(tool, wd, count):
     return config, subprocess.run([tool, "encode", "--out", "raw", config], capture_output=True, check=True).stdout
 
 
+def ratio(a, b):
+    """a / b; not a number when b is zero (a run too short for the clock's ticks)."""
+    return a / b if b else float("nan")
+
+
 def per_route(cpu, count):
     return "%.2f us (system %.2f)" % (sum(cpu) * 1e6 / count, cpu[1] * 1e6 / count)
 
 
 def main():
+    here = os.path.dirname(os.path.abspath(__file__))
+    subprocess.run(["bash", os.path.join(here, "deps.sh"), "gobgpd", "valgrind", "util-linux"], check=True)
     tool = os.path.abspath(sys.argv[1])
     count = int(sys.argv[2]) if len(sys.argv) > 2 else 100000
     parts = sys.argv[3].split(",") if len(sys.argv) > 3 else ["replay", "gobgpd", "instructions"]
-    wd = tempfile.mkdtemp(prefix="srpolicy-bench-listen-")
+    wd = tempfile.mkdtemp(prefix="srpolicy-bench-listen-", suffix="-%d" % os.getpid())  # removed at the end
     config, raw = routes_raw(tool, wd, count)
     stream = os.path.join(wd, "burst.raw")
     with open(stream, "wb") as f:  # five times over: half a second or more of work to time
@@ -141,8 +149,8 @@ def main():
     if "replay" in parts:
         lis = [statistics.median(r[i] for r in rounds["listen"]) / REPEAT for i in (0, 1)]
         print("replay: listen %s per route; listen/decode %.2f (rounds %s)" % (
-            per_route(lis, count), sum(lis) / sum(dec),
-            ", ".join("%.2f" % (sum(a) / sum(b)) for a, b in zip(rounds["listen"], rounds["decode"]))))
+            per_route(lis, count), ratio(sum(lis), sum(dec)),
+            ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"]))))
     if "gobgpd" in parts:
         with Gobgpd(wd, 65000, [dict(address="127.0.0.2", asn=65001), dict(address="127.0.0.3", asn=65002)]) as g:
             announcer = []
@@ -155,14 +163,19 @@ def main():
             cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
                                         "--router-id", "127.0.0.3"], through_gobgpd, count, on(LAST))
             announcer[0].stop()
-        print("gobgpd: listen %s per route; listen/decode %.2f" % (per_route(cpu, count), sum(cpu) / sum(dec)))
+        print("gobgpd: listen %s per route; listen/decode %.2f" % (per_route(cpu, count), ratio(sum(cpu), sum(dec))))
     if "instructions" in parts:
         part = max(1, count // 5)
         lis_i, dec_i = callgrind(tool, wd, routes_raw(tool, wd, part)[1], part)
         print("instructions (%d routes): listen %.0f, decode %.0f per route; listen/decode %.2f"
-              % (part, lis_i, dec_i, lis_i / dec_i))
+              % (part, lis_i, dec_i, ratio(lis_i, dec_i)))
     return 0
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    finally:
+        for name in os.listdir(tempfile.gettempdir()):  # the work directories of this run's sizes
+            if name.startswith("srpolicy-bench-listen-") and name.endswith(str(os.getpid())):
+                shutil.rmtree(os.path.join(tempfile.gettempdir(), name), ignore_errors=True)
