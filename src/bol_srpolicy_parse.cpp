@@ -254,19 +254,6 @@ void InitListHead(BOL_SRPOLICY_LIST_HEAD_S *pstHead)
     pstHead->ulCount = 0u;
 }
 
-/* Allocates ulSize bytes from the instance's module and zeroes them. */
-void *AllocZeroed(BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulSize)
-{
-    void *pv = BOL_ALLOC(pstInst, ulSize);
-    if (pv != nullptr) {
-        int iRet = memset_s(pv, ulSize, 0, ulSize);
-        if (iRet != 0) {
-            BOL_REPORT_RET(iRet);
-        }
-    }
-    return pv;
-}
-
 } /* namespace */
 
 namespace bol {
@@ -313,7 +300,12 @@ extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_
     memset(pvAttr, 0, sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S));
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
 
-    pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(AllocZeroed(pstInst, ulAttrLen + 4u));
+    /* The copy buffer is zero-filled in place for the same reason: a fill of
+     * the size just allocated cannot fail. */
+    pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulAttrLen + 4u));
+    if (pstAttr->pucRealPrivAttr != nullptr) {
+        memset(pstAttr->pucRealPrivAttr, 0, ulAttrLen + 4u);
+    }
     if (pstAttr->pucRealPrivAttr == nullptr) {
         BOL_SRPOLICY_Free(&pvAttr, pstInst);
         BOL_REPORT(0u);
@@ -356,7 +348,7 @@ struct NameSlot {
     uint8_t BOL_SRPOLICY_TNLENCAP_ATTR_S::*pucExist;
 };
 
-const NameSlot g_astNameSlots[] = {
+constexpr NameSlot g_astNameSlots[] = {
     {BOL_SRPOLICY_SUBTLV_CPATH_NAME, &BOL_SRPOLICY_TNLENCAP_ATTR_S::pucCPathName,
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::usCPathNameLen, &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameValid,
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameExist},
@@ -365,14 +357,16 @@ const NameSlot g_astNameSlots[] = {
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucPolicyNameExist},
 };
 
-const NameSlot *FindNameSlot(uint32_t ulType)
+/* The slots follow the name types, which are consecutive, so a type finds
+ * its slot by subtraction. */
+static_assert(g_astNameSlots[0].ulType == BOL_SRPOLICY_SUBTLV_CPATH_NAME &&
+                  g_astNameSlots[1].ulType == BOL_SRPOLICY_SUBTLV_CPATH_NAME + 1u,
+              "one slot per name type, in type order");
+
+inline const NameSlot *FindNameSlot(uint32_t ulType)
 {
-    for (const NameSlot &stSlot : g_astNameSlots) {
-        if (stSlot.ulType == ulType) {
-            return &stSlot;
-        }
-    }
-    return nullptr;
+    uint32_t ulSlot = ulType - BOL_SRPOLICY_SUBTLV_CPATH_NAME;
+    return (ulSlot < sizeof(g_astNameSlots) / sizeof(g_astNameSlots[0])) ? &g_astNameSlots[ulSlot] : nullptr;
 }
 
 /* A name is valid when it is not empty and every byte is printable. */
@@ -523,17 +517,41 @@ void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
     pucPos = stWr.puc;
 }
 
+/* Name sub-TLVs copied with a run whose reserved byte the copy still has to
+ * clear once the run is written: at most one per name type, since a second
+ * name of a type refuses the attribute. */
+struct PendingReserved {
+    uint8_t *apuc[2];
+};
+
+/* Appends the run [pucFrom, pucTo) and clears the reserved bytes of the
+ * names it carried. */
+void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo, PendingReserved &stPending)
+{
+    CopyRun(pucPos, pucFrom, pucTo);
+    for (uint8_t *&pucRsv : stPending.apuc) {
+        if (pucRsv != nullptr) {
+            *pucRsv = 0u;
+            pucRsv = nullptr;
+        }
+    }
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
- * writing the normalised copy at pucPos. In the copy, every sub-TLV but a
- * name is the received bytes as its decoder left them (decoders clear only
- * their own value), so a run of such sub-TLVs is copied in one piece when a
- * name or the end is reached; where each of them lands in the copy follows
- * from its offset in the run. Names are written from the record. */
+ * writing the normalised copy at pucPos. In the copy, every sub-TLV is the
+ * received bytes as its decoder left them (decoders clear only their own
+ * value), except that a name's reserved byte is 0 and a name longer than
+ * the kept length is cut. So a run of sub-TLVs is copied in one piece when a
+ * name that is cut or the end is reached, and the reserved bytes of the
+ * names inside it are cleared in the copy; where each sub-TLV lands in the
+ * copy follows from its offset in the run. A cut name is written from the
+ * record. */
 uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
                      SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
     const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
+    PendingReserved stPending = {{nullptr, nullptr}};
     for (;;) {
         const uint8_t *pucTlv = stRd.puc;
         uint8_t ucType = 0u;
@@ -541,7 +559,8 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
         if (!bol::ReadSubTlvHeader(stRd, ucType, usLen) || usLen == 0u) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
-        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(bol::SubTlvLenWidth(ucType));
+        uint32_t ulWidth = bol::SubTlvLenWidth(ucType);
+        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(ulWidth);
 
         bol::View stValue = {nullptr, 0u};
         if (!bol::ReadView(stRd, usLen, stValue)) {
@@ -557,15 +576,19 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
         }
         uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
         const NameSlot *pstName = FindNameSlot(ucType);
-        if (pstName != nullptr) {
-            CopyRun(pucPos, pucRun, pucTlv);
+        if (pstName == nullptr) {
+            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
+        } else if (usLen - 1u <= kNameKeepMax) {
+            /* Kept whole: the copy is the received sub-TLV with its reserved
+             * byte (just after the length field) cleared. */
+            stPending.apuc[pstName - g_astNameSlots] = pucLands + 1u + ulWidth;
+        } else {
+            FlushRun(pucPos, pucRun, pucTlv, stPending);
             CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
             pucRun = stRd.puc;
-        } else {
-            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
         }
         if (stRd.ulLeft == 0u) {
-            CopyRun(pucPos, pucRun, stRd.puc);
+            FlushRun(pucPos, pucRun, stRd.puc, stPending);
             pstAttr->pucCurLenField = pucLands + 1;
             FinishCopy(pucPos, pstAttr);
             return BOL_OK;
