@@ -300,17 +300,15 @@ extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_
     memset(pvAttr, 0, sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S));
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
 
-    /* The copy buffer is zero-filled in place for the same reason: a fill of
-     * the size just allocated cannot fail. */
     pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulAttrLen + 4u));
-    if (pstAttr->pucRealPrivAttr != nullptr) {
-        memset(pstAttr->pucRealPrivAttr, 0, ulAttrLen + 4u);
-    }
     if (pstAttr->pucRealPrivAttr == nullptr) {
         BOL_SRPOLICY_Free(&pvAttr, pstInst);
         BOL_REPORT(0u);
         return BOL_ERR_MALLOC;
     }
+    /* Zero-filled in place for the same reason: a fill of the size just
+     * allocated cannot fail. */
+    memset(pstAttr->pucRealPrivAttr, 0, ulAttrLen + 4u);
 
     pstAttr->pstSegListHead = static_cast<BOL_SRPOLICY_LIST_HEAD_S *>(
         BOL_ALLOC(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_LIST_HEAD_S))));
@@ -581,7 +579,7 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
         } else if (usLen - 1u <= kNameKeepMax) {
             /* Kept whole: the copy is the received sub-TLV with its reserved
              * byte (just after the length field) cleared. */
-            stPending.apuc[pstName - g_astNameSlots] = pucLands + 1u + ulWidth;
+            stPending.apuc[ucType - BOL_SRPOLICY_SUBTLV_CPATH_NAME] = pucLands + 1u + ulWidth;
         } else {
             FlushRun(pucPos, pucRun, pucTlv, stPending);
             CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
@@ -657,15 +655,18 @@ void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLEN
     FinishCopy(*ppucPos, pstAttr);
 }
 
-uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
-                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
-                                              BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
-                                              uint8_t **ppucStdSliceIdPos)
-{
-    BOL_CHECK_PTR(pucAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+} /* extern "C" */
 
+namespace {
+
+/* The decoder behind BOL_SRPOLICY_ParsePktTunnelEncapAttr, for callers that
+ * have checked its pointer arguments: the packet-parse handler calls it
+ * directly. */
+__attribute__((always_inline)) inline uint32_t DecodeTunnelEncap(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                              BOL_SRPOLICY_INSTANCE_S *pstInst,
+                                                              uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
+{
     if (ulAttrLen < kTnlHdrLen) {
         return BOL_ERR_SUBTLV_MALFORMED;
     }
@@ -704,6 +705,21 @@ uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrL
     return BOL_OK;
 }
 
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                              BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
+                                              uint8_t **ppucStdSliceIdPos)
+{
+    BOL_CHECK_PTR(pucAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return DecodeTunnelEncap(pucAttr, ulAttrLen, ppstAttr, pstInst, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+}
+
 /* Packet-parse handler for attribute 23: decodes, hands the normalised copy
  * to the host and drops the record. The read position moves past the
  * attribute whether or not it decoded. */
@@ -722,8 +738,7 @@ uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint3
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
     uint8_t *pucPrivSliceId = nullptr;
     uint8_t *pucStdSliceId = nullptr;
-    uint32_t ulRet =
-        BOL_SRPOLICY_ParsePktTunnelEncapAttr(*ppucCur, ulLen, &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
+    uint32_t ulRet = DecodeTunnelEncap(*ppucCur, ulLen, &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
     if (ulRet == BOL_OK) {
         ulRet = bol::OutputAttribute(ppvOut, pstAttr->pucRealPrivAttr, pstAttr->usRealPrivAttrLen, pstInst);
         BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
