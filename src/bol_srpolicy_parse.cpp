@@ -544,8 +544,9 @@ void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo, Pe
  * names inside it are cleared in the copy; where each sub-TLV lands in the
  * copy follows from its offset in the run. A cut name is written from the
  * record. */
-uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
-                     SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
+__attribute__((always_inline)) inline uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                        const bol::View &stTlvs, uint8_t *pucPos,
+                                                        SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
     const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
