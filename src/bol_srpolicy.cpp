@@ -674,7 +674,7 @@ namespace {
 
 /* Unlinks and frees every node of a list, reading each successor before its
  * node goes; the head itself stays. */
-void FreeListNodes(BOL_SRPOLICY_LIST_HEAD_S *pstList)
+__attribute__((always_inline)) inline void FreeListNodes(BOL_SRPOLICY_LIST_HEAD_S *pstList)
 {
     if (pstList->ulCount == 0u || pstList->stHead.pstNext == nullptr) {
         return;

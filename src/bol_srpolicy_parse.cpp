@@ -500,7 +500,7 @@ void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
 }
 
 /* Appends the received bytes [pucFrom, pucTo) to the copy unchanged. */
-void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
+inline void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
 {
     uint32_t ulCount = static_cast<uint32_t>(pucTo - pucFrom);
     if (ulCount == 0u) {
@@ -524,7 +524,7 @@ struct PendingReserved {
 
 /* Appends the run [pucFrom, pucTo) and clears the reserved bytes of the
  * names it carried. */
-void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo, PendingReserved &stPending)
+inline void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo, PendingReserved &stPending)
 {
     CopyRun(pucPos, pucFrom, pucTo);
     for (uint8_t *&pucRsv : stPending.apuc) {
@@ -810,8 +810,9 @@ const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
 const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
 
 /* Candidate path name and policy name: a reserved byte, then the name. */
-uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
-                   BOL_SRPOLICY_INSTANCE_S *pstInst)
+__attribute__((always_inline)) inline uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                      const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     if (pstAttr->*pstSlot->pucExist != 0u) {
         return BOL_ERR_SUBTLV_INVALID;
@@ -910,6 +911,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, ui
     for (const BsidForm &stForm : g_astBsidForms) {
         if (stForm.ulLen == ulLen) {
             pstForm = &stForm;
+            break;
         }
     }
     if (pstForm == nullptr) {
