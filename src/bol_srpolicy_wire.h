@@ -257,14 +257,17 @@ inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
  * consumed, when the header or the value does not fit. */
 inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
 {
-    if (stRd.ulLeft < 2u || stRd.puc[1] > stRd.ulLeft - 2u) {
+    if (stRd.ulLeft < 2u) {
         return false;
     }
-    uint32_t ulLen = stRd.puc[1];
+    uint32_t ulTake = 2u + stRd.puc[1]; /* header and value */
+    if (ulTake > stRd.ulLeft) {
+        return false;
+    }
     ucType = stRd.puc[0];
-    stValue = View{stRd.puc + 2, ulLen};
-    stRd.puc += 2u + ulLen;
-    stRd.ulLeft -= 2u + ulLen;
+    stValue = View{stRd.puc + 2, ulTake - 2u};
+    stRd.puc += ulTake;
+    stRd.ulLeft -= ulTake;
     return true;
 }
 
