@@ -784,9 +784,16 @@ constexpr SegQuickLens MakeSegQuickLens()
 
 constexpr SegQuickLens g_stSegQuickLens = MakeSegQuickLens();
 
+/* Whether bit ulLen of a row of accepted lengths is set (lengths of 64 and
+ * more are in no row). */
+inline bool LenAccepted(uint64_t ullAccepted, uint32_t ulLen)
+{
+    return ulLen < 64u && ((ullAccepted >> ulLen) & 1u) != 0u;
+}
+
 uint32_t CheckSegLen(uint64_t ullAccepted, uint32_t ulLen)
 {
-    return (ulLen < 64u && ((ullAccepted >> ulLen) & 1u) != 0u) ? BOL_OK : BOL_ERR_SUBTLV_INVALID;
+    return LenAccepted(ullAccepted, ulLen) ? BOL_OK : BOL_ERR_SUBTLV_INVALID;
 }
 
 /* A once-only segment: accepted length, and not seen before in this list. */
@@ -879,7 +886,7 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
     /* The reader refuses a header or value that does not fit, and stops at
      * the end; only the end leaves nothing behind. */
     while (bol::ReadTlv8(stRd, ucType, stSeg)) {
-        if (stSeg.ulLen < 64u && ((g_stSegQuickLens.aull[ucType] >> stSeg.ulLen) & 1u) != 0u) {
+        if (LenAccepted(g_stSegQuickLens.aull[ucType], stSeg.ulLen)) {
             continue;
         }
         uint32_t ulRet = CheckOneSegment(ucType, stSeg, stMarkers);
