@@ -228,6 +228,7 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     EXPECT_EQ(pucStd, nullptr);
     BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 123u, &pucPriv, &pucStd);
     EXPECT_EQ(pucStd, pucPos - 2) << "a standard slice id whose value starts at the position";
+    EXPECT_EQ(pucPriv, vecCopy.data() + 4) << "the private one noted before is kept";
 
     uint8_t aucName[] = {'a', 'b', 'c'};
     stAttr.pucPolicyName = aucName;

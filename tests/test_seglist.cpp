@@ -53,6 +53,8 @@ TEST_F(SegList, ValidationAndClearing)
         {"type 33 flags 0x80 of length 26", "00 | 21 1A 80 " + Zeros(25), BOL_ERR_SUBTLV_INVALID, ""},
         {"two weights", "00 | 09 06 00 00 00 00 00 01 | 09 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, ""},
         {"weight of length 4", "00 | 09 04 00 00 00 01", BOL_ERR_SUBTLV_INVALID, ""},
+        {"weight of length 0", "00 | 09 00", BOL_ERR_SUBTLV_INVALID, ""},
+        {"type 13 of length 0", "00 | 0D 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 13 path MTU twice", "00 | 0D 06 00 00 00 00 05 DC | 0D 06 00 00 00 00 05 DC", BOL_ERR_SUBTLV_INVALID,
          ""},
         {"type 13 and type 220 path MTU together, 13 cleared",
