@@ -203,6 +203,18 @@ TEST_F(Text, OneLineBySubTlv)
     }
 }
 
+/* The exported address text refuses (and reports) no room and no address bytes. */
+TEST_F(Text, Ipv6AddressText)
+{
+    const uint32_t aulAddr[4] = {0x20010DB8u, 0u, 0u, 1u};
+    char acText[40];
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 16u, acText, sizeof(acText)), BOL_OK);
+    EXPECT_STREQ(acText, "2001:db8::1");
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 0u, acText, sizeof(acText)), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 16u, acText, 0u), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
+}
+
 /* A name whose copy fails is reported and shown empty. */
 TEST_F(Text, FailedNameCopy)
 {
