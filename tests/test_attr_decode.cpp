@@ -143,6 +143,19 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
         EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(vecWant));
         EXPECT_EQ(vecIn.size() - rec.Copy().size(), row.ulNameLen - ulKept);
     }
+    /* The kept part of a cut name is copied on its own, into the record's
+     * buffer and into the copy: with copies failing, each is reported. */
+    Bytes vecLong = at::Tunnel(at::Sub(130, Bytes(301, 'a')));
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    tp::Reset();
+    tp::FailMemcpyS(true);
+    EXPECT_EQ(BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecLong.data(), static_cast<uint32_t>(vecLong.size()), &pstAttr,
+                                                   m_pstInst, nullptr, nullptr),
+              BOL_OK);
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 2u);
+    EXPECT_EQ(ReportCount(), 2u);
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
 }
 
 /* Names in the copy are rewritten (reserved byte 0, cut to 255 bytes) while
@@ -238,11 +251,11 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     /* A candidate path name in the 1-byte length form, type byte written by hand. */
     *pucPos++ = 129u;
     uint8_t *pucLenField = pucPos++;
-    BOL_SRPOLICY_SetRealPrivateAttrName(&pucPos, aucName, 2u, pucLenField, 1u);
+    BOL_SRPOLICY_SetRealPrivateAttrName(&pucPos, aucName, 1u, pucLenField, 1u);
     BOL_SRPOLICY_UpdateRealPrivateAttrLen(&pucPos, &stAttr);
-    EXPECT_EQ(stAttr.usRealPrivAttrLen, 4u + 8u + 7u + 5u);
+    EXPECT_EQ(stAttr.usRealPrivAttrLen, 4u + 8u + 7u + 4u);
     EXPECT_EQ(bt::ToHex(vecCopy.data(), stAttr.usRealPrivAttrLen),
-              bt::ToHex(Hex("00 0F 00 14 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 03 00 61 62")));
+              bt::ToHex(Hex("00 0F 00 13 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 02 00 61")));
     EXPECT_EQ(ReportCount(), 0u);
 }
 

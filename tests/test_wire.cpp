@@ -95,6 +95,7 @@ TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
          "01 02 A1 A2 A3", 0},
         {"a view that does not fit is empty", 1, [](bol::Writer &w) { bol::SetU8(bol::PutView(w, 2), 0, 9); },
          "EE", 2},
+        {"a one-byte view patched", 1, [](bol::Writer &w) { bol::SetU8(bol::PutView(w, 1), 0, 9); }, "09", 0},
     };
     for (const Row &stRow : astRows) {
         SCOPED_TRACE(stRow.pcName);
