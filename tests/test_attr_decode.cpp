@@ -257,6 +257,15 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     EXPECT_EQ(bt::ToHex(vecCopy.data(), stAttr.usRealPrivAttrLen),
               bt::ToHex(Hex("00 0F 00 13 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 02 00 61")));
     EXPECT_EQ(ReportCount(), 0u);
+
+    /* A value whose copy fails is reported. */
+    Bytes vecScratch(16, 0x00);
+    uint8_t *pucAt = vecScratch.data();
+    stAttr.ucSubTlvLenWidth = 1u;
+    tp::FailMemcpyS(true);
+    BOL_SRPOLICY_SetRealPrivateAttr(&pucAt, &stAttr, 12u, 6u, vecSlice.data(), nullptr, nullptr);
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
 }
 
 /* The record's lists release in any state: empty, filled, or with nodes of
