@@ -242,6 +242,8 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 123u, &pucPriv, &pucStd);
     EXPECT_EQ(pucStd, pucPos - 2) << "a standard slice id whose value starts at the position";
     EXPECT_EQ(pucPriv, vecCopy.data() + 4) << "the private one noted before is kept";
+    BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 126u, &pucPriv, &pucStd);
+    EXPECT_EQ(pucPriv, pucPos - 2) << "and a private one noted the same way";
 
     uint8_t aucName[] = {'a', 'b', 'c'};
     stAttr.pucPolicyName = aucName;
