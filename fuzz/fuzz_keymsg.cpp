@@ -8,8 +8,8 @@
  * padded with zeros to its 89 bytes; bit 3: the output allocation fails),
  * then the record.
  *
- * Properties: the result follows from the length and the kind fields alone;
- * a key that is handed over holds exactly the record's fields and writes
+ * Properties: the result follows from the length and the kind fields alone
+ * (a configured record of another length is also reported); a key that is handed over holds exactly the record's fields and writes
  * back the record it came from; a refusal or failed allocation hands nothing
  * over; nothing leaks.
  */
@@ -91,6 +91,8 @@ void CfgPrefix(const fz::Host &h, const fz::Bytes &vecIn, bool bFailAlloc)
     if (bWholeRecord) {
         memcpy(&stRec, vecIn.data(), sizeof(stRec));
     }
+    /* A record of another length is reported. */
+    FZ_CHECK(bWholeRecord || tp::Reports().size() == 1u);
     const uint32_t ulRefusal = !bWholeRecord                                        ? BOL_ERR_PARAM
                                : (stRec.ulCfgKind != BOL_SRPOLICY_CFG_PREFIX_KIND) ? BOL_ERR_CFG_TYPE
                                                                                    : BOL_OK;

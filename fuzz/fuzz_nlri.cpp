@@ -6,7 +6,8 @@
  * allocation, counted from the start of the run, that fails; 0 = none), then
  * the NLRI bytes.
  *
- * Properties: a decoded NLRI moves the cursor by 13 or 25 bytes, hands over
+ * Properties: an NLRI is refused exactly when its length byte names no
+ * whole 12- or 24-byte body that is there; a decoded NLRI moves the cursor by 13 or 25 bytes, hands over
  * one key-only block whose key encodes back to the same bytes (with the
  * canonical length byte) and compares equal to itself; the more flag says
  * whether bytes remain; a refused NLRI leaves cursor, flag and output as they
@@ -45,13 +46,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pucData, size_t ulSize)
         void *pvOut = pvUntouched;
         ulMore = 77u;
         uint32_t ulRet = h.stTbl.pfnParsePkt(&pucCur, ulLeft, &g_iHostCtx, ulType, &pvOut, &ulMore, h.pstInst);
+        /* Whole bytes of the length byte (its low three bits dropped) name a 12- or 24-byte body, which must be
+         * there; a length byte alone is no NLRI. */
+        const uint32_t ulNamed = ulLeft != 0u ? pucBefore[0] / 8u : 0u;
+        const bool bFits = (ulNamed == 12u || ulNamed == 24u) && ulLeft - 1u >= ulNamed;
+        FZ_CHECK((ulRet == BOL_ERR_NLRI_LEN) == !bFits);
         if (ulRet == BOL_ERR_NLRI_LEN) {
             FZ_CHECK(pucCur == pucBefore && ulMore == 77u && pvOut == pvUntouched);
-            break;
-        }
-        if (ulRet == BOL_ERR_PARAM) {
-            /* Only nothing at all to read is refused as a parameter. */
-            FZ_CHECK(ulLeft == 0u && pucCur == pucBefore && pvOut == pvUntouched);
             break;
         }
         const uint32_t ulBody = static_cast<uint32_t>(pucCur - pucBefore) - 1u;

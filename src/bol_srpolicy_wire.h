@@ -219,17 +219,6 @@ inline bool ReadU16(Reader &stRd, uint16_t &usOut)
     return true;
 }
 
-inline bool ReadU32(Reader &stRd, uint32_t &ulOut)
-{
-    if (stRd.ulLeft < 4u) {
-        return false;
-    }
-    ulOut = LoadBe32(stRd.puc);
-    stRd.puc += 4;
-    stRd.ulLeft -= 4u;
-    return true;
-}
-
 inline bool Skip(Reader &stRd, uint32_t ulCount)
 {
     if (stRd.ulLeft < ulCount) {

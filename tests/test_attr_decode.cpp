@@ -143,6 +143,19 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
         EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(vecWant));
         EXPECT_EQ(vecIn.size() - rec.Copy().size(), row.ulNameLen - ulKept);
     }
+    /* The kept part of a cut name is copied on its own, into the record's
+     * buffer and into the copy: with copies failing, each is reported. */
+    Bytes vecLong = at::Tunnel(at::Sub(130, Bytes(301, 'a')));
+    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
+    tp::Reset();
+    tp::FailMemcpyS(true);
+    EXPECT_EQ(BOL_SRPOLICY_ParsePktTunnelEncapAttr(vecLong.data(), static_cast<uint32_t>(vecLong.size()), &pstAttr,
+                                                   m_pstInst, nullptr, nullptr),
+              BOL_OK);
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 2u);
+    EXPECT_EQ(ReportCount(), 2u);
+    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
 }
 
 /* Names in the copy are rewritten (reserved byte 0, cut to 255 bytes) while
@@ -203,51 +216,6 @@ TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
     }
 }
 
-TEST_F(AttrDecode, NullArgumentsAreReportedAndNothingMoves)
-{
-    Bytes vecIn = Hex(kExampleIn);
-    uint8_t *pucCur = vecIn.data();
-    uint8_t *pucNull = nullptr;
-    void *pvOut = nullptr;
-    uint32_t ulMore = 5;
-    int iHost = 0;
-    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-    uint32_t ulLen = static_cast<uint32_t>(vecIn.size());
-
-    auto Handler = [&](uint8_t **ppucC, void *pvCtx, void **ppvO, uint32_t *pulM, BOL_SRPOLICY_INSTANCE_S *pstI) {
-        return BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(ppucC, ulLen, pvCtx, ppvO, pulM, pstI);
-    };
-    auto Decoder = [&](uint8_t *puc, BOL_SRPOLICY_TNLENCAP_ATTR_S **ppst, BOL_SRPOLICY_INSTANCE_S *pstI) {
-        return BOL_SRPOLICY_ParsePktTunnelEncapAttr(puc, ulLen, ppst, pstI, nullptr, nullptr);
-    };
-    struct Row {
-        const char *pcName;
-        uint32_t ulGot;
-    } astRows[] = {
-        {"cursor", Handler(nullptr, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"read position", Handler(&pucNull, &iHost, &pvOut, &ulMore, m_pstInst)},
-        {"out", Handler(&pucCur, &iHost, nullptr, &ulMore, m_pstInst)},
-        {"more", Handler(&pucCur, &iHost, &pvOut, nullptr, m_pstInst)},
-        {"instance", Handler(&pucCur, &iHost, &pvOut, &ulMore, nullptr)},
-        {"host context", Handler(&pucCur, nullptr, &pvOut, &ulMore, m_pstInst)},
-        {"decoder attr", Decoder(nullptr, &pstAttr, m_pstInst)},
-        {"decoder out", Decoder(vecIn.data(), nullptr, m_pstInst)},
-        {"decoder instance", Decoder(vecIn.data(), &pstAttr, nullptr)},
-    };
-    for (const Row &row : astRows) {
-        EXPECT_EQ(row.ulGot, BOL_ERR_PARAM) << row.pcName;
-    }
-    ASSERT_EQ(ReportCount(), 9u);
-    for (const tp::Report &rep : tp::Reports()) {
-        EXPECT_EQ(rep.strModule, "bol_srpolicy_parse");
-    }
-    EXPECT_EQ(pucCur, vecIn.data());
-    EXPECT_EQ(pvOut, nullptr);
-    EXPECT_EQ(ulMore, 5u);
-    EXPECT_EQ(pstAttr, nullptr);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
 /* The exported copy helpers write the copy the way the walk does: the
  * header as received, a sub-TLV with its slice-id position noted at its type
  * byte, a name with reserved byte 0 and its length field rewritten in the
@@ -273,6 +241,9 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     EXPECT_EQ(pucStd, nullptr);
     BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 123u, &pucPriv, &pucStd);
     EXPECT_EQ(pucStd, pucPos - 2) << "a standard slice id whose value starts at the position";
+    EXPECT_EQ(pucPriv, vecCopy.data() + 4) << "the private one noted before is kept";
+    BOL_SRPOLICY_GetSliceIDAttrPos(&pucPos, 126u, &pucPriv, &pucStd);
+    EXPECT_EQ(pucPriv, pucPos - 2) << "and a private one noted the same way";
 
     uint8_t aucName[] = {'a', 'b', 'c'};
     stAttr.pucPolicyName = aucName;
@@ -282,12 +253,21 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     /* A candidate path name in the 1-byte length form, type byte written by hand. */
     *pucPos++ = 129u;
     uint8_t *pucLenField = pucPos++;
-    BOL_SRPOLICY_SetRealPrivateAttrName(&pucPos, aucName, 2u, pucLenField, 1u);
+    BOL_SRPOLICY_SetRealPrivateAttrName(&pucPos, aucName, 1u, pucLenField, 1u);
     BOL_SRPOLICY_UpdateRealPrivateAttrLen(&pucPos, &stAttr);
-    EXPECT_EQ(stAttr.usRealPrivAttrLen, 4u + 8u + 7u + 5u);
+    EXPECT_EQ(stAttr.usRealPrivAttrLen, 4u + 8u + 7u + 4u);
     EXPECT_EQ(bt::ToHex(vecCopy.data(), stAttr.usRealPrivAttrLen),
-              bt::ToHex(Hex("00 0F 00 14 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 03 00 61 62")));
+              bt::ToHex(Hex("00 0F 00 13 | 7E 06 00 00 00 00 00 07 | 82 00 04 00 61 62 63 | 81 02 00 61")));
     EXPECT_EQ(ReportCount(), 0u);
+
+    /* A value whose copy fails is reported. */
+    Bytes vecScratch(16, 0x00);
+    uint8_t *pucAt = vecScratch.data();
+    stAttr.ucSubTlvLenWidth = 1u;
+    tp::FailMemcpyS(true);
+    BOL_SRPOLICY_SetRealPrivateAttr(&pucAt, &stAttr, 12u, 6u, vecSlice.data(), nullptr, nullptr);
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
 }
 
 /* The record's lists release in any state: empty, filled, or with nodes of

@@ -1,6 +1,8 @@
 /*
  * The attribute setter (fresh normalised attribute, slice id rewritten into
- * its private form on request); the encoder's refusals.
+ * its private form on request); the encoder's refusals; attribute message 47
+ * (and path attribute 23): the stored value written byte for byte, and
+ * message 47 read into an output block carrying path attribute 23.
  */
 #include <gtest/gtest.h>
 
@@ -8,6 +10,7 @@
 #include "bol_srpolicy.h"
 #include "bol_srpolicy_priv.h"
 #include "fixture.h"
+#include "fuzz_host.h"
 
 using at::Bytes;
 using bt::Hex;
@@ -77,31 +80,76 @@ TEST_F(AttrSet, SliceIdRewrite)
     }
 }
 
-/* Setter and encoder: a route without an attribute has no data (not
- * reported); null arguments are reported with the handler's module. */
-TEST_F(AttrSet, NoAttributeAndNullArguments)
+/* Setter and encoder: a route without an attribute has no data (not reported). */
+TEST_F(AttrSet, NoAttribute)
 {
     bt::Route rt;
     void *pvOut = reinterpret_cast<void *>(0x1);
     uint8_t aucBuf[4];
     uint8_t *pucCur = aucBuf;
-    uint8_t *pucNull = nullptr;
     EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(&rt.stRt, 0, &pvOut, m_pstInst), BOL_ERR_NO_DATA);
     EXPECT_EQ(pvOut, nullptr);
     EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, &pucCur, 4, m_pstInst), BOL_ERR_NO_DATA);
     EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(nullptr, 0, &pvOut, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(&rt.stRt, 0, nullptr, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(&rt.stRt, 0, &pvOut, nullptr), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(nullptr, &pucCur, 4, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, nullptr, 4, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, &pucNull, 4, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, &pucCur, 4, nullptr), BOL_ERR_PARAM);
-    ASSERT_EQ(ReportCount(), 7u);
-    for (size_t i = 0; i < 7u; i++) {
-        EXPECT_EQ(tp::Reports()[i].strModule, i < 3u ? "bol_srpolicy_attr" : "bol_srpolicy_format") << i;
-    }
     EXPECT_EQ(pucCur, aucBuf);
+}
+
+
+/* tunnel type 15, length 8 | preference 100 */
+const char *const kAttrHex = "00 0F 00 08 | 0C 06 00 00 00 00 00 64";
+
+/* The stored value is written byte for byte, as path attribute 23 and as
+ * message 47, when it fits; only the low 16 bits of its length count. */
+TEST_F(AttrSet, WritersCopyTheStoredValueWhenItFits)
+{
+    struct Row {
+        const char *pcName;
+        uint32_t ulAttrLen;
+        uint32_t ulRoom;
+        uint32_t ulRet;
+        size_t ulWritten;
+        bool bFailCopy; /* the copy fails: reported, its bytes cleared */
+    } const astRows[] = {
+        {"room equal to the attribute", 12, 12, BOL_OK, 12, false},
+        {"one byte short", 12, 11, BOL_SRPOLICY_ERR_BUF_SHORT, 0, false},
+        {"only the low 16 bits of the length count", 0x10004u, 12, BOL_OK, 4, false},
+        {"a failing copy", 12, 12, BOL_OK, 12, true},
+    };
+    for (uint32_t ulType : {BOL_SRPOLICY_PATTR_TNL_ENCAP, BOL_SRPOLICY_ATTRMSG_TNL_ENCAP}) {
+        for (const Row &stRow : astRows) {
+            SCOPED_TRACE(::testing::Message() << "type " << ulType << ": " << stRow.pcName);
+            bt::Route stRoute;
+            stRoute.SetAttr(Hex(kAttrHex));
+            stRoute.stRt.ulAttrLen = stRow.ulAttrLen;
+            Bytes vecBuf(16, 0xEEu);
+            uint8_t *pucCur = vecBuf.data();
+            auto pfn = ulType == BOL_SRPOLICY_PATTR_TNL_ENCAP ? m_stTbl.pfnFormatPkt : m_stTbl.pfnFormatAttrMsg;
+            tp::Reset();
+            tp::FailMemcpyS(stRow.bFailCopy);
+            EXPECT_EQ(pfn(&stRoute.stRt, ulType, &pucCur, stRow.ulRoom, m_pstInst), stRow.ulRet);
+            tp::FailMemcpyS(false);
+            EXPECT_EQ(pucCur, vecBuf.data() + stRow.ulWritten);
+            EXPECT_EQ(tp::TextReportCount("retCode:22"), stRow.bFailCopy ? 1u : 0u);
+            EXPECT_EQ(ReportCount(), stRow.bFailCopy ? 1u : 0u);
+            Bytes vecWant = stRow.bFailCopy ? Bytes(12, 0u) : Hex(kAttrHex);
+            vecWant.resize(stRow.ulWritten);
+            vecWant.resize(vecBuf.size(), 0xEEu);
+            EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(vecWant));
+        }
+    }
+}
+
+/* The reader hands any bytes on as attribute 23 with flags 0 (the attribute
+ * message fuzz target); the length is carried in 16 bits. */
+TEST_F(AttrSet, ReaderCarriesTheLengthIn16Bits)
+{
+    const Bytes vecMsg(65536u + 3u, 0x5Au);
+    void *pvOut = nullptr;
+    EXPECT_EQ(m_stTbl.pfnParseAttrMsg(vecMsg.data(), static_cast<uint32_t>(vecMsg.size()), BOL_SRPOLICY_ATTRMSG_TNL_ENCAP,
+                                      &pvOut, m_pstInst),
+              BOL_OK);
+    EXPECT_EQ(bt::ToHex(fz::TakeOutput(pvOut).vecAttr), "5A 5A 5A");
+    EXPECT_EQ(ReportCount(), 0u);
 }
 
 }  // namespace

@@ -196,6 +196,10 @@ TEST_F(CfgTnlEncap, SegmentValueByIndex)
         EXPECT_EQ(pulSid, bIn ? &stSl.aulSegValue[4u * (ulIndex - 1u)] : nullptr);
         EXPECT_EQ(ReportCount(), bIn ? 0u : 2u);
     }
+    /* A label slot past the count has no size, though it holds a label. */
+    SetLabels(stSl, {1, 2});
+    EXPECT_EQ(BOL_SRPOLICY_CalculateSegmentLen(&stSl, 1u), 8u);
+    EXPECT_EQ(BOL_SRPOLICY_CalculateSegmentLen(&stSl, 2u), 0u);
 }
 
 /* ---- Refusals and failures ------------------------------------------------- */

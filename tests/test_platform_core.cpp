@@ -80,24 +80,17 @@ TEST(MemcpyS, CopiesOrZeroesTheDestination)
     EXPECT_EQ(aucOv[0], 1);
 }
 
-TEST(FormatS, SprintfSnprintfAndTruncated)
+/* What the comparison with the C library below does not reach: the count
+ * limit of snprintf_s, a missing or empty destination. */
+TEST(FormatS, CountLimitAndNoRoom)
 {
     char ac[8];
-    EXPECT_EQ(sprintf_s(ac, sizeof(ac), "%s", "1234567"), 7);
-    EXPECT_STREQ(ac, "1234567");
-    EXPECT_EQ(sprintf_s(ac, sizeof(ac), "%s", "12345678"), -1);
-    EXPECT_STREQ(ac, "");
-
     EXPECT_EQ(snprintf_s(ac, sizeof(ac), 7, "%d", 42), 2);
     EXPECT_STREQ(ac, "42");
     EXPECT_EQ(snprintf_s(ac, sizeof(ac), 3, "%s", "abcdef"), -1);
     EXPECT_STREQ(ac, "abc");
     EXPECT_EQ(snprintf_s(ac, sizeof(ac), 8, "%s", "a"), -1);  // count must be below destMax
     EXPECT_STREQ(ac, "");
-
-    EXPECT_EQ(snprintf_truncated_s(ac, sizeof(ac), "%s", "abcdefghij"), 7);
-    EXPECT_STREQ(ac, "abcdefg");
-    EXPECT_EQ(snprintf_truncated_s(ac, sizeof(ac), "%u", 5u), 1);
     EXPECT_EQ(snprintf_truncated_s(ac, 0, "%u", 5u), -1);
     EXPECT_EQ(sprintf_s(nullptr, 8, "x"), -1);
 }

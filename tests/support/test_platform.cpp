@@ -24,7 +24,6 @@ struct State {
     std::map<void *, Block> mapLive;
     std::vector<Report> vecReports;
     uint32_t ulCountdown = 0;  // fail when it reaches 1
-    bool bFailAll = false;
     bool bFailMemcpyS = false;
     uint32_t ulCalls = 0;
     uint32_t ulFailed = 0;
@@ -57,7 +56,6 @@ void Reset()
 }
 
 void FailNthAlloc(uint32_t ulNth) { S().ulCountdown = ulNth; }
-void FailAllAllocs(bool bFail) { S().bFailAll = bFail; }
 void FailMemcpyS(bool bFail) { S().bFailMemcpyS = bFail; }
 uint32_t AllocCalls() { return S().ulCalls; }
 uint32_t FailedAllocs() { return S().ulFailed; }
@@ -97,7 +95,7 @@ void *ZUN_SimpleAlloc_F(uint32_t ulMemModuleId, uint32_t ulSize, const char *pcM
     (void)ulLine;
     tp::State &st = tp::S();
     st.ulCalls++;
-    bool bFail = st.bFailAll || ulSize == 0u;
+    bool bFail = ulSize == 0u;
     if (st.ulCountdown != 0u) {
         if (st.ulCountdown == 1u) {
             bFail = true;

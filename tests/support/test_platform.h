@@ -28,8 +28,6 @@ void Reset();
 
 /* The ulNth allocation from now fails (1 = the next one); 0 cancels. */
 void FailNthAlloc(uint32_t ulNth);
-/* Every allocation fails while set. */
-void FailAllAllocs(bool bFail);
 /* Allocations attempted since Reset(), failed ones included. */
 uint32_t AllocCalls();
 /* Allocations that failed since Reset(). */
