@@ -36,22 +36,15 @@ SessionConfig Config(uint32_t ulPeerAs = 0)
     return st;
 }
 
-/* The last NOTIFICATION the session wrote: code, subcode and data. */
-bool LastNotification(const Bytes &vecOut, uint8_t &ucCode, uint8_t &ucSub, Bytes &vecData)
+/* The last message the session wrote when it is a NOTIFICATION: its code,
+ * subcode and data; empty otherwise. */
+Bytes LastNotification(const Bytes &vecOut)
 {
-    bool bFound = false;
-    for (size_t i = 0; i + kBgpHeaderLen <= vecOut.size();) {
-        size_t n = Be16(&vecOut[i + 16]);
-        if (vecOut[i + 18] == kBgpNotification) {
-            ucCode = vecOut[i + 19];
-            ucSub = vecOut[i + 20];
-            vecData.assign(vecOut.begin() + static_cast<std::ptrdiff_t>(i + 21),
-                           vecOut.begin() + static_cast<std::ptrdiff_t>(i + n));
-            bFound = true;
-        }
-        i += n;
+    size_t i = 0;
+    while (i + kBgpHeaderLen <= vecOut.size() && i + Be16(&vecOut[i + 16]) < vecOut.size()) {
+        i += Be16(&vecOut[i + 16]);
     }
-    return bFound;
+    return i + kBgpHeaderLen <= vecOut.size() && vecOut[i + 18] == kBgpNotification ? Bytes(vecOut.begin() + static_cast<std::ptrdiff_t>(i + 19), vecOut.end()) : Bytes{};
 }
 
 Bytes Header(uint16_t usLen, uint8_t ucType)
@@ -64,8 +57,6 @@ Bytes Header(uint16_t usLen, uint8_t ucType)
 
 TEST(Session, PeerInputToNotification)
 {
-    Bytes vecBadMarker = Keepalive();
-    vecBadMarker[3] = 0;
     const Bytes vecUpdate = BuildMessage(kBgpUpdate, {0, 0, 0, 0});
     struct Row {
         const char *pcName;
@@ -80,7 +71,7 @@ TEST(Session, PeerInputToNotification)
     const Row aRows[] = {
         {"good open", 65001, BgpOpen({}), SessionState::OpenConfirm, 0, 0, {}},
         {"good open and keepalive", 0, Concat({BgpOpen({}), Keepalive()}), SessionState::Established, 0, 0, {}, true},
-        {"bad marker", 0, vecBadMarker, SessionState::Closed, 1, 1, {}},
+        {"bad marker", 0, [] { Bytes v = Header(19, kBgpKeepalive); v[3] = 0; return v; }(), SessionState::Closed, 1, 1, {}},
         {"length below header", 0, Header(18, kBgpKeepalive), SessionState::Closed, 1, 2, {0, 18}},
         {"keepalive with a body", 0, Concat({Header(20, kBgpKeepalive), {0}}), SessionState::Closed, 1, 2, {0, 20}},
         {"open too short", 0, Header(28, kBgpOpen), SessionState::Closed, 1, 2, {0, 28}},
@@ -133,15 +124,7 @@ TEST(Session, PeerInputToNotification)
                 }
             }
             EXPECT_EQ(s.State(), row.eState);
-            uint8_t ucCode = 0;
-            uint8_t ucSub = 0;
-            Bytes vecData;
-            ASSERT_EQ(LastNotification(s.Output(), ucCode, ucSub, vecData), row.ucCode != 0u);
-            if (row.ucCode != 0u) {
-                EXPECT_EQ(ucCode, row.ucCode);
-                EXPECT_EQ(ucSub, row.ucSub);
-                EXPECT_EQ(vecData, row.vecData);
-            }
+            EXPECT_EQ(LastNotification(s.Output()), row.ucCode == 0u ? Bytes{} : Concat({{row.ucCode, row.ucSub}, row.vecData}));
             EXPECT_EQ(rec.iEstablished, row.bWasUp ? 1 : 0);
         }
     }
@@ -177,12 +160,16 @@ TEST(Session, TimersAndEstablishedTraffic)
     Recorder rec;
     BgpSession s(Config(), rec);
     s.Start(0.0);
+    /* Nothing but the OPEN goes out before the session is up. */
+    Bytes vecOpen = s.Output();
+    s.Send(BuildEndOfRib({1, 73}));
+    EXPECT_EQ(s.Output(), vecOpen);
     Bytes vecIn = Concat({BgpOpen({4, 65001, 9}), Keepalive()});
     s.Receive(vecIn.data(), vecIn.size(), 0.0);
     ASSERT_EQ(s.State(), SessionState::Established);
     EXPECT_EQ(s.HoldTime(), 9u);
     s.Output().clear();
-    /* UPDATEs go out once the session is up (and not before: see below). */
+    /* UPDATEs go out once the session is up. */
     Bytes vecEor = BuildEndOfRib({2, 73});
     s.Send(vecEor);
     EXPECT_EQ(s.Output(), vecEor);
@@ -203,43 +190,20 @@ TEST(Session, TimersAndEstablishedTraffic)
     EXPECT_EQ(s.State(), SessionState::Established);
     s.Tick(17.0);
     EXPECT_EQ(s.State(), SessionState::Closed);
-    uint8_t ucCode = 0;
-    uint8_t ucSub = 0;
-    Bytes vecData;
-    ASSERT_TRUE(LastNotification(s.Output(), ucCode, ucSub, vecData));
-    EXPECT_EQ(ucCode, kErrHoldTimer);
+    EXPECT_EQ(LastNotification(s.Output()), (Bytes{kErrHoldTimer, 0}));
     /* Nothing is read after the close. */
     s.Receive(vecUpdate.data(), vecUpdate.size(), 18.0);
     EXPECT_EQ(rec.vecUpdates.size(), 1u);
 }
 
-TEST(Session, NothingSentBeforeEstablished)
-{
-    Recorder rec;
-    BgpSession s(Config(), rec);
-    s.Start(0.0);
-    Bytes vecOpen = s.Output();
-    s.Send(BuildEndOfRib({1, 73}));
-    EXPECT_EQ(s.Output(), vecOpen);
-}
-
 TEST(Session, NotificationText)
 {
-    struct Row {
-        uint8_t ucCode;
-        uint8_t ucSub;
-        const char *pcText;
-    };
-    const Row aRows[] = {
-        {6, 2, "cease: administrative shutdown (6/2)"},
-        {4, 0, "hold timer expired (4/0)"},
-        {1, 1, "message header error: connection not synchronized (1/1)"},
-        {1, 9, "message header error (1/9)"},
-        {2, 7, "OPEN message error: unsupported capability (2/7)"},
-        {9, 1, "unknown error (9/1)"},
-    };
-    for (const Row &row : aRows) {
-        EXPECT_EQ(NotificationText(row.ucCode, row.ucSub), row.pcText);
+    const char *const apcTexts[] = {"cease: administrative shutdown (6/2)", "hold timer expired (4/0)",
+                                    "message header error: connection not synchronized (1/1)", "message header error (1/9)",
+                                    "OPEN message error: unsupported capability (2/7)", "unknown error (9/1)"};
+    for (const char *pc : apcTexts) {
+        const char *pcCodes = std::strrchr(pc, '(');
+        EXPECT_EQ(NotificationText(static_cast<uint8_t>(pcCodes[1] - '0'), static_cast<uint8_t>(pcCodes[3] - '0')), pc);
     }
 }
 
@@ -270,49 +234,57 @@ TEST(Session, EndOfRib)
     }
 }
 
+/* Peers and endpoints named on the command line: with a port (iMode 1) or
+ * without (0) and the peer's settings; a bind endpoint (2, default port 11019). */
 TEST(Speaker, PeerAndEndpointText)
 {
     struct Row {
         const char *pcText;
-        bool bPort; /* the address may carry a port */
-        bool bOk;
-        const char *pcAddr;
-        uint16_t usPort;
-        uint32_t ulAs;
-        const char *pcMd5;
-        const char *pcError; /* part of the error when refused */
+        int iMode;
+        const char *pcExpect; /* "addr port AS md5", or the part of the error after "!" */
     };
     const Row aRows[] = {
-        {"127.0.0.2", true, true, "127.0.0.2", 179, 0, "", ""},
-        {"127.0.0.2:1790", true, true, "127.0.0.2", 1790, 0, "", ""},
-        {"[::1]:1790", true, true, "::1", 1790, 0, "", ""},
-        {"[::1]", true, true, "::1", 179, 0, "", ""},
-        {"::1", true, true, "::1", 179, 0, "", ""},
-        {"127.0.0.2:1790,as=65001,md5=a=b", true, true, "127.0.0.2", 1790, 65001, "a=b", ""},
-        {"127.0.0.2,md5=pw,as=4200000000", false, true, "127.0.0.2", 179, 4200000000u, "pw", ""},
-        {"127.0.0.2:65536", true, false, "", 0, 0, "", "not a port: 65536"},
-        {"127.0.0.2:", true, true, "127.0.0.2", 179, 0, "", ""},
-        {"127.0.0.2:x", true, false, "", 0, 0, "", "not a port"},
-        {"[::1]x", true, false, "", 0, 0, "", "expected ':'"},
-        {"[::1", true, false, "", 0, 0, "", "missing ']'"},
-        {"router1", true, false, "", 0, 0, "", "not a numeric address"},
-        {"127.0.0.2:1790", false, false, "", 0, 0, "", "not a numeric address"},
-        {"127.0.0.2,as=0", false, false, "", 0, 0, "", "not an AS number"},
-        {"127.0.0.2,as=4294967296", false, false, "", 0, 0, "", "not an AS number"},
-        {"127.0.0.2,hold=3", false, false, "", 0, 0, "", "unknown peer setting 'hold=3'"},
+        {"127.0.0.2", 1, "127.0.0.2 179 0 "},
+        {"127.0.0.2:1790", 1, "127.0.0.2 1790 0 "},
+        {"[::1]:1790", 1, "::1 1790 0 "},
+        {"[::1]", 1, "::1 179 0 "},
+        {"::1", 1, "::1 179 0 "},
+        {"127.0.0.2:1790,as=65001,md5=a=b", 1, "127.0.0.2 1790 65001 a=b"},
+        {"127.0.0.2,md5=pw,as=4200000000", 0, "127.0.0.2 179 4200000000 pw"},
+        {"127.0.0.2:65536", 1, "!not a port: 65536"},
+        {"127.0.0.2:", 1, "127.0.0.2 179 0 "},
+        {"127.0.0.2:x", 1, "!not a port"},
+        {"[::1]x", 1, "!expected ':'"},
+        {"[::1", 1, "!missing ']'"},
+        {"router1", 1, "!not a numeric address"},
+        {"127.0.0.2:1790", 0, "!not a numeric address"},
+        {"127.0.0.2,as=0", 0, "!not an AS number"},
+        {"127.0.0.2,as=4294967296", 0, "!not an AS number"},
+        {"127.0.0.2,hold=3", 0, "!unknown peer setting 'hold=3'"},
+        {"127.0.0.1:0", 2, "127.0.0.1 0"},
+        {"127.0.0.1", 2, "127.0.0.1 11019"},
+        {"[::1]:5000", 2, "::1 5000"},
+        {"[::1]", 2, "::1 11019"},
+        {"127.0.0.1:65535", 2, "127.0.0.1 65535"},
+        {"127.0.0.1:65536", 2, "!"},
+        {"[::1]5000", 2, "!"},
+        {"router:11019", 2, "!"},
     };
     for (const Row &row : aRows) {
         SCOPED_TRACE(row.pcText);
         PeerSpec st;
-        std::string strError;
-        ASSERT_EQ(ParsePeerSpec(row.pcText, row.bPort, st, strError), row.bOk) << strError;
-        if (row.bOk) {
-            EXPECT_EQ(st.strAddr, row.pcAddr);
-            EXPECT_EQ(st.usPort, row.usPort);
-            EXPECT_EQ(st.ulAs, row.ulAs);
-            EXPECT_EQ(st.strMd5, row.pcMd5);
+        std::string strError, strGot;
+        bool bOk = row.iMode == 2 ? ParseEndpoint(row.pcText, 11019u, st.strAddr, st.usPort, strError)
+                                  : ParsePeerSpec(row.pcText, row.iMode == 1, st, strError);
+        if (bOk) {
+            strGot = st.strAddr + " " + std::to_string(st.usPort) + (row.iMode == 2 ? "" : " " + std::to_string(st.ulAs) + " " + st.strMd5);
+        }
+        std::string strExpect = row.pcExpect;
+        ASSERT_EQ(bOk, strExpect[0] != '!') << strError;
+        if (bOk) {
+            EXPECT_EQ(strGot, strExpect);
         } else {
-            EXPECT_NE(strError.find(row.pcError), std::string::npos) << strError;
+            EXPECT_NE(strError.find(strExpect.substr(1)), std::string::npos) << strError;
         }
     }
 }
