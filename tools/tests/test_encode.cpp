@@ -36,37 +36,26 @@ TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
         {"tunnel past the value", "000f 0010  0c06", "", true, "", ""},
     };
     for (const Case &st : astCases) {
+        SCOPED_TRACE(st.pcName);
         Bytes v = Hex(st.pcValue);
         srp::TunnelEncapView stView;
         srp::ScanTunnelEncap(v.data(), v.size(), stView);
-        std::string strSub;
+        srp::WireNotes stNotes;
+        srp::NoteWireValue(v.data(), v.size(), stNotes);
+        std::string strSub, strWarnings, strNames;
         for (const srp::SubTlv &s : stView.vecSubTlvs) {
             strSub += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
         }
-        EXPECT_EQ(strSub, st.pcSubTlvs) << st.pcName;
-        EXPECT_EQ(stView.bTruncated, st.bTruncated) << st.pcName;
-        srp::WireNotes stNotes;
-        srp::NoteWireValue(v.data(), v.size(), stNotes);
-        std::string strWarnings;
         for (const std::string &s : stNotes.vecWarnings) {
             strWarnings += (strWarnings.empty() ? "" : "|") + s;
         }
-        EXPECT_EQ(strWarnings, st.pcWarnings) << st.pcName;
-        std::string strNames;
         for (const srp::WireName &s : stNotes.vecNames) {
             strNames += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
         }
-        EXPECT_EQ(strNames, st.pcNames) << st.pcName;
-    }
-}
-
-TEST(TunnelEncap, DecodedSubTlvTypes)
-{
-    for (unsigned u = 0; u < 256u; u++) {
-        /* preference, binding SID, SRv6 binding SID, slice ids, template id,
-         * segment list, candidate path and policy names */
-        bool bDecoded = u == 12u || u == 13u || u == 20u || u == 123u || (u >= 126u && u <= 130u);
-        EXPECT_EQ(srp::IsDecodedSubTlv(static_cast<uint8_t>(u)), bDecoded) << u;
+        EXPECT_EQ(strSub, st.pcSubTlvs);
+        EXPECT_EQ(stView.bTruncated, st.bTruncated);
+        EXPECT_EQ(strWarnings, st.pcWarnings);
+        EXPECT_EQ(strNames, st.pcNames);
     }
 }
 
@@ -98,10 +87,10 @@ TEST(Interop, EachCodePointWarnedOncePerRoute)
     for (const Case &st : astCases) {
         Bytes v = Hex(st.pcValue);
         std::vector<std::string> vec = srp::InteropWarnings(v.data(), v.size());
-        ASSERT_EQ(vec.size(), st.vecStarts.size()) << st.pcName;
-        for (size_t i = 0; i < vec.size(); i++) {
-            EXPECT_EQ(vec[i].rfind(st.vecStarts[i], 0), 0u) << st.pcName << ": " << vec[i];
+        for (size_t i = 0; i < vec.size() && i < st.vecStarts.size(); i++) {
+            vec[i].resize(std::min(vec[i].size(), st.vecStarts[i].size()));
         }
+        EXPECT_EQ(vec, st.vecStarts) << st.pcName;
     }
 }
 
