@@ -18,7 +18,9 @@ using srp::Bytes;
 using srp_test::BgpMessage;
 using srp_test::Concat;
 using srp_test::RecordingSink;
+using srp_test::Hex;
 using srp_test::Text;
+using srp_test::With;
 
 /* Hex text: separators, "0x" where a byte starts, comments, a byte's digits
  * on two lines; errors name line and column. As one value, and (the text
@@ -130,133 +132,96 @@ TEST(Formats, DetectedFromTheFirstBytes)
     }
 }
 
-/* Runs a stream through the splitter in pieces of ulChunk bytes and lists
- * what came out: "m<offset>" per message, "e<offset>" per error. */
-std::string Split(const Bytes &vecStream, size_t ulChunk)
+/* Runs a stream through the splitter in pieces of ulChunk bytes, with a gap
+ * of ullLost bytes reported after the first ulGapAt, and lists what came out:
+ * "m<offset>/<length>" per message, "e<offset>" per error. */
+std::string Split(const Bytes &vecStream, size_t ulChunk, size_t ulGapAt = 0, uint64_t ullLost = 0)
 {
     std::string s;
     srp::BgpStreamSplitter splitter(
-        [&](const uint8_t *, size_t n, uint64_t ullOffset) {
-            s += "m" + std::to_string(ullOffset) + "/" + std::to_string(n) + " ";
-        },
+        [&](const uint8_t *, size_t n, uint64_t ullOffset) { s += "m" + std::to_string(ullOffset) + "/" + std::to_string(n) + " "; },
         [&](const std::string &, uint64_t ullOffset) { s += "e" + std::to_string(ullOffset) + " "; });
-    for (size_t i = 0; i < vecStream.size(); i += ulChunk) {
-        splitter.Feed(vecStream.data() + i, std::min(ulChunk, vecStream.size() - i));
+    auto Feed = [&](size_t ulFrom, size_t ulTo) {
+        for (size_t i = ulFrom; i < ulTo; i += ulChunk) {
+            splitter.Feed(vecStream.data() + i, std::min(ulChunk, ulTo - i));
+        }
+    };
+    Feed(0, ulGapAt);
+    if (ulGapAt > 0u) {
+        splitter.Gap(ullLost, true);
     }
+    Feed(ulGapAt, vecStream.size());
     splitter.Finish();
     return s;
 }
 
 TEST(BgpFraming, MessagesErrorsAndResynchronisation)
 {
-    Bytes vecUpdate = BgpMessage(2, 10, 0x11);   /* 29 bytes */
-    Bytes vecKeepalive = BgpMessage(4, 0, 0);    /* 19 bytes */
-    Bytes vecBadMarker = BgpMessage(2, 10, 0x22);
-    vecBadMarker[3] = 0x00;
-    Bytes vecLyingShort = BgpMessage(2, 10, 0x33);
-    vecLyingShort[17] = 5; /* length 5: below the header */
-    Bytes vecTruncated = BgpMessage(2, 10, 0x44);
-    vecTruncated.resize(25);
+    Bytes vecUpdate = BgpMessage(2, 10, 0x11); /* 29 bytes */
+    Bytes vecKeepalive = BgpMessage(4, 0, 0);  /* 19 bytes */
     struct Case {
         const char *pcName;
         Bytes vecStream;
         const char *pcExpected;
+        size_t ulGapAt = 0; /* the rest of a message lost after this many bytes */
     } astCases[] = {
         {"two messages", Concat({vecUpdate, vecKeepalive}), "m0/29 m29/19 "},
-        {"bad marker, then resync", Concat({vecBadMarker, vecUpdate}), "e0 m29/29 "},
-        {"impossible length", Concat({vecLyingShort, vecKeepalive}), "e0 m29/19 "},
-        {"cut mid-message", Concat({vecUpdate, vecTruncated}), "m0/29 e29 "},
+        {"bad marker, then resync", Concat({With(vecUpdate, 3, 0), vecUpdate}), "e0 m29/29 "},
+        {"impossible length", Concat({With(vecUpdate, 17, 5), vecKeepalive}), "e0 m29/19 "},
+        {"cut mid-message", Concat({vecUpdate, Bytes(vecUpdate.begin(), vecUpdate.end() - 4)}), "m0/29 e29 "},
         {"cut mid-header", Concat({vecUpdate, Bytes(10u, 0xFFu)}), "m0/29 e29 "},
         {"garbage only", Bytes(40u, 0x55u), "e0 "},
+        {"gap drops the partial message", Concat({Bytes(vecUpdate.begin(), vecUpdate.begin() + 10), vecUpdate}), "e0 m29/29 ", 10},
     };
     for (const Case &st : astCases) {
         /* The outcome does not depend on how the bytes arrive. */
         for (size_t ulChunk : {size_t(1), size_t(7), size_t(4096)}) {
-            EXPECT_EQ(Split(st.vecStream, ulChunk), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
+            EXPECT_EQ(Split(st.vecStream, ulChunk, st.ulGapAt, 19u), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
         }
     }
     /* Past 64 KiB the bytes consumed are dropped from the buffer; offsets go on. */
-    Bytes vecMany;
     std::string strMany;
     for (size_t i = 0; i < 4000u; i++) {
-        strMany += "m" + std::to_string(vecMany.size()) + "/29 ";
-        vecMany.insert(vecMany.end(), vecUpdate.begin(), vecUpdate.end());
+        strMany += "m" + std::to_string(i * 29u) + "/29 ";
     }
-    EXPECT_EQ(Split(vecMany, 4096u), strMany);
+    EXPECT_EQ(Split(Concat(std::vector<Bytes>(4000u, vecUpdate)), 4096u), strMany);
 }
 
-TEST(BgpFraming, GapDropsThePartialMessage)
+Bytes MrtRecord(const char *pcTypes, const Bytes &vecBody)
 {
-    Bytes vecUpdate = BgpMessage(2, 10, 0x11);
-    std::string s;
-    srp::BgpStreamSplitter splitter([&](const uint8_t *, size_t, uint64_t o) { s += "m" + std::to_string(o) + " "; },
-                                    [&](const std::string &, uint64_t o) { s += "e" + std::to_string(o) + " "; });
-    splitter.Feed(vecUpdate.data(), 10);
-    splitter.Gap(19, true); /* the rest of the message and 0 more bytes are lost */
-    splitter.Feed(vecUpdate.data(), vecUpdate.size());
-    splitter.Finish();
-    EXPECT_EQ(s, "e0 m29 ");
-}
-
-Bytes MrtRecord(uint16_t usType, uint16_t usSubtype, const Bytes &vecBody)
-{
-    Bytes v;
-    srp::Put32(v, 1700000000u);
-    srp::Put16(v, usType);
-    srp::Put16(v, usSubtype);
+    Bytes v = Hex(std::string("6553f100 ") + pcTypes);
     srp::Put32(v, static_cast<uint32_t>(vecBody.size()));
-    v.insert(v.end(), vecBody.begin(), vecBody.end());
-    return v;
+    return Concat({v, vecBody});
 }
 
 TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
 {
     Bytes vecMsg = BgpMessage(2, 4, 0);
-    /* BGP4MP_ET MESSAGE_AS4, IPv4 peers */
-    Bytes vecEt = {0, 0, 0, 5};
-    srp::Put32(vecEt, 65001u);
-    srp::Put32(vecEt, 65002u);
-    srp::Put16(vecEt, 0u);
-    srp::Put16(vecEt, 1u);
-    vecEt.insert(vecEt.end(), 8u, 0x0Au);
-    vecEt.insert(vecEt.end(), vecMsg.begin(), vecMsg.end());
-    /* BGP4MP MESSAGE, IPv6 peers */
-    Bytes vecV6 = {0xFD, 0xE9, 0xFD, 0xEA, 0, 0, 0, 2};
-    vecV6.insert(vecV6.end(), 32u, 0x20u);
-    vecV6.insert(vecV6.end(), vecMsg.begin(), vecMsg.end());
-    /* TABLE_DUMP_V2 RIB_GENERIC of AFI 1 SAFI 73: one NLRI, two entries */
-    Bytes vecNlri = {96, 0, 0, 0, 1, 0, 0, 0, 100, 10, 0, 0, 1};
-    Bytes vecRib = {0, 0, 0, 7, 0, 1, 73};
-    vecRib.insert(vecRib.end(), vecNlri.begin(), vecNlri.end());
-    srp::Put16(vecRib, 2u);
-    for (int i = 0; i < 2; i++) {
-        srp::Put16(vecRib, 0u);
-        srp::Put32(vecRib, 0u);
-        srp::Put16(vecRib, 4u);
-        Bytes vecAttr = {0x40, 1, 1, static_cast<uint8_t>(i)};
-        vecRib.insert(vecRib.end(), vecAttr.begin(), vecAttr.end());
-    }
-    Bytes vecRibUnicast = {0, 0, 0, 8, 0, 1, 1, 8, 10, 0, 0};
-    Bytes vecNoMarker = Concat({Bytes(16u, 0u), BgpMessage(4, 0, 0)});
-    vecNoMarker[7] = 1u;  /* AFI 1 peers */
-    vecNoMarker[16] = 0u; /* a message of the right length without its marker */
-    Bytes vecFile = Concat({MrtRecord(17, 4, vecEt), MrtRecord(16, 1, vecV6), MrtRecord(13, 6, vecRib),
-                            MrtRecord(13, 6, vecRibUnicast), MrtRecord(16, 0, Bytes(20u, 0u)),
-                            MrtRecord(16, 1, Bytes(50u, 0u)), MrtRecord(16, 1, vecNoMarker)});
-    Bytes vecCut = MrtRecord(16, 4, vecEt);
+    /* BGP4MP_ET MESSAGE_AS4: microseconds, peer and local AS, interface, AFI 1, addresses */
+    Bytes vecEt = Concat({Hex("00000005 0000fde9 0000fdea 0000 0001 0a0a0a0a 0a0a0a0a"), vecMsg});
+    /* TABLE_DUMP_V2 RIB_GENERIC of AFI 1 SAFI 73: sequence, family, NLRI, two entries
+     * (peer index, time, attribute length, ORIGIN) */
+    const char *pcNlri = "60 00000001 00000064 0a000001";
+    Bytes vecRib = Hex(std::string("00000007 0001 49 ") + pcNlri + " 0002 0000 00000000 0004 40010100 0000 00000000 0004 40010101");
+    Bytes vecCut = MrtRecord("0010 0004", vecEt);
     vecCut.resize(vecCut.size() - 3u);
-    vecFile.insert(vecFile.end(), vecCut.begin(), vecCut.end());
-
+    Bytes vecFile = Concat({MrtRecord("0011 0004", vecEt),
+                            /* BGP4MP MESSAGE, IPv6 peers */
+                            MrtRecord("0010 0001", Concat({Hex("fde9 fdea 0000 0002"), Bytes(32u, 0x20u), vecMsg})),
+                            MrtRecord("000d 0006", vecRib),
+                            /* RIB_IPV4_UNICAST: skipped */
+                            MrtRecord("000d 0008", Hex("00000008 0001 01 08 0a 0000")),
+                            MrtRecord("0010 0000", Bytes(20u, 0u)), MrtRecord("0010 0001", Bytes(50u, 0u)),
+                            /* a message of the right length without its marker */
+                            MrtRecord("0010 0001", Concat({Hex("0000 0000 0000 0001 00000000 00000000"), With(BgpMessage(4, 0, 0), 0, 0)})),
+                            vecCut});
     RecordingSink sink;
     srp::ReadMrt(vecFile.data(), vecFile.size(), "f.mrt", sink);
-    EXPECT_EQ(sink.Kinds(), "msg msg rib rib error error error");
-    ASSERT_EQ(sink.vecSeen.size(), 7u);
+    ASSERT_EQ(sink.Kinds(), "msg msg rib rib error error error");
     EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
     EXPECT_EQ(sink.vecSeen[1].vecData, vecMsg);
-    Bytes vecRibSeen = vecNlri;
-    vecRibSeen.insert(vecRibSeen.end(), {0x40, 1, 1, 1});
-    EXPECT_EQ(sink.vecSeen[3].vecData, vecRibSeen);
-    EXPECT_EQ(sink.ulSkipped, 1u); /* the IPv4 unicast RIB */
+    EXPECT_EQ(sink.vecSeen[3].vecData, Hex(std::string(pcNlri) + "40010101"));
+    EXPECT_EQ(sink.ulSkipped, 1u);
     /* Errors name the record's offset in the file */
     EXPECT_EQ(sink.vecSeen[6].ullOffset, vecFile.size() - vecCut.size());
 }

@@ -77,6 +77,13 @@ inline Bytes Concat(const std::vector<Bytes> &vec)
     return v;
 }
 
+/* The bytes with the one at ulAt changed to ucValue. */
+inline Bytes With(Bytes v, size_t ulAt, uint8_t ucValue)
+{
+    v.at(ulAt) = ucValue;
+    return v;
+}
+
 /* A BGP message: marker, length, type and the body (n bytes of fill). */
 inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
 {
@@ -152,29 +159,6 @@ inline Bytes PcapFile(const std::vector<Bytes> &vecFrames, uint32_t ulLinkType =
             Le32(v, x);
         }
         v.insert(v.end(), vecFrames[i].begin(), vecFrames[i].end());
-    }
-    return v;
-}
-
-/* The same frames in a pcapng file: section header, one Ethernet
- * interface, one enhanced packet block per frame. */
-inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
-{
-    Bytes v;
-    auto block = [&](uint32_t ulType, Bytes vecBody) {
-        vecBody.resize((vecBody.size() + 3u) & ~size_t(3));
-        Le32(v, ulType);
-        Le32(v, 12u + vecBody.size());
-        v.insert(v.end(), vecBody.begin(), vecBody.end());
-        Le32(v, 12u + vecBody.size());
-    };
-    block(0x0A0D0D0Au, Bytes{0x4D, 0x3C, 0x2B, 0x1A, 1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF});
-    block(1u, Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0, 0});
-    for (const Bytes &vecFrame : vecFrames) {
-        Bytes vecBody(12u, 0u);
-        Le32(vecBody, vecFrame.size()); /* captured */
-        Le32(vecBody, vecFrame.size()); /* on the wire */
-        block(6u, Concat({vecBody, vecFrame}));
     }
     return v;
 }
