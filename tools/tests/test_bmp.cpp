@@ -52,122 +52,74 @@ std::string Summary(const bmp::Message &st)
 }
 
 const Bytes kPeer = PeerHeader(0u, 0u, 0x0A000001u, 65001u);
-const Bytes kPeerPost = PeerHeader(0u, bmp::kFlagPostPolicy, 0x0A000001u, 65001u);
 
-struct Row {
-    const char *pcName;
-    Bytes vecMsg;
-    const char *pcExpect; /* the summary, or the error when it starts with "!" */
-};
-
+/* Each row: a message and its summary, or the error after "!". */
 TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
 {
+    const std::string P = "[global 10.0.0.1 AS 65001 pre-policy t=1700000000.250]"; /* kPeer */
     Bytes vecPeerV6 = PeerHeader(0u, bmp::kFlagIpv6 | bmp::kFlagPostPolicy, 2u, 65002u);
     std::copy_n(Hex("20010db8").begin(), 4, vecPeerV6.begin() + 10);
     Bytes vecLocRib = PeerHeader(bmp::kLocRib, bmp::kFlagLocRibFiltered, 0u, 65000u);
     Bytes vecOpenSent = BgpOpen({4, 65000, 90, 1, {CapMp(1, 73), CapMp(2, 73), CapMp(1, 1), CapAs4(65000)}});
     Bytes vecOpenRecv = BgpOpen({4, 23456, 90, 1, {CapMp(1, 73), CapMp(1, 1), CapAs4(70000)}});
-    Bytes vecOpen2Byte = BgpOpen({4, 65010, 90, 1, {CapMp(1, 73)}});
-    Bytes vecNotification = Bgp(3u, {6u, 2u}); /* Cease, administrative shutdown */
-    Bytes vecTable = Tlv(3u, "red");
     Bytes vecUpdate = EmptyUpdate();
-
-    const Row astRows[] = {
-        {"initiation", Bmp(bmp::kInitiation, Concat({Tlv(2u, "r1"), Tlv(1u, "box\x01"), Tlv(9u, "\x01\x02")})),
-         "Initiation sysName=r1 sysDescr=box\\x01 TLV 9=0102"},
-        {"termination", Bmp(bmp::kTermination, Concat({Tlv(0u, "bye"), Tlv16(1u, 2u)})),
-         "Termination string=bye reason=out of resources (2)"},
-        {"route monitoring pre-policy", Bmp(bmp::kRouteMonitoring, Concat({kPeer, EmptyUpdate()})),
-         "Route Monitoring [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] bgp:23"},
-        {"IPv6 peer, post-policy", Bmp(bmp::kRouteMonitoring, Concat({vecPeerV6, EmptyUpdate()})),
-         "Route Monitoring [global 2001:db8::2 AS 65002 post-policy t=1700000000.250] bgp:23"},
-        {"loc-rib ignores the V and L bits", Bmp(bmp::kRouteMonitoring, Concat({vecLocRib, EmptyUpdate()})),
-         "Route Monitoring [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] bgp:23"},
-        {"adj-rib-out", Bmp(bmp::kRouteMonitoring, Concat({PeerHeader(0u, bmp::kFlagAdjRibOut, 1u, 1u), EmptyUpdate()})),
+    auto Msg = [](uint8_t ucType, const std::vector<Bytes> &vec) { return Bmp(ucType, Concat(vec)); };
+    /* a Peer Up of kPeer with our OPEN, then the peer's and what follows */
+    auto Up = [&](const std::vector<Bytes> &vec) { return Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, Concat(vec)})); };
+    const std::pair<Bytes, std::string> astRows[] = {
+        {Msg(bmp::kInitiation, {Tlv(2u, "r1"), Tlv(1u, "box\x01"), Tlv(9u, "\x01\x02")}), "Initiation sysName=r1 sysDescr=box\\x01 TLV 9=0102"},
+        {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv16(1u, 2u)}), "Termination string=bye reason=out of resources (2)"},
+        {Msg(bmp::kRouteMonitoring, {kPeer, vecUpdate}), "Route Monitoring " + P + " bgp:23"},
+        {Msg(bmp::kRouteMonitoring, {vecPeerV6, vecUpdate}), "Route Monitoring [global 2001:db8::2 AS 65002 post-policy t=1700000000.250] bgp:23"},
+        /* Loc-RIB ignores the V and L bits */
+        {Msg(bmp::kRouteMonitoring, {vecLocRib, vecUpdate}), "Route Monitoring [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] bgp:23"},
+        {Msg(bmp::kRouteMonitoring, {PeerHeader(0u, bmp::kFlagAdjRibOut, 1u, 1u), vecUpdate}),
          "Route Monitoring [global 0.0.0.1 AS 1 adj-rib-out pre-policy t=1700000000.250] bgp:23"},
-        {"peer up", Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, vecOpenRecv, vecTable})),
-         "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=1 remote-as=70000 families=1/73,1/1, "
-         "VRF/table name=red"},
-        {"peer up, one side without 4-octet AS",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, vecOpen2Byte})),
-         "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=0 remote-as=65010 families=1/73,"},
-        {"peer up, another 4-byte capability is not the AS",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 65010, 90, 1, {Cap(64, {0, 0, 0, 0})}})})),
-         "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=0 remote-as=65010 families="},
-        {"peer up, extended optional parameters",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 23456, 90, 1, {CapMp(2, 73), CapAs4(70001)}, 2, true})})),
-         "Peer Up [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] as4=1 remote-as=70001 families=2/73,"},
-        {"peer down, remote notification", Bmp(bmp::kPeerDown, Concat({kPeerPost, {3u}, vecNotification})),
-         "Peer Down [global 10.0.0.1 AS 65001 post-policy t=1700000000.250] remote system closed the session with a "
-         "NOTIFICATION (reason 3), NOTIFICATION code 6 subcode 2"},
-        {"peer down, FSM event", Bmp(bmp::kPeerDown, Concat({kPeer, {2u, 0u, 24u}})),
-         "Peer Down [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] local system closed the session without "
-         "a NOTIFICATION (reason 2), FSM event 24"},
-        {"peer down, no data", Bmp(bmp::kPeerDown, Concat({kPeer, {4u}})),
-         "Peer Down [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] remote system closed the session "
-         "without a NOTIFICATION (reason 4)"},
-        {"peer down, loc-rib closed", Bmp(bmp::kPeerDown, Concat({vecLocRib, {6u}, vecTable})),
-         "Peer Down [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] local system closed the Loc-RIB (reason 6)"},
-        {"statistics", Bmp(bmp::kStatisticsReport, Concat({kPeer, {0, 0, 0, 3}, Tlv(0u, Bytes{0, 0, 1, 0}),
-                                                            Tlv(7u, Bytes{0, 0, 0, 1, 0, 0, 0, 2}),
-                                                            Tlv(9u, Bytes {0, 1, 73, 0, 0, 0, 0, 0, 0, 0, 5})})),
-         "Statistics Report [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] 0=256 7=4294967298 9=5"},
-        {"route mirroring", Bmp(bmp::kRouteMirroring, Concat({kPeer, Tlv(0u, EmptyUpdate()), Tlv16(1u, 1u)})),
-         "Route Mirroring [global 10.0.0.1 AS 65001 pre-policy t=1700000000.250] bgp:23 info:1"},
+        {Up({vecOpenRecv, Tlv(3u, "red")}), "Peer Up " + P + " as4=1 remote-as=70000 families=1/73,1/1, VRF/table name=red"},
+        /* one side without 4-octet AS; another 4-byte capability is not the AS; extended parameter lengths */
+        {Up({BgpOpen({4, 65010, 90, 1, {CapMp(1, 73)}})}), "Peer Up " + P + " as4=0 remote-as=65010 families=1/73,"},
+        {Up({BgpOpen({4, 65010, 90, 1, {Cap(64, {0, 0, 0, 0})}})}), "Peer Up " + P + " as4=0 remote-as=65010 families="},
+        {Up({BgpOpen({4, 23456, 90, 1, {CapMp(2, 73), CapAs4(70001)}, 2, true})}), "Peer Up " + P + " as4=1 remote-as=70001 families=2/73,"},
+        {Msg(bmp::kPeerDown, {PeerHeader(0u, bmp::kFlagPostPolicy, 0x0A000001u, 65001u), {3u}, Bgp(3u, {6u, 2u})}),
+         "Peer Down [global 10.0.0.1 AS 65001 post-policy t=1700000000.250] remote system closed the session with a NOTIFICATION (reason 3), "
+         "NOTIFICATION code 6 subcode 2"},
+        {Msg(bmp::kPeerDown, {kPeer, {2u, 0u, 24u}}), "Peer Down " + P + " local system closed the session without a NOTIFICATION (reason 2), FSM event 24"},
+        {Msg(bmp::kPeerDown, {kPeer, {4u}}), "Peer Down " + P + " remote system closed the session without a NOTIFICATION (reason 4)"},
+        {Msg(bmp::kPeerDown, {vecLocRib, {6u}, Tlv(3u, "red")}), "Peer Down [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] local system closed the Loc-RIB (reason 6)"},
+        {Msg(bmp::kStatisticsReport, {kPeer, Hex("00000003  0000 0004 00000100  0007 0008 0000000100000002  0009 000b 0001 49 0000000000000005")}),
+         "Statistics Report " + P + " 0=256 7=4294967298 9=5"},
+        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv16(1u, 1u)}), "Route Mirroring " + P + " bgp:23 info:1"},
 
-        {"wrong version", Bytes{1u, 0, 0, 0, 6, bmp::kInitiation},
-         "!BMP version 1, expected 3"},
-        {"length says more than the message", Lie(Bmp(bmp::kInitiation, Tlv(2u, "r1")), +4),
-         "!BMP message length 16 in a message of 12 bytes"},
-        {"route monitoring with a cut per-peer header", Bmp(bmp::kRouteMonitoring, Bytes(kPeer.begin(), kPeer.end() - 1)),
-         "!Route Monitoring message of 47 bytes has no room for its per-peer header (42 bytes)"},
-        {"route monitoring without an UPDATE", Bmp(bmp::kRouteMonitoring, kPeer),
-         "!Route Monitoring UPDATE: 0 bytes left, too short for a BGP header"},
-        {"route monitoring UPDATE longer than the message",
-         Bmp(bmp::kRouteMonitoring, Concat({kPeer, Bytes(vecUpdate.begin(), vecUpdate.end() - 1)})),
-         "!Route Monitoring UPDATE: BGP message length 23 with 22 bytes left"},
-        {"route monitoring with bytes after the UPDATE", Bmp(bmp::kRouteMonitoring, Concat({kPeer, EmptyUpdate(), {0u}})),
-         "!Route Monitoring: 1 bytes after the UPDATE"},
-        {"route monitoring holding a KEEPALIVE", Bmp(bmp::kRouteMonitoring, Concat({kPeer, BgpMessage(4u, 0u, 0u)})),
-         "!Route Monitoring UPDATE: BGP message of type 4, expected 2"},
-        {"route monitoring with a bad marker", Bmp(bmp::kRouteMonitoring, Concat({kPeer, Hex("ffffff00 ffffffffffffffffffffffff 0017 02 00000000")})),
-         "!Route Monitoring UPDATE: bad BGP marker"},
-        {"unknown type", Bmp(7u, {}), "!unknown BMP message type 7"},
-        {"TLV overruns", Bmp(bmp::kInitiation, Bytes{0, 2, 0, 9, 'r'}),
-         "!Initiation: information TLV overruns the message"},
-        {"peer up cut in the received OPEN",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, Bytes(vecOpenRecv.begin(), vecOpenRecv.end() - 3)})),
-         "!Peer Up received OPEN: BGP message length 49 with 46 bytes left"},
-        {"peer up with a capability overrunning its parameter",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, BgpOpen({4, 65001, 90, 1, {{65, 5, 0, 0}}})})),
-         "!Peer Up: OPEN capability overruns its parameter"},
-        {"peer up with a byte after the OPEN's last parameter",
-         Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent,
-                                   Bgp(1u, {4, 0xFD, 0xF2, 0, 90, 10, 0, 0, 9, 9, 2, 6, 1, 4, 0, 1, 0, 73, 2})})),
-         "!Peer Up: OPEN optional parameter overruns the parameters"},
-        {"peer up with an UPDATE for an OPEN", Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), EmptyUpdate()})),
-         "!Peer Up sent OPEN: BGP message of type 2, expected 1"},
-        {"peer down without a reason", Bmp(bmp::kPeerDown, kPeer), "!Peer Down without its reason"},
-        {"peer down with a cut FSM event", Bmp(bmp::kPeerDown, Concat({kPeer, {2u, 0u}})),
-         "!Peer Down without its FSM event code"},
-        {"peer down with trailing bytes", Bmp(bmp::kPeerDown, Concat({kPeer, {2u, 0u, 1u, 9u}})),
-         "!Peer Down: 1 bytes after the reason's data"},
-        {"statistics count lies", Bmp(bmp::kStatisticsReport, Concat({kPeer, {0, 0, 0, 2}, Tlv(0u, Bytes{0, 0, 0, 1})})),
-         "!Statistics Report: statistic 2 of 2 overruns the message"},
-        {"statistics with bytes after the count", Bmp(bmp::kStatisticsReport, Concat({kPeer, {0, 0, 0, 0}, {1u}})),
-         "!Statistics Report: 1 bytes after 0 statistics"},
-        {"mirroring information of the wrong length", Bmp(bmp::kRouteMirroring, Concat({kPeer, Tlv(1u, "\x01")})),
-         "!Route Mirroring information TLV of length 1, expected 2"},
-        {"mirroring BGP message shorter than its TLV", Bmp(bmp::kRouteMirroring, Concat({kPeer, Tlv(0u, Concat({EmptyUpdate(), {0u}}))})),
-         "!Route Mirroring BGP message shorter than its TLV"},
-        {"cut common header", Bytes{3u, 0u, 0u}, "!cut BMP common header: 3 bytes"},
+        {Bytes{1u, 0, 0, 0, 6, bmp::kInitiation}, "!BMP version 1, expected 3"},
+        {Lie(Bmp(bmp::kInitiation, Tlv(2u, "r1")), +4), "!BMP message length 16 in a message of 12 bytes"},
+        {Bmp(bmp::kRouteMonitoring, Bytes(kPeer.begin(), kPeer.end() - 1)), "!Route Monitoring message of 47 bytes has no room for its per-peer header (42 bytes)"},
+        {Bmp(bmp::kRouteMonitoring, kPeer), "!Route Monitoring UPDATE: 0 bytes left, too short for a BGP header"},
+        {Msg(bmp::kRouteMonitoring, {kPeer, Bytes(vecUpdate.begin(), vecUpdate.end() - 1)}), "!Route Monitoring UPDATE: BGP message length 23 with 22 bytes left"},
+        {Msg(bmp::kRouteMonitoring, {kPeer, vecUpdate, {0u}}), "!Route Monitoring: 1 bytes after the UPDATE"},
+        {Msg(bmp::kRouteMonitoring, {kPeer, BgpMessage(4u, 0u, 0u)}), "!Route Monitoring UPDATE: BGP message of type 4, expected 2"},
+        {Msg(bmp::kRouteMonitoring, {kPeer, With(vecUpdate, 3, 0)}), "!Route Monitoring UPDATE: bad BGP marker"},
+        {Bmp(7u, {}), "!unknown BMP message type 7"},
+        {Bmp(bmp::kInitiation, Bytes{0, 2, 0, 9, 'r'}), "!Initiation: information TLV overruns the message"},
+        {Up({Bytes(vecOpenRecv.begin(), vecOpenRecv.end() - 3)}), "!Peer Up received OPEN: BGP message length 49 with 46 bytes left"},
+        {Up({BgpOpen({4, 65001, 90, 1, {{65, 5, 0, 0}}})}), "!Peer Up: OPEN capability overruns its parameter"},
+        /* a byte after the OPEN's last parameter */
+        {Up({Bgp(1u, Hex("04 fdf2 005a 0a000009 09  02 06 01040001 0049  02"))}), "!Peer Up: OPEN optional parameter overruns the parameters"},
+        {Msg(bmp::kPeerUp, {kPeer, PeerUpFixed(), vecUpdate}), "!Peer Up sent OPEN: BGP message of type 2, expected 1"},
+        {Bmp(bmp::kPeerDown, kPeer), "!Peer Down without its reason"},
+        {Msg(bmp::kPeerDown, {kPeer, {2u, 0u}}), "!Peer Down without its FSM event code"},
+        {Msg(bmp::kPeerDown, {kPeer, {2u, 0u, 1u, 9u}}), "!Peer Down: 1 bytes after the reason's data"},
+        {Msg(bmp::kStatisticsReport, {kPeer, Hex("00000002 0000 0004 00000001")}), "!Statistics Report: statistic 2 of 2 overruns the message"},
+        {Msg(bmp::kStatisticsReport, {kPeer, {0, 0, 0, 0}, {1u}}), "!Statistics Report: 1 bytes after 0 statistics"},
+        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(1u, "\x01")}), "!Route Mirroring information TLV of length 1, expected 2"},
+        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, Concat({vecUpdate, {0u}}))}), "!Route Mirroring BGP message shorter than its TLV"},
+        {Bytes{3u, 0u, 0u}, "!cut BMP common header: 3 bytes"},
     };
-    for (const Row &row : astRows) {
-        SCOPED_TRACE(row.pcName);
+    for (const auto &row : astRows) {
+        SCOPED_TRACE(row.second);
         bmp::Message st;
         std::string strError;
-        bool bOk = bmp::ParseMessage(row.vecMsg.data(), row.vecMsg.size(), st, strError);
-        EXPECT_EQ(bOk ? Summary(st) : "!" + strError, row.pcExpect);
+        bool bOk = bmp::ParseMessage(row.first.data(), row.first.size(), st, strError);
+        EXPECT_EQ(bOk ? Summary(st) : "!" + strError, row.second);
     }
 }
 
