@@ -17,18 +17,16 @@ using srp::Bytes;
 using srp_test::Hex;
 
 /* The Tunnel Encapsulation attribute of the first message of the
- * hand-checked sample (written there in its normalised form). */
+ * hand-checked sample (written there in its normalised form): after the
+ * header, the two length fields, ORIGIN 4, AS_PATH 9 and MP_REACH_NLRI 25
+ * bytes, attribute 23 with a 4-byte header. */
 Bytes SampleAttribute()
 {
-    Bytes vecAll = srp_test::SampleStream();
-    /* Message 1: header 19, two length fields, ORIGIN 4, AS_PATH 9,
-     * MP_REACH 3 + 22, then attribute 23 with a 4-byte header. */
+    const Bytes vecAll = srp_test::SampleStream();
     const size_t ulAt = 19u + 4u + 4u + 9u + 25u;
-    EXPECT_GT(vecAll.size(), ulAt + 4u);
-    EXPECT_EQ(vecAll[ulAt + 1u], 23u);
-    size_t ulLen = srp::Be16(vecAll.data() + ulAt + 2u);
-    return Bytes(vecAll.begin() + static_cast<std::ptrdiff_t>(ulAt + 4u),
-                 vecAll.begin() + static_cast<std::ptrdiff_t>(ulAt + 4u + ulLen));
+    EXPECT_EQ(vecAll.at(ulAt + 1u), 23u);
+    auto itStart = vecAll.begin() + static_cast<std::ptrdiff_t>(ulAt + 4u);
+    return Bytes(itStart, itStart + srp::Be16(vecAll.data() + ulAt + 2u));
 }
 
 BOL_SRPOLICY_NLRI_S Key()
@@ -79,8 +77,7 @@ TEST(CondRtAttr, OverrunsAreRefused)
     for (const Case &c : astCases) {
         srp::AttrFields st;
         std::string strError;
-        EXPECT_FALSE(srp::ParseCondRtAttr(c.vecMsg, st, strError)) << c.pcName;
-        EXPECT_FALSE(strError.empty()) << c.pcName;
+        EXPECT_FALSE(srp::ParseCondRtAttr(c.vecMsg, st, strError) || strError.empty()) << c.pcName;
     }
     /* A segment list whose own sub-TLVs overrun it is kept and marked. */
     srp::SegmentListField stList = srp::ParseSegmentList(Hex("00 0106 8000").data(), 4u);
