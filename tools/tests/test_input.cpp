@@ -68,6 +68,7 @@ TEST(HexText, LineAcrossReadBlocks)
     ASSERT_TRUE(srp::ReadHexMessages(Text(strText), "t", sink, strError)) << strError;
     ASSERT_EQ(sink.Kinds(), "msg");
     EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
+    EXPECT_EQ(sink.strProgress, std::to_string(strText.size()) + "/" + std::to_string(strText.size()));
 }
 
 /* Every IPv6 address printed as the C library prints it: zero runs of every
@@ -353,6 +354,10 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
         {"Linux cooked v2 IPv6", 276u, Concat({vecSll2, Ipv6(vecTcp, false)}), kV6},
         {"raw IP", 101u, Ipv6(vecTcp, false), kV6},
         {"BSD loopback", 0u, Concat({{2, 0, 0, 0}, vecV4}), kV4},
+        /* IPv6 on loopback: 24, 28 or 30 as the BSDs number it */
+        {"BSD loopback IPv6 (24)", 0u, Concat({{24, 0, 0, 0}, Ipv6(vecTcp, false)}), kV6},
+        {"BSD loopback IPv6 (28)", 0u, Concat({{28, 0, 0, 0}, Ipv6(vecTcp, false)}), kV6},
+        {"BSD loopback IPv6 (30)", 108u, Concat({{0, 0, 0, 30}, Ipv6(vecTcp, false)}), kV6},
         {"OpenBSD loopback", 108u, Concat({{0, 0, 0, 2}, vecV4}), kV4},
         {"raw IP (12)", 12u, vecV4, kV4},
         {"raw IP (14)", 14u, Ipv6(vecTcp, false), kV6},

@@ -38,6 +38,7 @@ public:
     }
     void FramingError(const std::string &s, const srp::Origin &o) override { Add("error", o, Bytes(s.begin(), s.end())); }
     void Skipped() override { ulSkipped++; }
+    void Progress(uint64_t ullDone, uint64_t ullTotal) override { strProgress = std::to_string(ullDone) + "/" + std::to_string(ullTotal); }
 
     std::string Kinds() const
     {
@@ -49,6 +50,7 @@ public:
     }
     std::vector<Seen> vecSeen;
     size_t ulSkipped = 0;
+    std::string strProgress; /* the last progress report: bytes read of the input's */
 
 private:
     void Add(const char *pcKind, const srp::Origin &o, const Bytes &v) { vecSeen.push_back({pcKind, o.ullOffset, v, o.strSource}); }

@@ -302,13 +302,14 @@ def run_decode(tool, configs, workdir):
         check(pairs == sorted(pairs) and set(pairs) <= set(numbered) and len(set(pairs)) == len(numbered) - 1,
               name + ": every line names its message by number and offset in the stream")
         check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
-    # Without --port, the flow on another port is named; of the other ports, the three busiest.
+    # Without --port, the flow on another port is named; of the other ports, the three busiest of the first
+    # 64 seen (a port first seen after those is not counted, one of those still is).
     rc, _, err = decode(tool, workdir, "bmp_port.pcap", pcap_file(stream, 40000, 5000))
     check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
+    ports = [1002] * 2 + [1003] * 3 + [1004] * 4 + list(range(1005, 1066)) + [2000] * 9 + [1004]
     rc, _, err = decode(tool, workdir, "ports.pcap", harness.pcap([
-        harness.tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x") for port in (1001, 1002, 1002, 1003,
-                                                                                              1003, 1003, 1004, 1004, 1004, 1004)]))
-    check(rc == 1 and "on ports 1004 (4 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
+        harness.tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x") for port in ports]))
+    check(rc == 1 and "on ports 1004 (5 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
           "a capture without BGP names the three busiest other ports: " + err.strip())
     # An MRT RIB entry whose attribute value (a type 14 tunnel) is refused.
     value = bytes.fromhex("000e00030e0105")
