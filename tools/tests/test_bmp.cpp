@@ -83,10 +83,11 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Msg(bmp::kRouteMonitoring, {PeerHeader(0u, bmp::kFlagAdjRibOut, 1u, 1u), vecUpdate}),
          "Route Monitoring [global 0.0.0.1 AS 1 adj-rib-out pre-policy t=1700000000.250] bgp:23"},
         {Up({vecOpenRecv, Tlv(3u, "red")}), "Peer Up " + P + " as4=1 remote-as=70000 families=1/73,1/1, VRF/table name=red"},
-        /* one side without 4-octet AS; another 4-byte capability is not the AS; extended parameter lengths */
+        /* one side without 4-octet AS; another 4-byte capability is not the AS; extended parameter lengths
+         * (255, 255, then 2-byte lengths) */
         {Up({BgpOpen({4, 65010, 90, 1, {CapMp(1, 73)}})}), "Peer Up " + P + " as4=0 remote-as=65010 families=1/73,"},
         {Up({BgpOpen({4, 65010, 90, 1, {Cap(64, {0, 0, 0, 0})}})}), "Peer Up " + P + " as4=0 remote-as=65010 families="},
-        {Up({BgpOpen({4, 23456, 90, 1, {CapMp(2, 73), CapAs4(70001)}, 2, true})}), "Peer Up " + P + " as4=1 remote-as=70001 families=2/73,"},
+        {Up({Bgp(1u, Hex("04 5ba0 005a 00000001  ffff 000f 02 000c 01040002 0049 4104 00011171"))}), "Peer Up " + P + " as4=1 remote-as=70001 families=2/73,"},
         {Msg(bmp::kPeerDown, {PeerHeader(0u, bmp::kFlagPostPolicy, 0x0A000001u, 65001u), {3u}, Bgp(3u, {6u, 2u})}),
          "Peer Down [global 10.0.0.1 AS 65001 post-policy t=1700000000.250] remote system closed the session with a NOTIFICATION (reason 3), "
          "NOTIFICATION code 6 subcode 2"},

@@ -106,17 +106,13 @@ inline Bytes CapAs4(uint32_t ulAs)
     return Cap(65u, v);
 }
 
-/* An OPEN with one optional parameter of type ucParam (2: capabilities)
- * holding the capabilities; with the extended parameter lengths (255, 255,
- * then 2-byte lengths) when bExtended. */
+/* An OPEN with its capabilities in one optional parameter. */
 struct OpenSpec {
     uint8_t ucVersion = 4;
     uint16_t usAs = 65001;
     uint16_t usHold = 90;
     uint32_t ulId = 0x7F000002u;
     std::vector<Bytes> vecCaps{CapMp(1u, 73u)};
-    uint8_t ucParam = 2;
-    bool bExtended = false;
 };
 inline Bytes BgpOpen(const OpenSpec &st)
 {
@@ -125,14 +121,7 @@ inline Bytes BgpOpen(const OpenSpec &st)
     srp::Put16(v, st.usAs);
     srp::Put16(v, st.usHold);
     srp::Put32(v, st.ulId);
-    if (st.bExtended) {
-        v.insert(v.end(), {255u, 255u});
-        srp::Put16(v, static_cast<uint32_t>(vecCaps.size() + 3u));
-        v.push_back(st.ucParam);
-        srp::Put16(v, static_cast<uint32_t>(vecCaps.size()));
-    } else {
-        v.insert(v.end(), {static_cast<uint8_t>(vecCaps.size() + 2u), st.ucParam, static_cast<uint8_t>(vecCaps.size())});
-    }
+    v.insert(v.end(), {static_cast<uint8_t>(vecCaps.size() + 2u), 2u, static_cast<uint8_t>(vecCaps.size())});
     return Bgp(1u, Concat({v, vecCaps}));
 }
 
