@@ -208,6 +208,37 @@ TEST(Session, EndOfRib)
     }
 }
 
+/* A speaker connecting to a loopback port nobody listens on: the refused
+ * connection is reported, and tried again after the retry time. */
+TEST(Speaker, RefusedConnectionReportedAndRetried)
+{
+    struct Handler : SpeakerHandler {
+        void PeerUp(Speaker &, const PeerId &) override {}
+        void PeerUpdate(Speaker &, const PeerId &, const uint8_t *, size_t) override {}
+        void PeerDown(Speaker &sp, const PeerId &, bool, const std::string &strWhy) override
+        {
+            vecWhy.push_back(strWhy);
+            if (vecWhy.size() == 2u) {
+                sp.Stop(0.0);
+            }
+        }
+        void Signal(Speaker &, int) override {}
+        std::vector<std::string> vecWhy;
+    } handler;
+    SpeakerOptions st;
+    st.stSession = Config();
+    st.dRetry = 0.2;
+    st.vecConnect.resize(1u);
+    std::string strError;
+    ASSERT_TRUE(ParsePeerSpec("127.0.0.1:1", true, st.vecConnect[0], strError));
+    Speaker sp(st, handler);
+    ASSERT_TRUE(sp.Open(strError)) << strError;
+    double dStart = Speaker::Now();
+    sp.Run();
+    EXPECT_EQ(handler.vecWhy, std::vector<std::string>(2u, "connect: Connection refused"));
+    EXPECT_GE(Speaker::Now() - dStart, 0.2);
+}
+
 /* Peers and endpoints named on the command line: with a port (iMode 1) or
  * without (0) and the peer's settings; a bind endpoint (2, default port 11019). */
 TEST(Speaker, PeerAndEndpointText)
