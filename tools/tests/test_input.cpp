@@ -24,10 +24,8 @@ using namespace srp_test;
  * joined to one line) as one value per line. */
 TEST(HexText, BytesOrTheErrorWithItsPlace)
 {
-    struct Case {
-        const char *pcText;
-        const char *pcExpect; /* the bytes in hex, or the error after "!" */
-    } astCases[] = {
+    /* the text, and its bytes in hex or the error after "!" */
+    const std::pair<const char *, const char *> astCases[] = {
         {"0a0B ff", "0a0bff"},
         {"0x0a 0xff\n\t01", "0aff01"},
         {"01 # comment 99 zz\n02", "0102"},
@@ -42,12 +40,10 @@ TEST(HexText, BytesOrTheErrorWithItsPlace)
         {"00x12", "!line 1, column 3: 'x' is not a hex digit"},
         {"01 0\n# 2", "!odd number of hex digits: the digit at line 1, column 4 has no partner"},
     };
-    for (const Case &st : astCases) {
-        SCOPED_TRACE(st.pcText);
+    for (const auto &st : astCases) {
         Bytes v;
         std::string strError;
-        bool bOk = srp::ParseHex(st.pcText, v, strError);
-        EXPECT_EQ(bOk ? srp::ToHex(v) : "!" + strError, st.pcExpect);
+        EXPECT_EQ(srp::ParseHex(st.first, v, strError) ? srp::ToHex(v) : "!" + strError, st.second) << st.first;
     }
     std::vector<Bytes> vec;
     std::string strError;
@@ -232,17 +228,16 @@ TEST(InputFile, PeekThenReadGivesEveryByteOnce)
         vecData[i] = static_cast<uint8_t>(i * 7u);
     }
     struct Case {
-        size_t ulPeek1, ulPeek2, ulRead;
+        size_t ulPeek1, ulPeek2, ulRead; /* a peek, 3 bytes read, a peek, then reads of ulRead bytes */
     } astCases[] = {{0, 0, 1000}, {10, 0, 7}, {10, 100, 64}, {5000, 0, 999}, {100, 10, 4096}};
     for (const Case &st : astCases) {
         srp::InputFile in;
         in.OpenMemory(vecData.data(), vecData.size());
         EXPECT_EQ(in.Peek(st.ulPeek1).size(), std::min(st.ulPeek1, vecData.size()));
-        Bytes vecOut(st.ulRead);
-        size_t n = in.Read(vecOut.data(), 3u); /* a read between two peeks */
-        vecOut.resize(n);
+        Bytes vecOut(3u), vecBlock(st.ulRead);
+        vecOut.resize(in.Read(vecOut.data(), 3u));
         in.Peek(st.ulPeek2);
-        Bytes vecBlock(st.ulRead);
+        size_t n;
         while ((n = in.Read(vecBlock.data(), vecBlock.size())) > 0u) {
             vecOut.insert(vecOut.end(), vecBlock.begin(), vecBlock.begin() + static_cast<std::ptrdiff_t>(n));
         }
