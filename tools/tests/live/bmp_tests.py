@@ -52,26 +52,75 @@ def encode(tool, configs, name, withdraw=False):
                                                            timeout=20).stdout.split()]
 
 
-def start_station(tool, workdir, extra=(), bind="127.0.0.1:0", pipe=False):
+def pcap(frames, link=1):
+    """A classic pcap file (microseconds) holding the frames."""
+    return struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, link) + b"".join(
+        struct.pack("<IIII", 1000 + i, 0, len(frame), len(frame)) + frame for i, frame in enumerate(frames))
+
+
+def tcp_frame(src, dst, sport, dport, seq, flags, payload=b""):
+    """Ethernet, IPv4 and TCP (checksums left zero) carrying the payload."""
+    tcp = struct.pack("!HHIIBBHHH", sport, dport, seq, 0, 5 << 4, flags, 65535, 0, 0) + payload
+    ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(tcp), 0, 0x4000, 64, 6, 0, socket.inet_aton(src),
+                     socket.inet_aton(dst))
+    return bytes(12) + b"\x08\x00" + ip + tcp
+
+
+def connect(port, source="127.0.0.1"):
+    """A router's connection from the source address (any port) to the station."""
+    s = socket.socket(socket.AF_INET6 if ":" in source else socket.AF_INET, socket.SOCK_STREAM)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect((source if ":" in source else "127.0.0.1", port))
+    return s
+
+
+class Station(harness.Srpolicy):
     """`srpolicy bmp` on a port of its own (read from --port-file once written)."""
-    port_file = os.path.join(workdir, "port")
-    if os.path.exists(port_file):
-        os.unlink(port_file)
-    station = harness.Srpolicy(tool, workdir, "station", ["bmp", "--bind", bind, "--port-file", port_file, "--json"] +
-                               ([] if pipe else ["--rib-out", os.path.join(workdir, "rib.jsonl"), "--verbose"]) +
-                               list(extra), stdout_pipe=pipe)
-    wait_for(lambda: os.path.exists(port_file), "the station's port")
-    with open(port_file) as f:
-        station.port = int(f.read())
-    return station
+
+    def __init__(self, tool, workdir, extra=(), bind="127.0.0.1:0", pipe=False):
+        port_file, self.rib = os.path.join(workdir, "port"), os.path.join(workdir, "rib.jsonl")
+        if os.path.exists(port_file):
+            os.unlink(port_file)
+        super().__init__(tool, workdir, "station", ["bmp", "--bind", bind, "--port-file", port_file, "--json"] +
+                         ([] if pipe else ["--rib-out", self.rib, "--verbose"]) + list(extra), pipe)
+        wait_for(lambda: os.path.exists(port_file), "the station's port")
+        with open(port_file) as f:
+            self.port = int(f.read())
+
+    def events(self):
+        return harness.read_jsonl(self.out_path)
+
+    def table(self):
+        """The table the station writes anew on SIGUSR1: its entries once the file is whole."""
+        if os.path.exists(self.rib):
+            os.unlink(self.rib)
+        self.send_signal(signal.SIGUSR1)
+
+        def read():
+            try:
+                with open(self.rib) as f:
+                    text = f.read()
+            except OSError:
+                return None
+            return None if text and not text.endswith("\n") else ([json.loads(x) for x in text.splitlines() if x.strip()],)
+        return wait_for(read, "the table in " + self.rib)[0]
+
+
+class GobgpdBmp(harness.Gobgpd):
+    """gobgpd streaming its pre-policy routes to a BMP station."""
+
+    def __init__(self, workdir, asn, neighbors, bmp_port):
+        super().__init__(workdir, asn, neighbors)
+        self.bmp_port = bmp_port
+
+    def config(self):
+        return dict(super().config(), **{"bmp-servers": [{"config": {
+            "address": "127.0.0.1", "port": self.bmp_port, "route-monitoring-policy": "pre-policy"}}]})
 
 
 def wait_stderr(station, pattern, what):
     wait_for(lambda: re.search(pattern, station.stderr()), what + " (stderr: " + pattern + ")")
-
-
-def table(station):
-    return harness.dump_rib(station, os.path.join(os.path.dirname(station.out_path), "rib.jsonl"), 20)
 
 
 def wait_for(cond, what, seconds=20):
@@ -93,7 +142,8 @@ def check(cond, what):
     print("ok:", what)
 
 
-route_key = harness.key_of
+def route_key(entry):
+    return (entry["nlri"]["distinguisher"], entry["nlri"]["color"], entry["nlri"]["endpoint"])
 WITHDRAWN = (1, 100, "10.0.0.2")  # the route of bmp_withdraw.json
 
 
@@ -102,9 +152,9 @@ def run_malformed(tool, configs, workdir):
     router outside --allow is refused; the good router's table is kept."""
     updates = encode(tool, configs, "bmp_routes.json")
     withdraw = encode(tool, configs, "bmp_withdraw.json", withdraw=True)
-    station = start_station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
+    station = Station(tool, workdir, ["--allow", "127.0.0.1/32", "--allow", "::1"])
     try:
-        good = harness.connect(station.port)
+        good = connect(station.port)
         good.sendall(router_stream("good", updates))
         good_name = "127.0.0.1:%d" % good.getsockname()[1]
         wait_for(lambda: len(routes_of(station, good_name)) == 3, "the good router's three routes")
@@ -116,7 +166,7 @@ def run_malformed(tool, configs, workdir):
             ("a cut message", rm[:len(rm) // 2], r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
         ]
         for what, data, pattern in cases:
-            bad = harness.connect(station.port)
+            bad = connect(station.port)
             name = "127.0.0.1:%d" % bad.getsockname()[1]
             bad.sendall(router_stream("bad", [updates[1]], "10.0.0.8", 65008))
             wait_for(lambda: routes_of(station, name), what + ": the broken router's route before the fault")
@@ -127,7 +177,7 @@ def run_malformed(tool, configs, workdir):
             wait_stderr(station, r"router %s disconnected, 1 routes removed" % re.escape(name), what + ": closed")
             bad.close()
 
-        outsider = harness.connect(station.port, source="127.0.0.2")
+        outsider = connect(station.port, source="127.0.0.2")
         wait_stderr(station, r"refused router 127\.0\.0\.2:\d+: not in an allowed prefix", "the refused router")
         check(outsider.recv(1) == b"", "a router outside --allow is refused")
         outsider.close()
@@ -137,7 +187,7 @@ def run_malformed(tool, configs, workdir):
                      bmp(1, peer_header("10.0.0.9", 65009) + struct.pack("!I", 1) + tlv(7, struct.pack("!Q", 2))))
         wait_for(lambda: any(e.get("withdrawn") for e in routes_of(station, good_name)), "the good router's withdrawal")
         wait_for(lambda: events(station, "Statistics Report"), "the statistics")
-        stored = table(station)
+        stored = station.table()
         expected = harness.expected_table(tool, os.path.join(configs, "bmp_routes.json"))
         del expected[WITHDRAWN]
         check(harness.table_of(stored) == expected, "the good router's table: its routes less the withdrawn one")
@@ -146,7 +196,7 @@ def run_malformed(tool, configs, workdir):
               "every stored route names its router, peer, view and the per-peer time stamp")
         good.sendall(bmp(2, peer_header("10.0.0.9", 65009) + b"\x04"))
         wait_for(lambda: [e for e in events(station, "Peer Down") if e["routes_removed"] == 2], "the peer down clearing two routes")
-        check(table(station) == [], "peer down empties that peer's table")
+        check(station.table() == [], "peer down empties that peer's table")
         good.close()
     finally:
         rc = station.stop()
@@ -163,8 +213,8 @@ def run_gobgpd(tool, configs, workdir):
     with open(config) as f:
         routes = json.load(f)
     shutil.copy(config, announced)
-    station = start_station(tool, workdir)
-    daemon = harness.Gobgpd(workdir, 65000, [{"address": "127.0.0.2", "asn": 65001}], bmp_port=station.port)
+    station = Station(tool, workdir)
+    daemon = GobgpdBmp(workdir, 65000, [{"address": "127.0.0.2", "asn": 65001}], station.port)
     announcer = None
     try:
         daemon.__enter__()
@@ -180,7 +230,7 @@ def run_gobgpd(tool, configs, workdir):
         expected = harness.expected_table(tool, config)
         wait_for(lambda: len({route_key(e) for e in station.events() if "nlri" in e}) == len(expected),
                  "every announced route at the station", 30)
-        stored = table(station)
+        stored = station.table()
         check(harness.table_of(stored) == expected, "the station's table equals what was announced")
         check(all(e["peer"] == "127.0.0.2 AS 65001" and e["view"] == "pre-policy" for e in stored),
               "the routes are kept under the monitored peer, pre-policy")
@@ -190,17 +240,17 @@ def run_gobgpd(tool, configs, workdir):
             json.dump(routes, f)
         announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
         wait_for(lambda: any(e.get("withdrawn") and route_key(e) == WITHDRAWN for e in station.events()), "the withdrawal")
-        check(len(table(station)) == len(expected) - 1, "the withdrawn route left the table")
+        check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
 
         announcer.send_signal(signal.SIGTERM)  # Cease, the routes kept: the peer goes down holding two
         announcer.wait(timeout=10)
         down = wait_for(lambda: events(station, "Peer Down", "127.0.0.2 "), "the Peer Down of 127.0.0.2")[0]
-        check(down["routes_removed"] == len(expected) - 1 and table(station) == [],
+        check(down["routes_removed"] == len(expected) - 1 and station.table() == [],
               "the peer going down cleared its routes: " + down["reason_text"])
     finally:
         if announcer is not None:
             harness.stop_process(announcer)
-        if daemon.proc is not None:
+        if getattr(daemon, "proc", None) is not None:
             daemon.__exit__()
         rc = station.stop()
     check(rc == 0 and "failed 0" in station.stderr(), "the station stops with status 0, nothing failed")
@@ -212,13 +262,13 @@ def run_ipv6(tool, configs, workdir):
     against IPv4 prefixes and named as IPv4."""
     updates = encode(tool, configs, "bmp_routes.json")
     for bind, allow, source in (("[::1]:0", "::1/128", "::1"), ("[::ffff:127.0.0.1]:0", "127.0.0.0/8", "127.0.0.1")):
-        station = start_station(tool, workdir, ["--allow", allow], bind=bind)
+        station = Station(tool, workdir, ["--allow", allow], bind=bind)
         try:
-            router = harness.connect(station.port, source, source)
+            router = connect(station.port, source)
             name = ("[%s]:%d" if ":" in source else "%s:%d") % (source, router.getsockname()[1])
             router.sendall(router_stream("r", updates[:1]))
             wait_for(lambda: routes_of(station, name), "the route of router " + name)
-            check([e["router"] for e in table(station)] == [name], bind + ": the router's table, named " + name)
+            check([e["router"] for e in station.table()] == [name], bind + ": the router's table, named " + name)
             router.close()
         finally:
             rc = station.stop()
@@ -229,7 +279,7 @@ def run_slow_output(tool, configs, workdir, count=3000):
     """A standard output nobody reads pauses reading from the routers; once it is read they are read again and
     no route is lost."""
     stream = router_stream("r1", encode(tool, configs, "bmp_routes.json") * count)
-    station = start_station(tool, workdir, ["--out-buffer", "1"], pipe=True)
+    station = Station(tool, workdir, ["--out-buffer", "1"], pipe=True)
     routes = [0]
 
     def read():
@@ -237,7 +287,7 @@ def run_slow_output(tool, configs, workdir, count=3000):
             routes[0] += b'"nlri"' in line
     reader = threading.Thread(target=read)
     try:
-        router = harness.connect(station.port)
+        router = connect(station.port)
         sender = threading.Thread(target=lambda: (router.sendall(stream), router.shutdown(socket.SHUT_WR)))
         sender.start()
         wait_stderr(station, "reading from the routers paused", "the station to pause its routers")
@@ -257,10 +307,10 @@ def pcap_file(stream, sport, dport, chunk=500):
     of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
     two segments swapped to show the reassembly at work."""
     def frame(seq, flags, data=b""):
-        return harness.tcp_frame("192.0.2.1", "192.0.2.2", sport, dport, seq, flags, data)
+        return tcp_frame("192.0.2.1", "192.0.2.2", sport, dport, seq, flags, data)
     frames = [frame(999, 0x02)] + [frame(1000 + i, 0x18, stream[i:i + chunk]) for i in range(0, len(stream), chunk)]
     frames[-1], frames[-2] = frames[-2], frames[-1]
-    return harness.pcap(frames)
+    return pcap(frames)
 
 
 def decode(tool, workdir, name, data, *args):
@@ -307,8 +357,8 @@ def run_decode(tool, configs, workdir):
     rc, _, err = decode(tool, workdir, "bmp_port.pcap", pcap_file(stream, 40000, 5000))
     check(rc == 1 and "give --port N" in err, "a BMP flow on another port is named without --port")
     ports = [1002] * 2 + [1003] * 3 + [1004] * 4 + list(range(1005, 1066)) + [2000] * 9 + [1004]
-    rc, _, err = decode(tool, workdir, "ports.pcap", harness.pcap([
-        harness.tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x") for port in ports]))
+    rc, _, err = decode(tool, workdir, "ports.pcap", pcap([
+        tcp_frame("192.0.2.1", "192.0.2.2", 40000, port, 1, 0x18, b"x") for port in ports]))
     check(rc == 1 and "on ports 1004 (5 packets), 1003 (3 packets), 1002 (2 packets): give --port N" in err,
           "a capture without BGP names the three busiest other ports: " + err.strip())
     # An MRT RIB entry whose attribute value (a type 14 tunnel) is refused.
