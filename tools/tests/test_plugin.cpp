@@ -8,6 +8,7 @@
 
 #include "bgp/message_stream.h"
 #include "plugin/condrt.h"
+#include "plugin/describer.h"
 #include "plugin/plugin_host.h"
 #include "test_support.h"
 
@@ -61,6 +62,13 @@ TEST(PluginHost, AttributeTextJoinedOverCallsEqualsOneCall)
             EXPECT_EQ(strPieces, strWhole) << ulChunk;
         }
     }
+    /* A bare attribute described into what held an UPDATE keeps nothing of it. */
+    srp::Describer describer(host, {});
+    srp::DescribedUpdate st;
+    st.vecRoutes.resize(1u);
+    st.vecProblems.emplace_back("x", 1u, 0u, -1);
+    describer.DescribeAttribute(vecAttr.data(), vecAttr.size(), st);
+    EXPECT_TRUE(st.vecRoutes.empty() && st.vecProblems.empty() && st.stAttr.bPresent);
     EXPECT_EQ(host.LiveBlocks(), 1u); /* the instance only */
 }
 
