@@ -90,6 +90,11 @@ TEST(CondRtAttr, OverrunsAreRefused)
     /* A segment list whose own sub-TLVs overrun it is kept and marked. */
     srp::SegmentListField stList = srp::ParseSegmentList(Hex("00 0106 8000").data(), 4u);
     EXPECT_TRUE(stList.bMalformed);
+    /* A segment of a type without binding SIDs keeps none, whatever its flags. */
+    Bytes vecOther = Hex("00 0312 80 00 20010db8000000000000000000000001");
+    stList = srp::ParseSegmentList(vecOther.data(), vecOther.size());
+    ASSERT_EQ(stList.vecSegments.size(), 1u);
+    EXPECT_TRUE(stList.vecSegments[0].vecBindingSids.empty() && !stList.bMalformed);
 }
 
 /* The fields are refilled in place from message to message: a smaller

@@ -84,7 +84,8 @@ class Station(harness.Srpolicy):
             os.unlink(port_file)
         super().__init__(tool, workdir, "station", ["bmp", "--bind", bind, "--port-file", port_file, "--json"] +
                          ([] if pipe else ["--rib-out", self.rib, "--verbose"]) + list(extra), pipe)
-        wait_for(lambda: os.path.exists(port_file), "the station's port")
+        wait_for(lambda: os.path.exists(port_file) or self.proc.poll() is not None, "the station's port")
+        check(os.path.exists(port_file), "the station listens on " + bind + ": " + self.stderr())
         with open(port_file) as f:
             self.port = int(f.read())
 
@@ -204,6 +205,8 @@ def run_malformed(tool, configs, workdir):
     check(rc == 0 and "cannot write" not in err, "the station stops on SIGTERM with status 0, every dump written")
     check(re.search(r"summary: sessions 4, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
                     r"skipped \d+, failed 3\n", err) is not None, "the summary counts sessions and failures: " + err)
+    # The sessions it closed wait out their time on its port; a new station binds it at once.
+    check(Station(tool, workdir, bind="127.0.0.1:%d" % station.port).stop() == 0, "a station starts again on the port")
 
 
 def run_gobgpd(tool, configs, workdir):
