@@ -674,7 +674,7 @@ namespace {
 
 /* Unlinks and frees every node of a list, reading each successor before its
  * node goes; the head itself stays. */
-void FreeListNodes(BOL_SRPOLICY_LIST_HEAD_S *pstList)
+__attribute__((always_inline)) inline void FreeListNodes(BOL_SRPOLICY_LIST_HEAD_S *pstList)
 {
     if (pstList->ulCount == 0u || pstList->stHead.pstNext == nullptr) {
         return;
@@ -743,7 +743,7 @@ constexpr uint64_t LenBit(uint32_t ulLen)
  * indexed like the check table; row 0 has no check. The checks in rows 1 to 8
  * of the table test exactly these, and the segment walk tests them without
  * the call. */
-const uint64_t g_aullSegTypeLens[] = {
+constexpr uint64_t g_aullSegTypeLens[] = {
     0u,                                                  /* 0: no check */
     LenBit(6u),                                          /* 1: MPLS label */
     LenBit(18u),                                         /* 2: SRv6 SID */
@@ -757,9 +757,43 @@ const uint64_t g_aullSegTypeLens[] = {
 static_assert(sizeof(g_aullSegTypeLens) / sizeof(g_aullSegTypeLens[0]) == kCheckRows,
               "one accepted-length row per check-table row");
 
+/* The walk's first test, one row per segment type: the lengths below 64
+ * that are accepted without further look (bit n: length n). Types 1 to 8: the
+ * rows above; types with a rule of their own (once-only markers, the clear
+ * target, the Binding SID check): none; every other type: all. A segment
+ * that fails this test goes through its full check. */
+struct SegQuickLens {
+    uint64_t aull[256];
+};
+
+constexpr SegQuickLens MakeSegQuickLens()
+{
+    SegQuickLens st = {};
+    for (uint64_t &ull : st.aull) {
+        ull = ~uint64_t{0};
+    }
+    for (uint32_t i = 1u; i < kCheckRows; i++) {
+        st.aull[i] = g_aullSegTypeLens[i];
+    }
+    st.aull[BOL_SRPOLICY_SEG_WEIGHT] = 0u;
+    st.aull[BOL_SRPOLICY_SEG_TYPE13] = 0u;
+    st.aull[BOL_SRPOLICY_SEG_BSID] = 0u;
+    st.aull[BOL_SRPOLICY_SEG_PATH_MTU] = 0u;
+    return st;
+}
+
+constexpr SegQuickLens g_stSegQuickLens = MakeSegQuickLens();
+
+/* Whether bit ulLen of a row of accepted lengths is set (lengths of 64 and
+ * more are in no row). */
+inline bool LenAccepted(uint64_t ullAccepted, uint32_t ulLen)
+{
+    return ulLen < 64u && ((ullAccepted >> ulLen) & 1u) != 0u;
+}
+
 uint32_t CheckSegLen(uint64_t ullAccepted, uint32_t ulLen)
 {
-    return (ulLen < 64u && ((ullAccepted >> ulLen) & 1u) != 0u) ? BOL_OK : BOL_ERR_SUBTLV_INVALID;
+    return LenAccepted(ullAccepted, ulLen) ? BOL_OK : BOL_ERR_SUBTLV_INVALID;
 }
 
 /* A once-only segment: accepted length, and not seen before in this list. */
@@ -847,11 +881,13 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
     bol::Reader stRd = bol::MakeReader(stValue);
     (void)bol::Skip(stRd, 1u);
     SegMarkers stMarkers = {0u, 0u, 0u};
-    while (stRd.ulLeft != 0u) {
-        uint8_t ucType = 0u;
-        bol::View stSeg = {nullptr, 0u};
-        if (!bol::ReadTlv8(stRd, ucType, stSeg)) {
-            return BOL_ERR_SUBTLV_MALFORMED;
+    uint8_t ucType = 0u;
+    bol::View stSeg = {nullptr, 0u};
+    /* The reader refuses a header or value that does not fit, and stops at
+     * the end; only the end leaves nothing behind. */
+    while (bol::ReadTlv8(stRd, ucType, stSeg)) {
+        if (LenAccepted(g_stSegQuickLens.aull[ucType], stSeg.ulLen)) {
+            continue;
         }
         uint32_t ulRet = CheckOneSegment(ucType, stSeg, stMarkers);
         if (ulRet != BOL_OK) {
@@ -862,7 +898,7 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
             ucTargetType = ucType;
         }
     }
-    return BOL_OK;
+    return (stRd.ulLeft == 0u) ? BOL_OK : BOL_ERR_SUBTLV_MALFORMED;
 }
 
 } /* namespace */

@@ -254,19 +254,6 @@ void InitListHead(BOL_SRPOLICY_LIST_HEAD_S *pstHead)
     pstHead->ulCount = 0u;
 }
 
-/* Allocates ulSize bytes from the instance's module and zeroes them. */
-void *AllocZeroed(BOL_SRPOLICY_INSTANCE_S *pstInst, uint32_t ulSize)
-{
-    void *pv = BOL_ALLOC(pstInst, ulSize);
-    if (pv != nullptr) {
-        int iRet = memset_s(pv, ulSize, 0, ulSize);
-        if (iRet != 0) {
-            BOL_REPORT_RET(iRet);
-        }
-    }
-    return pv;
-}
-
 } /* namespace */
 
 namespace bol {
@@ -309,16 +296,22 @@ extern "C" uint32_t BOL_SRPOLICY_InitTunnelEncapAttr(BOL_SRPOLICY_TNLENCAP_ATTR_
     }
     /* Every field 0 or null until the decode sets it. The record never leaves
      * the plug-in, and a fill of its fixed size cannot fail, so it is zeroed
-     * in place rather than through the bounded fill. */
-    memset(pvAttr, 0, sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S));
+     * in place rather than through the bounded fill: copied from an empty
+     * record, which compiles to a few wide stores (a plain fill of this size
+     * becomes a string instruction that is slow to start). */
+    static const BOL_SRPOLICY_TNLENCAP_ATTR_S kEmptyRecord = {};
+    memcpy(pvAttr, &kEmptyRecord, sizeof(kEmptyRecord));
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = static_cast<BOL_SRPOLICY_TNLENCAP_ATTR_S *>(pvAttr);
 
-    pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(AllocZeroed(pstInst, ulAttrLen + 4u));
+    pstAttr->pucRealPrivAttr = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulAttrLen + 4u));
     if (pstAttr->pucRealPrivAttr == nullptr) {
         BOL_SRPOLICY_Free(&pvAttr, pstInst);
         BOL_REPORT(0u);
         return BOL_ERR_MALLOC;
     }
+    /* Zero-filled in place for the same reason: a fill of the size just
+     * allocated cannot fail. */
+    memset(pstAttr->pucRealPrivAttr, 0, ulAttrLen + 4u);
 
     pstAttr->pstSegListHead = static_cast<BOL_SRPOLICY_LIST_HEAD_S *>(
         BOL_ALLOC(pstInst, static_cast<uint32_t>(sizeof(BOL_SRPOLICY_LIST_HEAD_S))));
@@ -356,7 +349,7 @@ struct NameSlot {
     uint8_t BOL_SRPOLICY_TNLENCAP_ATTR_S::*pucExist;
 };
 
-const NameSlot g_astNameSlots[] = {
+constexpr NameSlot g_astNameSlots[] = {
     {BOL_SRPOLICY_SUBTLV_CPATH_NAME, &BOL_SRPOLICY_TNLENCAP_ATTR_S::pucCPathName,
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::usCPathNameLen, &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameValid,
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucCPathNameExist},
@@ -365,14 +358,16 @@ const NameSlot g_astNameSlots[] = {
      &BOL_SRPOLICY_TNLENCAP_ATTR_S::ucPolicyNameExist},
 };
 
-const NameSlot *FindNameSlot(uint32_t ulType)
+/* The slots follow the name types, which are consecutive, so a type finds
+ * its slot by subtraction. */
+static_assert(g_astNameSlots[0].ulType == BOL_SRPOLICY_SUBTLV_CPATH_NAME &&
+                  g_astNameSlots[1].ulType == BOL_SRPOLICY_SUBTLV_CPATH_NAME + 1u,
+              "one slot per name type, in type order");
+
+inline const NameSlot *FindNameSlot(uint32_t ulType)
 {
-    for (const NameSlot &stSlot : g_astNameSlots) {
-        if (stSlot.ulType == ulType) {
-            return &stSlot;
-        }
-    }
-    return nullptr;
+    uint32_t ulSlot = ulType - BOL_SRPOLICY_SUBTLV_CPATH_NAME;
+    return (ulSlot < sizeof(g_astNameSlots) / sizeof(g_astNameSlots[0])) ? &g_astNameSlots[ulSlot] : nullptr;
 }
 
 /* A name is valid when it is not empty and every byte is printable. */
@@ -508,7 +503,7 @@ void FinishCopy(const uint8_t *pucPos, BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr)
 }
 
 /* Appends the received bytes [pucFrom, pucTo) to the copy unchanged. */
-void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
+inline void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
 {
     uint32_t ulCount = static_cast<uint32_t>(pucTo - pucFrom);
     if (ulCount == 0u) {
@@ -523,17 +518,42 @@ void CopyRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo)
     pucPos = stWr.puc;
 }
 
+/* Name sub-TLVs copied with a run whose reserved byte the copy still has to
+ * clear once the run is written: at most one per name type, since a second
+ * name of a type refuses the attribute. */
+struct PendingReserved {
+    uint8_t *apuc[2];
+};
+
+/* Appends the run [pucFrom, pucTo) and clears the reserved bytes of the
+ * names it carried. */
+inline void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pucTo, PendingReserved &stPending)
+{
+    CopyRun(pucPos, pucFrom, pucTo);
+    for (uint8_t *&pucRsv : stPending.apuc) {
+        if (pucRsv != nullptr) {
+            *pucRsv = 0u;
+            pucRsv = nullptr;
+        }
+    }
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
- * writing the normalised copy at pucPos. In the copy, every sub-TLV but a
- * name is the received bytes as its decoder left them (decoders clear only
- * their own value), so a run of such sub-TLVs is copied in one piece when a
- * name or the end is reached; where each of them lands in the copy follows
- * from its offset in the run. Names are written from the record. */
-uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stTlvs, uint8_t *pucPos,
-                     SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
+ * writing the normalised copy at pucPos. In the copy, every sub-TLV is the
+ * received bytes as its decoder left them (decoders clear only their own
+ * value), except that a name's reserved byte is 0 and a name longer than
+ * the kept length is cut. So a run of sub-TLVs is copied in one piece when a
+ * name that is cut or the end is reached, and the reserved bytes of the
+ * names inside it are cleared in the copy; where each sub-TLV lands in the
+ * copy follows from its offset in the run. A cut name is written from the
+ * record. */
+__attribute__((always_inline)) inline uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                        const bol::View &stTlvs, uint8_t *pucPos,
+                                                        SliceIdPos &stPos, BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     bol::Reader stRd = bol::MakeReader(stTlvs);
     const uint8_t *pucRun = stRd.puc; /* first received byte not yet copied */
+    PendingReserved stPending = {{nullptr, nullptr}};
     for (;;) {
         const uint8_t *pucTlv = stRd.puc;
         uint8_t ucType = 0u;
@@ -541,12 +561,17 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
         if (!bol::ReadSubTlvHeader(stRd, ucType, usLen) || usLen == 0u) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
-        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(bol::SubTlvLenWidth(ucType));
+        uint32_t ulWidth = bol::SubTlvLenWidth(ucType);
+        pstAttr->ucSubTlvLenWidth = static_cast<uint8_t>(ulWidth);
 
         bol::View stValue = {nullptr, 0u};
         if (!bol::ReadView(stRd, usLen, stValue)) {
             return BOL_ERR_SUBTLV_MALFORMED;
         }
+
+        uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
+        const NameSlot *pstName = FindNameSlot(ucType);
+        bool bNameKeptWhole = (usLen - 1u <= kNameKeepMax);
 
         const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
         if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
@@ -555,17 +580,19 @@ uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const bol::View &stT
                 return ulRet;
             }
         }
-        uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
-        const NameSlot *pstName = FindNameSlot(ucType);
-        if (pstName != nullptr) {
-            CopyRun(pucPos, pucRun, pucTlv);
+        if (pstName == nullptr) {
+            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
+        } else if (bNameKeptWhole) {
+            /* Kept whole: the copy is the received sub-TLV with its reserved
+             * byte (just after the length field) cleared. */
+            stPending.apuc[ucType - BOL_SRPOLICY_SUBTLV_CPATH_NAME] = pucLands + 1u + ulWidth;
+        } else {
+            FlushRun(pucPos, pucRun, pucTlv, stPending);
             CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
             pucRun = stRd.puc;
-        } else {
-            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
         }
         if (stRd.ulLeft == 0u) {
-            CopyRun(pucPos, pucRun, stRd.puc);
+            FlushRun(pucPos, pucRun, stRd.puc, stPending);
             pstAttr->pucCurLenField = pucLands + 1;
             FinishCopy(pucPos, pstAttr);
             return BOL_OK;
@@ -634,15 +661,18 @@ void BOL_SRPOLICY_UpdateRealPrivateAttrLen(uint8_t **ppucPos, BOL_SRPOLICY_TNLEN
     FinishCopy(*ppucPos, pstAttr);
 }
 
-uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
-                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
-                                              BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
-                                              uint8_t **ppucStdSliceIdPos)
-{
-    BOL_CHECK_PTR(pucAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+} /* extern "C" */
 
+namespace {
+
+/* The decoder behind BOL_SRPOLICY_ParsePktTunnelEncapAttr, for callers that
+ * have checked its pointer arguments: the packet-parse handler calls it
+ * directly. */
+__attribute__((always_inline)) inline uint32_t DecodeTunnelEncap(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                                              BOL_SRPOLICY_INSTANCE_S *pstInst,
+                                                              uint8_t **ppucPrivSliceIdPos, uint8_t **ppucStdSliceIdPos)
+{
     if (ulAttrLen < kTnlHdrLen) {
         return BOL_ERR_SUBTLV_MALFORMED;
     }
@@ -681,6 +711,21 @@ uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrL
     return BOL_OK;
 }
 
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_ParsePktTunnelEncapAttr(uint8_t *pucAttr, uint32_t ulAttrLen,
+                                              BOL_SRPOLICY_TNLENCAP_ATTR_S **ppstAttr,
+                                              BOL_SRPOLICY_INSTANCE_S *pstInst, uint8_t **ppucPrivSliceIdPos,
+                                              uint8_t **ppucStdSliceIdPos)
+{
+    BOL_CHECK_PTR(pucAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppstAttr, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+    return DecodeTunnelEncap(pucAttr, ulAttrLen, ppstAttr, pstInst, ppucPrivSliceIdPos, ppucStdSliceIdPos);
+}
+
 /* Packet-parse handler for attribute 23: decodes, hands the normalised copy
  * to the host and drops the record. The read position moves past the
  * attribute whether or not it decoded. */
@@ -699,8 +744,7 @@ uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint3
     BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
     uint8_t *pucPrivSliceId = nullptr;
     uint8_t *pucStdSliceId = nullptr;
-    uint32_t ulRet =
-        BOL_SRPOLICY_ParsePktTunnelEncapAttr(*ppucCur, ulLen, &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
+    uint32_t ulRet = DecodeTunnelEncap(*ppucCur, ulLen, &pstAttr, pstInst, &pucPrivSliceId, &pucStdSliceId);
     if (ulRet == BOL_OK) {
         ulRet = bol::OutputAttribute(ppvOut, pstAttr->pucRealPrivAttr, pstAttr->usRealPrivAttrLen, pstInst);
         BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, pstInst);
@@ -771,8 +815,9 @@ const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
 const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
 
 /* Candidate path name and policy name: a reserved byte, then the name. */
-uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
-                   BOL_SRPOLICY_INSTANCE_S *pstInst)
+__attribute__((always_inline)) inline uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                      const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     if (pstAttr->*pstSlot->pucExist != 0u) {
         return BOL_ERR_SUBTLV_INVALID;
@@ -871,6 +916,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, ui
     for (const BsidForm &stForm : g_astBsidForms) {
         if (stForm.ulLen == ulLen) {
             pstForm = &stForm;
+            break;
         }
     }
     if (pstForm == nullptr) {

@@ -131,37 +131,52 @@ inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
 
 /* True when every byte of the word lies in [ucLo, ucHi], where
  * ucLo <= ucHi < 0x80: some byte is below ucLo when
- * (w - ucLo x 0x01010101) & ~w has a top bit set, and some byte is above ucHi
- * when (w + (0x7F - ucHi) x 0x01010101) | w has one (a borrow or carry
- * between bytes only comes from a byte that is itself out of range). */
-inline bool WordBytesIn(uint32_t ulWord, uint8_t ucLo, uint8_t ucHi)
+ * (w - ucLo x 0x01..01) & ~w has a top bit set, and some byte is above ucHi
+ * when (w + (0x7F - ucHi) x 0x01..01) | w has one (a borrow or carry between
+ * bytes only comes from a byte that is itself out of range). */
+inline bool WordBytesIn(uint64_t ullWord, uint8_t ucLo, uint8_t ucHi)
 {
-    const uint32_t kOnes = 0x01010101u;
-    const uint32_t ulBelow = kOnes * ucLo;
-    const uint32_t ulAbove = kOnes * static_cast<uint32_t>(0x7Fu - ucHi);
-    return ((((ulWord - ulBelow) & ~ulWord) | (ulWord + ulAbove) | ulWord) & 0x80808080u) == 0u;
+    const uint64_t kOnes = 0x0101010101010101u;
+    const uint64_t ullBelow = kOnes * ucLo;
+    const uint64_t ullAbove = kOnes * static_cast<uint64_t>(0x7Fu - ucHi);
+    return ((((ullWord - ullBelow) & ~ullWord) | (ullWord + ullAbove) | ullWord) & 0x8080808080808080u) == 0u;
+}
+
+/* Eight bytes at any alignment as one word, in host byte order: for checks
+ * that treat every byte alike. */
+inline uint64_t LoadHost64(const uint8_t *puc)
+{
+    uint64_t ullVal = 0u;
+    memcpy(&ullVal, puc, sizeof(ullVal));
+    return ullVal;
 }
 
 /* True when every byte of the view lies in [ucLo, ucHi], where
- * ucLo <= ucHi < 0x80. Four bytes at a time; a view of four bytes or more
- * ends with its last four bytes, which may overlap bytes already checked, and
- * a shorter one is checked byte by byte. */
+ * ucLo <= ucHi < 0x80. Eight bytes at a time; a view of eight bytes or more
+ * ends with its last eight bytes, which may overlap bytes already checked. A
+ * view of four to seven bytes is checked as its first and its last four
+ * bytes in one word, a shorter one byte by byte. */
 inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
 {
-    if (stView.ulLen < 4u) {
-        for (uint32_t i = 0; i < stView.ulLen; i++) {
+    const uint32_t ulLen = stView.ulLen;
+    if (ulLen < 4u) {
+        for (uint32_t i = 0; i < ulLen; i++) {
             if (stView.puc[i] < ucLo || stView.puc[i] > ucHi) {
                 return false;
             }
         }
         return true;
     }
-    for (uint32_t i = 0; stView.ulLen - i > 4u; i += 4u) {
-        if (!WordBytesIn(LoadBe32(stView.puc + i), ucLo, ucHi)) {
+    if (ulLen < 8u) {
+        uint64_t ullBoth = (static_cast<uint64_t>(LoadBe32(stView.puc)) << 32) | LoadBe32(stView.puc + ulLen - 4u);
+        return WordBytesIn(ullBoth, ucLo, ucHi);
+    }
+    for (uint32_t i = 0; ulLen - i > 8u; i += 8u) {
+        if (!WordBytesIn(LoadHost64(stView.puc + i), ucLo, ucHi)) {
             return false;
         }
     }
-    return WordBytesIn(LoadBe32(stView.puc + stView.ulLen - 4u), ucLo, ucHi);
+    return WordBytesIn(LoadHost64(stView.puc + ulLen - 8u), ucLo, ucHi);
 }
 
 /* ---- Reader: sequential reads with a remaining count -------------------- */
@@ -242,14 +257,17 @@ inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
  * consumed, when the header or the value does not fit. */
 inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
 {
-    if (stRd.ulLeft < 2u || stRd.puc[1] > stRd.ulLeft - 2u) {
+    if (stRd.ulLeft < 2u) {
         return false;
     }
-    uint32_t ulLen = stRd.puc[1];
+    uint32_t ulTake = 2u + stRd.puc[1]; /* header and value */
+    if (ulTake > stRd.ulLeft) {
+        return false;
+    }
     ucType = stRd.puc[0];
-    stValue = View{stRd.puc + 2, ulLen};
-    stRd.puc += 2u + ulLen;
-    stRd.ulLeft -= 2u + ulLen;
+    stValue = View{stRd.puc + 2, ulTake - 2u};
+    stRd.puc += ulTake;
+    stRd.ulLeft -= ulTake;
     return true;
 }
 

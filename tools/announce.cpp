@@ -81,10 +81,13 @@ public:
         (void)sp, (void)stPeer, (void)p, (void)n; /* what the peer sends back is not our business */
     }
 
+    /* The routes of the family asked for, again (RFC 2918); a family the
+     * session did not agree on has none. */
     void RouteRefresh(Speaker &sp, const PeerId &stPeer, const Family &stFamily) override
     {
-        (void)stFamily;
-        SendAll(sp, stPeer.iId, true);
+        size_t ulSent = SendAll(sp, stPeer.iId, false, &stFamily);
+        std::cerr << "srpolicy: peer " << stPeer.strAddr << ": route refresh of AFI " << stFamily.usAfi << " SAFI "
+                  << uint32_t{stFamily.ucSafi} << ": " << ulSent << " route(s) sent again\n";
     }
 
     void PeerDown(Speaker &sp, const PeerId &stPeer, bool bWasUp, const std::string &strWhy) override
@@ -113,11 +116,16 @@ public:
     }
 
 private:
-    /* Every route, then End-of-RIB of each family the peer agreed on. */
-    void SendAll(Speaker &sp, int iId, bool bEndOfRib)
+    /* Every route, then End-of-RIB, of each family the peer agreed on (or
+     * of the one family given). Returns the number of routes. */
+    size_t SendAll(Speaker &sp, int iId, bool bEndOfRib, const Family *pOnly = nullptr)
     {
+        size_t ulRoutes = 0;
         const BgpSession *pSession = sp.Session(iId);
         for (const Family &stFamily : pSession->Families()) {
+            if (pOnly != nullptr && !(*pOnly == stFamily)) {
+                continue;
+            }
             std::vector<CfgRoute> vecFamily;
             for (const CfgRoute &st : m_vecRoutes) {
                 if (AfiOf(st) == stFamily.usAfi) {
@@ -133,7 +141,9 @@ private:
             if (bEndOfRib) {
                 sp.Send(iId, BuildEndOfRib(stFamily));
             }
+            ulRoutes += vecFamily.size();
         }
+        return ulRoutes;
     }
 
     /* Each route on its own as it goes on the wire: what tells a changed

@@ -51,6 +51,7 @@ const CodeName kCodeNames[] = {
     {kErrCease, kSubCeaseShutdown, "cease: administrative shutdown"},
     {kErrCease, 4, "cease: administrative reset"},
     {kErrCease, kSubCeaseRejected, "cease: connection rejected"},
+    {kErrCease, kSubCeaseCollision, "cease: connection collision resolution"},
 };
 
 bool IsMarker(const uint8_t *p)
@@ -365,6 +366,10 @@ void BgpSession::OnOpen(const uint8_t *p, size_t n)
     }
     m_ulPeerAs = ulPeerAs;
     m_ulPeerId = ulId;
+    if (!m_events.OpenReceived()) {
+        Close(kErrCease, kSubCeaseCollision);
+        return;
+    }
     m_usHold = std::min(usHold, m_stConfig.usHoldTime);
     m_eState = SessionState::OpenConfirm;
     Bytes v = BuildMessage(kBgpKeepalive, {});

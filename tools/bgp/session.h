@@ -41,7 +41,7 @@ enum : uint8_t {
     kSubBadCapability = 7,
 };
 enum : uint8_t { kSubFsmOpenSent = 1, kSubFsmOpenConfirm = 2, kSubFsmEstablished = 3 };
-enum : uint8_t { kSubCeaseShutdown = 2, kSubCeaseRejected = 5 };
+enum : uint8_t { kSubCeaseShutdown = 2, kSubCeaseRejected = 5, kSubCeaseCollision = 7 };
 
 const size_t kBgpMaxStdLen = 4096u;
 const uint16_t kAsTrans = 23456u;
@@ -68,6 +68,10 @@ class SessionEvents {
 public:
     virtual ~SessionEvents() = default;
     virtual void Established() {}
+    /* The peer's OPEN was good (its AS and identifier are known): false when
+     * this connection loses a collision with another one to the same peer,
+     * and the session then ends with a Cease. */
+    virtual bool OpenReceived() { return true; }
     /* A whole UPDATE, header included. */
     virtual void Update(const uint8_t *p, size_t n) = 0;
     virtual void RouteRefresh(const Family &stFamily) { (void)stFamily; }

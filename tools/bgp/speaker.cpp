@@ -175,6 +175,7 @@ struct Speaker::Conn : SessionEvents {
     }
     void Update(const uint8_t *p, size_t n) override { speaker.m_handler.PeerUpdate(speaker, stPeer, p, n); }
     void RouteRefresh(const Family &st) override { speaker.m_handler.RouteRefresh(speaker, stPeer, st); }
+    bool OpenReceived() override { return speaker.KeepsOpened(*this); }
 
     Speaker &speaker;
     int iFd = -1;
@@ -280,14 +281,43 @@ void Speaker::Accept(Listener &stListener)
     }
     pConn->ulPeerAs = pRule != nullptr ? pRule->ulAs : 0u;
     NewSession(*pConn);
-    for (const auto &pOther : m_vecConns) {
-        if (!pOther->bDead && pOther->pSession != nullptr && pOther->stPeer.strAddr == pConn->stPeer.strAddr &&
-            pOther->pSession->State() != SessionState::Closed) {
-            /* One session per peer: the one that is there stays. */
-            pConn->pSession->Close(kErrCease, kSubCeaseRejected);
+    m_vecConns.push_back(std::move(pConn));
+}
+
+const Speaker::Conn *Speaker::SessionWith(const std::string &strAddr, SessionState eAtLeast, const Conn *pBut) const
+{
+    for (const auto &p : m_vecConns) {
+        if (p.get() != pBut && !p->bDead && p->pSession != nullptr && p->pSession->State() != SessionState::Closed &&
+            p->pSession->State() >= eAtLeast && SameAddr(p->stPeer.strAddr, strAddr)) {
+            return p.get();
         }
     }
-    m_vecConns.push_back(std::move(pConn));
+    return nullptr;
+}
+
+/* One session per peer (RFC 4271 section 6.8), judged when a peer's OPEN
+ * arrives. An Established session always stays. Against one in OpenConfirm,
+ * whose OPEN came so both identifiers are known, the connection opened by
+ * the side with the higher BGP identifier stays (the larger AS when they are
+ * equal, RFC 6286); of two opened the same way, the older. One still in
+ * OpenSent is judged when its own OPEN comes. The loser gets a Cease. */
+bool Speaker::KeepsOpened(Conn &stNew)
+{
+    const SessionConfig &stLocal = m_stOptions.stSession;
+    const BgpSession &stPeer = *stNew.pSession;
+    bool bLocalHigher = stLocal.ulRouterId != stPeer.PeerId() ? stLocal.ulRouterId > stPeer.PeerId()
+                                                              : stLocal.ulLocalAs > stPeer.PeerAs();
+    bool bNewOurs = stNew.iConnectIndex >= 0;
+    const Conn *pOther = SessionWith(stNew.stPeer.strAddr, SessionState::OpenConfirm, &stNew);
+    if (pOther == nullptr) {
+        return true;
+    }
+    if (pOther->pSession->State() == SessionState::Established || bNewOurs == (pOther->iConnectIndex >= 0) ||
+        bNewOurs != bLocalHigher) {
+        return false;
+    }
+    pOther->pSession->Close(kErrCease, kSubCeaseCollision);
+    return true;
 }
 
 void Speaker::StartConnect(size_t ulIndex)
@@ -498,7 +528,14 @@ int Speaker::Run()
             break;
         }
         for (size_t i = 0; i < m_vecRetryAt.size() && !m_bStopping; i++) {
-            if (m_vecRetryAt[i] != 0.0 && dNow >= m_vecRetryAt[i]) {
+            if (m_vecRetryAt[i] == 0.0 || dNow < m_vecRetryAt[i]) {
+                continue;
+            }
+            /* The peer may have connected to us meanwhile: while that
+             * session is up, no second one is opened. */
+            if (SessionWith(m_stOptions.vecConnect[i].strAddr, SessionState::Established, nullptr) != nullptr) {
+                m_vecRetryAt[i] = dNow + m_stOptions.dRetry;
+            } else {
                 StartConnect(i);
             }
         }

@@ -103,6 +103,9 @@ private:
     bool WriteTo(Conn &stConn);
     void Retire(Conn &stConn, const std::string &strWhy);
     void NewSession(Conn &stConn);
+    /* A live connection to the address whose session is at least in eAtLeast. */
+    const Conn *SessionWith(const std::string &strAddr, SessionState eAtLeast, const Conn *pBut) const;
+    bool KeepsOpened(Conn &stNew);
     void ServeSignals();
     Conn *Find(int iId) const;
 

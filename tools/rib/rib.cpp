@@ -7,17 +7,9 @@
 
 namespace srp {
 
-bool RibKey::operator<(const RibKey &o) const
-{
-    return std::tie(usAfi, stKey.ulDistinguisher, stKey.ulPolicyColor, stKey.aulEndpoint[0], stKey.aulEndpoint[1],
-                    stKey.aulEndpoint[2], stKey.aulEndpoint[3]) <
-           std::tie(o.usAfi, o.stKey.ulDistinguisher, o.stKey.ulPolicyColor, o.stKey.aulEndpoint[0],
-                    o.stKey.aulEndpoint[1], o.stKey.aulEndpoint[2], o.stKey.aulEndpoint[3]);
-}
-
 void Rib::Announce(const RibSource &stSource, const RibKey &stKey, RibRoute stRoute)
 {
-    m_mapSources[stSource][stKey] = std::move(stRoute);
+    m_mapSources[stSource].insert_or_assign(stKey, std::move(stRoute));
 }
 
 bool Rib::Withdraw(const RibSource &stSource, const RibKey &stKey)

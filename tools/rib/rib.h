@@ -51,6 +51,16 @@ struct RibKey {
     bool operator==(const RibKey &o) const { return !(*this < o) && !(o < *this); }
 };
 
+/* Here and not out of line: the table compares keys some seventeen times per
+ * insertion into 100,000 routes, and each call cost more than the compare. */
+inline bool RibKey::operator<(const RibKey &o) const
+{
+    return std::tie(usAfi, stKey.ulDistinguisher, stKey.ulPolicyColor, stKey.aulEndpoint[0], stKey.aulEndpoint[1],
+                    stKey.aulEndpoint[2], stKey.aulEndpoint[3]) <
+           std::tie(o.usAfi, o.stKey.ulDistinguisher, o.stKey.ulPolicyColor, o.stKey.aulEndpoint[0],
+                    o.stKey.aulEndpoint[1], o.stKey.aulEndpoint[2], o.stKey.aulEndpoint[3]);
+}
+
 struct RibRoute {
     Bytes vecAttr;          /* normalised Tunnel Encapsulation attribute value */
     bool bHasAttr = false;  /* an UPDATE without the attribute still installs the key */

@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""Per-route cost of `srpolicy listen --json` against `decode --json` of the
+same UPDATEs, in one run on this machine. Usage:
+    python3 scripts/bench_listen.py SRPOLICY [ROUTES [PARTS]]
+ROUTES 100000 unless given; PARTS a comma-separated choice of the parts below
+(all unless given).
+- replay: a scripted peer on 127.0.0.1 sends the UPDATEs (`encode --out raw`)
+  as fast as loopback takes them to `listen` on the last processor (taskset),
+  the sender on the others; `decode` reads the same bytes from a file on the
+  same processor. Both take the burst five times over; three interleaved
+  rounds, the medians count.
+- gobgpd: `announce` -> gobgpd -> `listen`, the burst of the live test, with
+  `listen` alone on the last processor and gobgpd and `announce` on the others.
+- instructions (callgrind): `listen` on a replay of a fifth of the routes and
+  `decode` of the same UPDATEs, each less an empty run of itself (plug-in
+  construction, start and exit), per route.
+Everything listens on and connects to 127.0.0.0/8 only."""
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "tests", "live"))
+from harness import LOOPBACK, Gobgpd, ScriptedPeer, Srpolicy, accepts, free_port, wait_for  # noqa: E402
+from live_tests import bulk_routes, write_config  # noqa: E402
+
+CPUS = sorted(os.sched_getaffinity(0))
+LAST, OTHERS = {CPUS[-1]}, set(CPUS[:-1] or CPUS)
+REPEAT = 5
+
+
+def on(cpus):
+    return ["taskset", "-c", ",".join(map(str, sorted(cpus)))]
+
+
+def printed(path):
+    with open(path, "rb") as f:
+        return f.read().count(b'"withdrawn":false')
+
+
+def cpu_seconds(pid):
+    """User and system processor time of a process (all its threads)."""
+    with open("/proc/%d/stat" % pid) as f:
+        fields = f.read().rsplit(")", 1)[1].split()
+    return [int(fields[i]) / os.sysconf("SC_CLK_TCK") for i in (11, 12)]
+
+
+def run_listen(tool, wd, args, feed, count, wrap):
+    """listen with args under wrap; feed(port) sends the routes. User and
+    system time of listen once count routes are printed (under callgrind:
+    its counts are dumped then, before the table listen prints at exit)."""
+    port = free_port()
+    lis = Srpolicy(wrap[0], wd, "listen", wrap[1:] + [tool, "listen", "--as", "65002", "--json", "--bind",
+                                                      "%s:%d" % (LOOPBACK, port)] + args)
+    wait_for(lambda: accepts(port), 120, "listen on port %d" % port)
+    peer = feed(port)
+    wait_for(lambda: printed(lis.out_path) >= count, 3600, "%d routes printed" % count, interval=0.2)
+    cpu = cpu_seconds(lis.proc.pid)
+    if wrap[0] == "valgrind":
+        subprocess.run(["callgrind_control", "--dump", str(lis.proc.pid)], stdout=subprocess.DEVNULL, check=True)
+    assert lis.stop(timeout=300) == 0, lis.stderr()
+    if peer is not None:
+        peer.sock.close()
+    return cpu
+
+
+def replay(raw):
+    def feed(port):
+        peer = ScriptedPeer(port, LOOPBACK)
+        peer.establish()
+        peer.send(raw)
+        return peer
+    return feed
+
+
+def decode(tool, path, wrap, check=True):
+    """decode's processor time, its output into a file as listen's."""
+    start = os.times()
+    with open(path + ".out", "wb") as out:
+        subprocess.run(wrap + [tool, "decode", "--json", "--in", "raw", path], stdout=out, stderr=subprocess.DEVNULL,
+                       check=check)  # an empty input ends with status 1
+    end = os.times()
+    return [end.children_user - start.children_user, end.children_system - start.children_system]
+
+
+def instructions(path):
+    with open(path) as f:
+        return next(int(line.split()[1]) for line in f if line.startswith(("summary:", "totals:")))
+
+
+def callgrind(tool, wd, raw, count):
+    """Instructions per route of listen and of decode."""
+    per_route = []
+    for name in ("listen", "decode"):
+        totals = []
+        for data, n in ((raw, count), (b"", 0)):
+            out = os.path.join(wd, "callgrind.%s.%d" % (name, n))
+            wrap = ["valgrind", "--tool=callgrind", "--callgrind-out-file=" + out]
+            if name == "listen":
+                run_listen(tool, wd, [], replay(data), n, wrap)
+            else:
+                path = os.path.join(wd, "part.raw")
+                with open(path, "wb") as f:
+                    f.write(data)
+                decode(tool, path, wrap, check=bool(n))
+            totals.append(instructions(out + ".1" if name == "listen" else out))
+        per_route.append((totals[0] - totals[1]) / count)
+    return per_route
+
+
+def routes_raw(tool, wd, count):
+    """The UPDATEs of the live test's burst of count routes (one route each)."""
+    config = write_config(wd, bulk_routes(count), "routes%d.json" % count)
+    return config, subprocess.run([tool, "encode", "--out", "raw", config], capture_output=True, check=True).stdout
+
+
+def ratio(a, b):
+    """a / b; not a number when b is zero (a run too short for the clock's ticks)."""
+    return a / b if b else float("nan")
+
+
+def per_route(cpu, count):
+    return "%.2f us (system %.2f)" % (sum(cpu) * 1e6 / count, cpu[1] * 1e6 / count)
+
+
+def main():
+    here = os.path.dirname(os.path.abspath(__file__))
+    subprocess.run(["bash", os.path.join(here, "deps.sh"), "gobgpd", "valgrind", "util-linux"], check=True)
+    tool = os.path.abspath(sys.argv[1])
+    count = int(sys.argv[2]) if len(sys.argv) > 2 else 100000
+    parts = sys.argv[3].split(",") if len(sys.argv) > 3 else ["replay", "gobgpd", "instructions"]
+    wd = tempfile.mkdtemp(prefix="srpolicy-bench-listen-", suffix="-%d" % os.getpid())  # removed at the end
+    config, raw = routes_raw(tool, wd, count)
+    stream = os.path.join(wd, "burst.raw")
+    with open(stream, "wb") as f:  # five times over: half a second or more of work to time
+        f.write(raw * REPEAT)
+    os.sched_setaffinity(0, OTHERS)  # the sender, and what this script starts unless told
+    print("%d routes, %d bytes of UPDATEs; listen and decode on processor %s, the rest on %s"
+          % (count, len(raw), sorted(LAST), sorted(OTHERS)))
+    rounds = {"listen": [], "decode": []}
+    for _ in range(3):
+        if "replay" in parts:
+            rounds["listen"].append(run_listen(tool, wd, [], replay(raw * REPEAT), count * REPEAT, on(LAST)))
+        rounds["decode"].append(decode(tool, stream, on(LAST)))
+    dec = [statistics.median(r[i] for r in rounds["decode"]) / REPEAT for i in (0, 1)]
+    print("decode: %s processor time per route" % per_route(dec, count))
+    if "replay" in parts:
+        lis = [statistics.median(r[i] for r in rounds["listen"]) / REPEAT for i in (0, 1)]
+        print("replay: listen %s per route; listen/decode %.2f (rounds %s)" % (
+            per_route(lis, count), ratio(sum(lis), sum(dec)),
+            ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"]))))
+    if "gobgpd" in parts:
+        with Gobgpd(wd, 65000, [dict(address="127.0.0.2", asn=65001), dict(address="127.0.0.3", asn=65002)]) as g:
+            announcer = []
+
+            def through_gobgpd(port):
+                del port  # listen connects to gobgpd instead
+                announcer.append(Srpolicy(tool, wd, "announce", [
+                    "announce", config, "--as", "65001", "--peer-as", "65000", "--connect",
+                    "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.2"]))
+            cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
+                                        "--router-id", "127.0.0.3"], through_gobgpd, count, on(LAST))
+            announcer[0].stop()
+        print("gobgpd: listen %s per route; listen/decode %.2f" % (per_route(cpu, count), ratio(sum(cpu), sum(dec))))
+    if "instructions" in parts:
+        part = max(1, count // 5)
+        lis_i, dec_i = callgrind(tool, wd, routes_raw(tool, wd, part)[1], part)
+        print("instructions (%d routes): listen %.0f, decode %.0f per route; listen/decode %.2f"
+              % (part, lis_i, dec_i, ratio(lis_i, dec_i)))
+    return 0
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main())
+    finally:
+        for name in os.listdir(tempfile.gettempdir()):  # the work directories of this run's sizes
+            if name.startswith("srpolicy-bench-listen-") and name.endswith(str(os.getpid())):
+                shutil.rmtree(os.path.join(tempfile.gettempdir(), name), ignore_errors=True)
