@@ -64,7 +64,10 @@ inline Bytes Tlv(uint16_t usType, const Bytes &vecValue)
     v.insert(v.end(), vecValue.begin(), vecValue.end());
     return v;
 }
-inline Bytes Tlv(uint16_t usType, const std::string &strValue) { return Tlv(usType, Text(strValue)); }
+inline Bytes Tlv(uint16_t usType, const std::string &strValue)
+{
+    return Tlv(usType, Text(strValue));
+}
 inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
 {
     Bytes v;

@@ -49,7 +49,13 @@ Bytes LastNotification(const Bytes &vecOut)
     return bFound ? Bytes(vecOut.begin() + static_cast<std::ptrdiff_t>(i + 19), vecOut.end()) : Bytes{};
 }
 
-Bytes Header(uint16_t usLen, uint8_t ucType) { return Concat({Bytes(16u, 0xffu), {static_cast<uint8_t>(usLen >> 8), static_cast<uint8_t>(usLen), ucType}}); }
+Bytes Header(uint16_t usLen, uint8_t ucType)
+{
+    Bytes v(16u, 0xffu);
+    Put16(v, usLen);
+    Put8(v, ucType);
+    return v;
+}
 
 /* What a peer's bytes lead to: the state reached, "up" when Established was
  * reached on the way, and the NOTIFICATION sent (code, subcode, data; spaces
@@ -109,7 +115,8 @@ TEST(Session, PeerInputToNotification)
                     s.Receive(row.vecIn.data() + i, n, 1.0);
                 }
             }
-            std::string strGot = SessionStateName(s.State()) + std::string(rec.iEstablished == 1 ? "up" : "") + ToHex(LastNotification(s.Output()));
+            std::string strGot = SessionStateName(s.State()) + std::string(rec.iEstablished == 1 ? "up" : "") +
+                                 ToHex(LastNotification(s.Output()));
             std::string strExpect = row.pcExpect;
             strExpect.erase(std::remove(strExpect.begin(), strExpect.end(), ' '), strExpect.end());
             EXPECT_EQ(strGot, strExpect);
@@ -120,7 +127,8 @@ TEST(Session, PeerInputToNotification)
 TEST(Session, OpenOffersFamiliesAndAs)
 {
     /* our AS, and the 2-byte field of the OPEN */
-    for (const auto &row : std::vector<std::pair<uint32_t, uint16_t>>{{65000, 65000}, {65535, 65535}, {65536, kAsTrans}, {4200000000u, kAsTrans}}) {
+    const std::pair<uint32_t, uint16_t> aRows[] = {{65000, 65000}, {65535, 65535}, {65536, kAsTrans}, {4200000000u, kAsTrans}};
+    for (const auto &row : aRows) {
         SessionConfig st = Config();
         st.ulLocalAs = row.first;
         Bytes v = BuildOpen(st);
@@ -181,9 +189,14 @@ TEST(Session, TimersAndEstablishedTraffic)
 
 TEST(Session, NotificationText)
 {
-    const char *const apcTexts[] = {"cease: administrative shutdown (6/2)", "hold timer expired (4/0)",
-                                    "message header error: connection not synchronized (1/1)", "message header error (1/9)",
-                                    "OPEN message error: unsupported capability (2/7)", "unknown error (9/1)"};
+    const char *const apcTexts[] = {
+        "cease: administrative shutdown (6/2)",
+        "hold timer expired (4/0)",
+        "message header error: connection not synchronized (1/1)",
+        "message header error (1/9)",
+        "OPEN message error: unsupported capability (2/7)",
+        "unknown error (9/1)",
+    };
     for (const char *pc : apcTexts) {
         const char *pcCodes = std::strrchr(pc, '(');
         EXPECT_EQ(NotificationText(static_cast<uint8_t>(pcCodes[1] - '0'), static_cast<uint8_t>(pcCodes[3] - '0')), pc);
@@ -278,11 +291,13 @@ TEST(Speaker, PeerAndEndpointText)
     for (const Row &row : aRows) {
         SCOPED_TRACE(row.pcText);
         PeerSpec st;
-        std::string strError, strGot;
+        std::string strError;
+        std::string strGot;
         bool bOk = row.iMode == 2 ? ParseEndpoint(row.pcText, 11019u, st.strAddr, st.usPort, strError)
                                   : ParsePeerSpec(row.pcText, row.iMode == 1, st, strError);
         if (bOk) {
-            strGot = st.strAddr + " " + std::to_string(st.usPort) + (row.iMode == 2 ? "" : " " + std::to_string(st.ulAs) + " " + st.strMd5);
+            strGot = st.strAddr + " " + std::to_string(st.usPort) +
+                     (row.iMode == 2 ? "" : " " + std::to_string(st.ulAs) + " " + st.strMd5);
         }
         std::string strExpect = row.pcExpect;
         ASSERT_EQ(bOk, strExpect[0] != '!') << strError;

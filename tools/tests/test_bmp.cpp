@@ -72,7 +72,9 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
     Bytes vecUpdate = EmptyUpdate();
     auto Msg = [](uint8_t ucType, const std::vector<Bytes> &vec) { return Bmp(ucType, Concat(vec)); };
     /* a Peer Up of kPeer with our OPEN, then the peer's and what follows */
-    auto Up = [&](const std::vector<Bytes> &vec) { return Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, Concat(vec)})); };
+    auto Up = [&](const std::vector<Bytes> &vec) {
+        return Bmp(bmp::kPeerUp, Concat({kPeer, PeerUpFixed(), vecOpenSent, Concat(vec)}));
+    };
     const std::pair<Bytes, std::string> astRows[] = {
         {Msg(bmp::kInitiation, {Tlv(2u, "r1"), Tlv(1u, "box\x01"), Tlv(9u, "\x01\x02")}), "Initiation sysName=r1 sysDescr=box\\x01 TLV 9=0102"},
         {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv16(1u, 2u)}), "Termination string=bye reason=out of resources (2)"},
@@ -150,7 +152,8 @@ TEST(BmpFramer, CutsStreamsAndStopsAtTheFirstBadHeader)
         for (size_t ulChunk : {size_t{1}, size_t{5}, row.first.size()}) {
             SCOPED_TRACE(std::string(row.second) + ", pieces of " + std::to_string(ulChunk));
             bmp::Framer framer;
-            std::string strSeen, strError;
+            std::string strSeen;
+            std::string strError;
             bmp::Framer::Result eResult = bmp::Framer::Result::NeedMore;
             for (size_t i = 0; i < row.first.size() && eResult != bmp::Framer::Result::Error; i += ulChunk) {
                 framer.Feed(row.first.data() + i, std::min(ulChunk, row.first.size() - i));
@@ -162,7 +165,8 @@ TEST(BmpFramer, CutsStreamsAndStopsAtTheFirstBadHeader)
                     strSeen += std::to_string(n) + " ";
                 }
             }
-            strSeen += eResult == bmp::Framer::Result::Error ? "error:" + strError : "more:" + std::to_string(framer.Pending());
+            strSeen += eResult == bmp::Framer::Result::Error ? "error:" + strError
+                                                              : "more:" + std::to_string(framer.Pending());
             EXPECT_EQ(strSeen, row.second);
         }
     }
@@ -209,7 +213,8 @@ protected:
     {
         std::vector<std::pair<std::string, size_t>> vec;
         m_rib.ForEach([&](const srp::RibSource &st, const srp::RibKey &, const srp::RibRoute &) {
-            std::string strSource = st.strRouter + "|" + st.strPeer + "|" + std::to_string(st.ulPeerAs) + "|" + srp::RibViewName(st.eView);
+            std::string strSource =
+                st.strRouter + "|" + st.strPeer + "|" + std::to_string(st.ulPeerAs) + "|" + srp::RibViewName(st.eView);
             if (vec.empty() || vec.back().first != strSource) {
                 vec.emplace_back(strSource, 0u);
             }
@@ -245,7 +250,9 @@ TEST_F(MonitorTest, KeepsOneTablePerRouterPeerAndView)
     Bytes vecPost = PeerHeader(0u, bmp::kFlagPostPolicy, 0x0A000009u, 65009u);
     Bytes vecOther = PeerHeader(0u, 0u, 0x0A000008u, 65008u);
     Bytes vecLocRib = PeerHeader(bmp::kLocRib, 0u, 0u, 65000u);
-    auto rm = [](const Bytes &vecPeer, const Bytes &vecUpdate) { return Bmp(bmp::kRouteMonitoring, Concat({vecPeer, vecUpdate})); };
+    auto rm = [](const Bytes &vecPeer, const Bytes &vecUpdate) {
+        return Bmp(bmp::kRouteMonitoring, Concat({vecPeer, vecUpdate}));
+    };
     struct Step {
         const char *pcName;
         const char *pcRouter;

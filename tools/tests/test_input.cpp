@@ -71,7 +71,8 @@ TEST(HexText, LineAcrossReadBlocks)
  * length and place, IPv4-mapped and -compatible forms. */
 TEST(AddressText, SameAsTheCLibrary)
 {
-    const char *apcFixed[] = {"::", "::1", "1::", "::ffff:0:1.2.3.4", "::10.1.2.3", "1:0:0:2:0:0:0:3", "1:2:3:4:5:6:7:8"};
+    const char *apcFixed[] = {"::", "::1", "1::", "::ffff:0:1.2.3.4", "::10.1.2.3", "1:0:0:2:0:0:0:3",
+                              "1:2:3:4:5:6:7:8"};
     std::mt19937 rng(4291);
     for (size_t n = 0; n < 3000u; n++) {
         std::array<uint8_t, 16> a{};
@@ -133,7 +134,9 @@ std::string Split(const Bytes &vecStream, size_t ulChunk, size_t ulGapAt = 0, ui
 {
     std::string s;
     srp::BgpStreamSplitter splitter(
-        [&](const uint8_t *, size_t n, uint64_t ullOffset) { s += "m" + std::to_string(ullOffset) + "/" + std::to_string(n) + " "; },
+        [&](const uint8_t *, size_t n, uint64_t ullOffset) {
+            s += "m" + std::to_string(ullOffset) + "/" + std::to_string(n) + " ";
+        },
         [&](const std::string &, uint64_t ullOffset) { s += "e" + std::to_string(ullOffset) + " "; });
     auto Feed = [&](size_t ulFrom, size_t ulTo) {
         for (size_t i = ulFrom; i < ulTo; i += ulChunk) {
@@ -170,7 +173,8 @@ TEST(BgpFraming, MessagesErrorsAndResynchronisation)
     for (const Case &st : astCases) {
         /* The outcome does not depend on how the bytes arrive. */
         for (size_t ulChunk : {size_t(1), size_t(7), size_t(4096)}) {
-            EXPECT_EQ(Split(st.vecStream, ulChunk, st.ulGapAt, 19u), st.pcExpected) << st.pcName << ", pieces of " << ulChunk;
+            EXPECT_EQ(Split(st.vecStream, ulChunk, st.ulGapAt, 19u), st.pcExpected)
+                << st.pcName << ", pieces of " << ulChunk;
         }
     }
     /* Past 64 KiB the bytes consumed are dropped from the buffer; offsets go on. */
@@ -196,7 +200,8 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
     /* TABLE_DUMP_V2 RIB_GENERIC of AFI 1 SAFI 73: sequence, family, NLRI, two entries
      * (peer index, time, attribute length, ORIGIN) */
     const char *pcNlri = "60 00000001 00000064 0a000001";
-    Bytes vecRib = Hex(std::string("00000007 0001 49 ") + pcNlri + " 0002 0000 00000000 0004 40010100 0000 00000000 0004 40010101");
+    Bytes vecRib = Hex(std::string("00000007 0001 49 ") + pcNlri +
+                       " 0002 0000 00000000 0004 40010100 0000 00000000 0004 40010101");
     Bytes vecCut = MrtRecord("0010 0004", vecEt);
     vecCut.resize(vecCut.size() - 3u);
     Bytes vecFile = Concat({MrtRecord("0011 0004", vecEt),
@@ -207,7 +212,8 @@ TEST(Mrt, MessageRecordsRibEntriesAndTruncation)
                             MrtRecord("000d 0008", Hex("00000008 0001 01 08 0a 0000")),
                             MrtRecord("0010 0000", Bytes(20u, 0u)), MrtRecord("0010 0001", Bytes(50u, 0u)),
                             /* a message of the right length without its marker */
-                            MrtRecord("0010 0001", Concat({Hex("0000 0000 0000 0001 00000000 00000000"), With(BgpMessage(4, 0, 0), 0, 0)})),
+                            MrtRecord("0010 0001",
+                                      Concat({Hex("0000 0000 0000 0001 00000000 00000000"), With(BgpMessage(4, 0, 0), 0, 0)})),
                             vecCut});
     RecordingSink sink;
     srp::ReadMrt(vecFile.data(), vecFile.size(), "f.mrt", sink);
@@ -234,7 +240,8 @@ TEST(InputFile, PeekThenReadGivesEveryByteOnce)
         srp::InputFile in;
         in.OpenMemory(vecData.data(), vecData.size());
         EXPECT_EQ(in.Peek(st.ulPeek1).size(), std::min(st.ulPeek1, vecData.size()));
-        Bytes vecOut(3u), vecBlock(st.ulRead);
+        Bytes vecOut(3u);
+        Bytes vecBlock(st.ulRead);
         vecOut.resize(in.Read(vecOut.data(), 3u));
         in.Peek(st.ulPeek2);
         size_t n;

@@ -105,7 +105,9 @@ TEST(Printers, ContextOfLiveSources)
 TEST(Printers, FailuresCountEachMessageProblemAndEachRouteOnce)
 {
     /* route index of each problem (-1 for the message), failures counted */
-    const std::pair<std::vector<int>, uint64_t> astCases[] = {{{}, 0u}, {{-1}, 1u}, {{-1, -1}, 2u}, {{0, 0}, 1u}, {{0, 1, 1, -1}, 3u}};
+    const std::pair<std::vector<int>, uint64_t> astCases[] = {
+        {{}, 0u}, {{-1}, 1u}, {{-1, -1}, 2u}, {{0, 0}, 1u}, {{0, 1, 1, -1}, 3u},
+    };
     for (const auto &st : astCases) {
         srp::DescribedUpdate stUpdate;
         for (int i : st.first) {

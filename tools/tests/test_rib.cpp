@@ -36,14 +36,17 @@ std::string Dump(const Rib &rib, const RibSource &a)
         for (uint32_t ul : k.stKey.aulEndpoint) {
             s += std::to_string(ul) + ".";
         }
-        s += "=" + r.strNextHop + (r.bHasAttr ? "+" : "") + ToHex(r.vecAttr) + (r.dReceived != 0.0 ? "@" + std::to_string(static_cast<int>(r.dReceived)) : "") + " ";
+        s += "=" + r.strNextHop + (r.bHasAttr ? "+" : "") + ToHex(r.vecAttr);
+        s += (r.dReceived != 0.0 ? "@" + std::to_string(static_cast<int>(r.dReceived)) : "") + " ";
     });
     return s + "size " + std::to_string(rib.Size()) + "/" + std::to_string(rib.Size(a));
 }
 
 TEST(Rib, AnnounceWithdrawClearInWalkOrder)
 {
-    RibSource a, b, aPost;
+    RibSource a;
+    RibSource b;
+    RibSource aPost;
     a.strPeer = aPost.strPeer = "a";
     b.strPeer = "b";
     aPost.eView = RibView::PostPolicy;

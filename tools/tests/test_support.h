@@ -28,7 +28,10 @@ struct Seen {
 
 class RecordingSink : public srp::InputSink {
 public:
-    void Message(const uint8_t *p, size_t n, const srp::Origin &o) override { Add("msg", o, Bytes(p, p + n)); }
+    void Message(const uint8_t *p, size_t n, const srp::Origin &o) override
+    {
+        Add("msg", o, Bytes(p, p + n));
+    }
     void RibEntry(uint16_t, uint8_t, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs, size_t ulAttrs,
                   const srp::Origin &o) override
     {
@@ -36,9 +39,15 @@ public:
         v.insert(v.end(), pAttrs, pAttrs + ulAttrs);
         Add("rib", o, v);
     }
-    void FramingError(const std::string &s, const srp::Origin &o) override { Add("error", o, Bytes(s.begin(), s.end())); }
+    void FramingError(const std::string &s, const srp::Origin &o) override
+    {
+        Add("error", o, Bytes(s.begin(), s.end()));
+    }
     void Skipped() override { ulSkipped++; }
-    void Progress(uint64_t ullDone, uint64_t ullTotal) override { strProgress = std::to_string(ullDone) + "/" + std::to_string(ullTotal); }
+    void Progress(uint64_t ullDone, uint64_t ullTotal) override
+    {
+        strProgress = std::to_string(ullDone) + "/" + std::to_string(ullTotal);
+    }
 
     std::string Kinds() const
     {
@@ -53,7 +62,10 @@ public:
     std::string strProgress; /* the last progress report: bytes read of the input's */
 
 private:
-    void Add(const char *pcKind, const srp::Origin &o, const Bytes &v) { vecSeen.push_back({pcKind, o.ullOffset, v, o.strSource}); }
+    void Add(const char *pcKind, const srp::Origin &o, const Bytes &v)
+    {
+        vecSeen.push_back({pcKind, o.ullOffset, v, o.strSource});
+    }
 };
 
 inline Bytes Text(const std::string &s) { return Bytes(s.begin(), s.end()); }
@@ -97,8 +109,14 @@ inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
 inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill) { return Bgp(ucType, Bytes(n, ucFill)); }
 
 /* OPEN capabilities (code, length, value): any, Multiprotocol, 4-octet AS. */
-inline Bytes Cap(uint8_t ucCode, const Bytes &vecValue) { return Concat({{ucCode, static_cast<uint8_t>(vecValue.size())}, vecValue}); }
-inline Bytes CapMp(uint16_t usAfi, uint8_t ucSafi) { return Cap(1u, {static_cast<uint8_t>(usAfi >> 8), static_cast<uint8_t>(usAfi), 0u, ucSafi}); }
+inline Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
+{
+    return Concat({{ucCode, static_cast<uint8_t>(vecValue.size())}, vecValue});
+}
+inline Bytes CapMp(uint16_t usAfi, uint8_t ucSafi)
+{
+    return Cap(1u, {static_cast<uint8_t>(usAfi >> 8), static_cast<uint8_t>(usAfi), 0u, ucSafi});
+}
 inline Bytes CapAs4(uint32_t ulAs)
 {
     Bytes v;
