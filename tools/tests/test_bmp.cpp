@@ -174,6 +174,7 @@ TEST(BmpFramer, CutsStreamsAndStopsAtTheFirstBadHeader)
         {vecTwo, true}, {Bytes{3u, 0, 0, 0, 6, 4}, true}, {Bytes{3u, 0, 0x10, 0, 0, 0}, true}, /* length at the limit */
         {EmptyUpdate(), false}, {Bytes{2u, 0, 0, 0, 6, 4}, false}, {Bytes{3u, 0, 0, 0, 6, 7}, false}, /* type 7 */
         {Bytes{3u, 0, 0, 0, 6}, false}, {Bytes{3u, 0, 0x10, 0, 1, 0}, false}, {Bytes{3u, 0, 0, 0, 5, 4}, false},
+        {Bytes{3u, 0, 0, 0, 6, 6}, true}, /* type 6, the last */
     };
     for (const auto &row : astDetect) {
         EXPECT_EQ(bmp::LooksLikeBmp(row.first.data(), row.first.size()), row.second) << srp::ToHex(row.first);

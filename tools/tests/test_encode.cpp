@@ -30,9 +30,9 @@ TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
         {"000f 0004  0c06 0000", "cut |"},   /* a sub-TLV past its tunnel */
         {"000f 0010  0c06", "cut |"},        /* a tunnel past the value */
     };
+    srp::TunnelEncapView stView; /* one view for every row: a scan keeps nothing of the last */
     for (const auto &st : astCases) {
         Bytes v = Hex(st.first);
-        srp::TunnelEncapView stView;
         srp::ScanTunnelEncap(v.data(), v.size(), stView);
         srp::WireNotes stNotes;
         srp::NoteWireValue(v.data(), v.size(), stNotes);
@@ -49,6 +49,9 @@ TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
         }
         EXPECT_EQ(strGot, st.second) << st.first;
     }
+    Bytes v = Hex(astCases[0].first);
+    srp::ScanTunnelEncap(v.data(), v.size(), stView);
+    EXPECT_EQ(stView.vecTunnels.size(), 1u);
 }
 
 TEST(Interop, EachCodePointWarnedOncePerRoute)

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -45,6 +46,20 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
     const uint8_t aucCut[] = {'a', 0xC3, 0xA9};
     EXPECT_EQ(srp::EscapeText(aucCut, 2u), "a\\xc3");
     EXPECT_EQ(srp::JsonStringLiteral(aucCut, 2u), "\"a\\u00c3\"");
+}
+
+/* A write that fails (nobody reads the pipe any more) is remembered. */
+TEST(OutBuffer, FailedWriteRemembered)
+{
+    int aiFd[2];
+    ASSERT_EQ(pipe(aiFd), 0);
+    close(aiFd[0]);
+    signal(SIGPIPE, SIG_IGN);
+    srp::OutBuffer out(aiFd[1]);
+    out << "x";
+    EXPECT_FALSE(out.Flush());
+    EXPECT_TRUE(out.Failed());
+    close(aiFd[1]);
 }
 
 /* What a printer writes for one described UPDATE, read back through a pipe. */
