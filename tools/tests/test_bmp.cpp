@@ -280,6 +280,8 @@ TEST_F(MonitorTest, KeepsOneTablePerRouterPeerAndView)
         {"a router gone takes its tables", "r1", {}, "r2|0.0.0.0|65000|loc-rib=2"},
         {"no per-peer header", "r2", Bmp(bmp::kRouteMonitoring, {}), "r2|0.0.0.0|65000|loc-rib=2", false},
         {"a lying length", "r2", Lie(Bmp(bmp::kPeerDown, Concat({vecLocRib, {4u}})), 1), "r2|0.0.0.0|65000|loc-rib=2", false},
+        {"a mirrored KEEPALIVE is no UPDATE", "r2", Bmp(bmp::kRouteMirroring, Concat({vecLocRib, Tlv(0u, BgpMessage(4u, 0u, 0u))})),
+         "r2|0.0.0.0|65000|loc-rib=2"},
         {"refused attribute", "r2", rm(vecLocRib, vecRefused), ""},
     };
     for (const Step &st : astSteps) {

@@ -165,6 +165,7 @@ TEST(BgpFraming, MessagesErrorsAndResynchronisation)
         {"two messages", Concat({vecUpdate, vecKeepalive}), "m0/29 m29/19 "},
         {"bad marker, then resync", Concat({With(vecUpdate, 3, 0), vecUpdate}), "e0 m29/29 "},
         {"impossible length", Concat({With(vecUpdate, 17, 5), vecKeepalive}), "e0 m29/19 "},
+        {"below the header, of an unknown type", Concat({With(With(vecKeepalive, 17, 5), 18, 9), vecKeepalive}), "e0 m19/19 "},
         {"cut mid-message", Concat({vecUpdate, Bytes(vecUpdate.begin(), vecUpdate.end() - 4)}), "m0/29 e29 "},
         {"cut mid-header", Concat({vecUpdate, Bytes(10u, 0xFFu)}), "m0/29 e29 "},
         {"garbage only", Bytes(40u, 0x55u), "e0 "},
