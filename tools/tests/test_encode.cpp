@@ -52,6 +52,7 @@ TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
     Bytes v = Hex(astCases[0].first);
     srp::ScanTunnelEncap(v.data(), v.size(), stView);
     EXPECT_EQ(stView.vecTunnels.size(), 1u);
+    EXPECT_FALSE(stView.bTruncated);
 }
 
 TEST(Interop, EachCodePointWarnedOncePerRoute)

@@ -121,6 +121,8 @@ TEST(CondRtAttr, RefillKeepsNothingOfTheLastMessage)
     std::string strError;
     ASSERT_TRUE(srp::ParseCondRtAttr(vecFull, st, strError)) << strError;
     ASSERT_TRUE(st.oPreference && st.oBindingSid && st.oPolicyName && !st.vecSrv6BindingSids.empty());
+    ASSERT_EQ(st.vecSegmentLists.size(), 2u);
+    EXPECT_EQ(st.vecSegmentLists[0].oPathMtu, 1400u); /* its segment of type 220 */
     ASSERT_TRUE(srp::ParseCondRtAttr(vecSmall, st, strError)) << strError;
     EXPECT_FALSE(st.oPreference || st.oTemplateId || st.oSliceId || st.oBindingSid || st.oCandidatePathName ||
                  st.oPolicyName);

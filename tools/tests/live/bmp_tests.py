@@ -308,7 +308,8 @@ def run_slow_output(tool, configs, workdir, count=3000):
     finally:
         rc = station.stop()
     reader.join(10)
-    check(rc == 0 and "routes %d," % (3 * count) in station.stderr(), "the station stops with all routes counted")
+    check(rc == 0 and routes[0] == 3 * count and "routes %d," % (3 * count) in station.stderr(),
+          "the station stops with every route printed once and counted")
 
 
 def pcap_file(stream, sport, dport, chunk=500):
@@ -352,6 +353,8 @@ def run_decode(tool, configs, workdir):
         routes = [e for e in lines if "nlri" in e]
         check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
+        check([e.get("information") for e in lines if e.get("event") == "Route Mirroring"] == [[1]],
+              name + ": the mirroring information codes")
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
               [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
