@@ -354,6 +354,7 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
         {"VLAN-tagged", 1u, Concat({vecVlan, vecV4}), kV4},
         {"stacked VLAN tags (802.1ad, then 0x9100)", 1u, Concat({vecMacs, {0x88, 0xA8, 0, 5, 0x91, 0, 0, 6, 0x81, 0, 0, 7, 8, 0}, vecV4}), kV4},
         {"Ethernet IPv6, hop-by-hop", 1u, Concat({vecEth6, Ipv6(vecTcp, true)}), kV6},
+        {"IPv6 payload shorter than its hop-by-hop header", 1u, Concat({vecEth6, With(Ipv6(vecTcp, true), 5, 4)}), nullptr},
         {"Linux cooked", 113u, Concat({vecSll, vecV4}), kV4},
         {"Linux cooked v2 IPv6", 276u, Concat({vecSll2, Ipv6(vecTcp, false)}), kV6},
         {"raw IP", 101u, Ipv6(vecTcp, false), kV6},
