@@ -3,6 +3,7 @@
 #ifndef SRPOLICY_TOOL_BMP_BUILDERS_H
 #define SRPOLICY_TOOL_BMP_BUILDERS_H
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,11 +26,9 @@ inline Bytes Bmp(uint8_t ucType, const Bytes &vecBody)
 /* The same message with its length field moved by iDelta. */
 inline Bytes Lie(Bytes v, int iDelta)
 {
-    uint32_t ulLen = srp::Be32(v.data() + 1) + static_cast<uint32_t>(iDelta);
-    v[1] = static_cast<uint8_t>(ulLen >> 24);
-    v[2] = static_cast<uint8_t>(ulLen >> 16);
-    v[3] = static_cast<uint8_t>(ulLen >> 8);
-    v[4] = static_cast<uint8_t>(ulLen);
+    Bytes vecLen;
+    srp::Put32(vecLen, srp::Be32(v.data() + 1) + static_cast<uint32_t>(iDelta));
+    std::copy(vecLen.begin(), vecLen.end(), v.begin() + 1);
     return v;
 }
 
@@ -75,16 +74,9 @@ inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
     srp::Put16(v, usValue);
     return Tlv(usType, v);
 }
-inline Bytes Stat(uint16_t usType, const Bytes &vecValue) { return Tlv(usType, vecValue); }
 
 /* An UPDATE with no withdrawn routes and no attributes. */
 inline Bytes EmptyUpdate() { return Bgp(2u, Bytes{0, 0, 0, 0}); }
-
-inline Bytes BadMarker(Bytes v)
-{
-    v[3] = 0u;
-    return v;
-}
 
 }  // namespace srp_test
 

@@ -15,59 +15,44 @@ namespace {
 using srp::Bytes;
 using srp_test::Hex;
 
+/* Each row: a value and what the tool sees in it: the first tunnel's
+ * sub-TLVs as "type/length" (and "cut" when one overruns), then after "|" the
+ * wire notes: warnings, and names as "type/wire length". */
 TEST(TunnelEncap, TunnelsSubTlvsAndWireNotes)
 {
-    struct Case {
-        const char *pcName;
-        const char *pcValue;
-        const char *pcSubTlvs; /* "type/length" of the first tunnel's sub-TLVs */
-        bool bTruncated;
-        const char *pcWarnings; /* the warnings joined with '|' */
-        const char *pcNames;    /* "type/wire length" */
-    } astCases[] = {
-        {"one tunnel", "000f 000b  0c06 000000000064  0e01 05", "12/6 14/1 ", false, "", ""},
+    const std::pair<const char *, std::string> astCases[] = {
+        {"000f 000b  0c06 000000000064  0e01 05", "12/6 14/1 |"},
         /* type 130 has a 2-byte length; the name is the value less its reserved byte */
-        {"names", "000f 000d  8200 05 00 61626364  8100 02 00 78", "130/5 129/2 ", false, "", "130/4 129/1 "},
-        {"second tunnel", "000f 0003  0e01 05  0001 0002 0c01", "14/1 ", false,
-         "1 more tunnel TLV(s) after the first (type 1) not decoded: the plug-in decodes the first tunnel only", ""},
-        {"first tunnel not SR Policy", "0001 0003 0e01 05", "14/1 ", false,
-         "the first tunnel is of type 1, not SR Policy (15): the plug-in decodes SR Policy tunnels only", ""},
-        {"sub-TLV past its tunnel", "000f 0004  0c06 0000", "", true, "", ""},
-        {"tunnel past the value", "000f 0010  0c06", "", true, "", ""},
+        {"000f 000d  8200 05 00 61626364  8100 02 00 78", "130/5 129/2 | 130/4 129/1"},
+        {"000f 0003  0e01 05  0001 0002 0c01",
+         "14/1 | 1 more tunnel TLV(s) after the first (type 1) not decoded: the plug-in decodes the first tunnel only"},
+        {"0001 0003 0e01 05", "14/1 | the first tunnel is of type 1, not SR Policy (15): the plug-in decodes SR Policy tunnels only"},
+        {"000f 0004  0c06 0000", "cut |"},   /* a sub-TLV past its tunnel */
+        {"000f 0010  0c06", "cut |"},        /* a tunnel past the value */
     };
-    for (const Case &st : astCases) {
-        Bytes v = Hex(st.pcValue);
-        srp::TunnelEncapView stView;
+    srp::TunnelEncapView stView; /* one view for every row: a scan keeps nothing of the last */
+    for (const auto &st : astCases) {
+        Bytes v = Hex(st.first);
         srp::ScanTunnelEncap(v.data(), v.size(), stView);
-        std::string strSub;
-        for (const srp::SubTlv &s : stView.vecSubTlvs) {
-            strSub += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
-        }
-        EXPECT_EQ(strSub, st.pcSubTlvs) << st.pcName;
-        EXPECT_EQ(stView.bTruncated, st.bTruncated) << st.pcName;
         srp::WireNotes stNotes;
         srp::NoteWireValue(v.data(), v.size(), stNotes);
-        std::string strWarnings;
+        std::string strGot = stView.bTruncated ? "cut " : "";
+        for (const srp::SubTlv &s : stView.vecSubTlvs) {
+            strGot += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
+        }
+        strGot += "|";
         for (const std::string &s : stNotes.vecWarnings) {
-            strWarnings += (strWarnings.empty() ? "" : "|") + s;
+            strGot += " " + s;
         }
-        EXPECT_EQ(strWarnings, st.pcWarnings) << st.pcName;
-        std::string strNames;
         for (const srp::WireName &s : stNotes.vecNames) {
-            strNames += std::to_string(s.ucType) + "/" + std::to_string(s.usLen) + " ";
+            strGot += " " + std::to_string(s.ucType) + "/" + std::to_string(s.usLen);
         }
-        EXPECT_EQ(strNames, st.pcNames) << st.pcName;
+        EXPECT_EQ(strGot, st.second) << st.first;
     }
-}
-
-TEST(TunnelEncap, DecodedSubTlvTypes)
-{
-    for (unsigned u = 0; u < 256u; u++) {
-        /* preference, binding SID, SRv6 binding SID, slice ids, template id,
-         * segment list, candidate path and policy names */
-        bool bDecoded = u == 12u || u == 13u || u == 20u || u == 123u || (u >= 126u && u <= 130u);
-        EXPECT_EQ(srp::IsDecodedSubTlv(static_cast<uint8_t>(u)), bDecoded) << u;
-    }
+    Bytes v = Hex(astCases[0].first);
+    srp::ScanTunnelEncap(v.data(), v.size(), stView);
+    EXPECT_EQ(stView.vecTunnels.size(), 1u);
+    EXPECT_FALSE(stView.bTruncated);
 }
 
 TEST(Interop, EachCodePointWarnedOncePerRoute)
@@ -98,10 +83,10 @@ TEST(Interop, EachCodePointWarnedOncePerRoute)
     for (const Case &st : astCases) {
         Bytes v = Hex(st.pcValue);
         std::vector<std::string> vec = srp::InteropWarnings(v.data(), v.size());
-        ASSERT_EQ(vec.size(), st.vecStarts.size()) << st.pcName;
-        for (size_t i = 0; i < vec.size(); i++) {
-            EXPECT_EQ(vec[i].rfind(st.vecStarts[i], 0), 0u) << st.pcName << ": " << vec[i];
+        for (size_t i = 0; i < vec.size() && i < st.vecStarts.size(); i++) {
+            vec[i].resize(std::min(vec[i].size(), st.vecStarts[i].size()));
         }
+        EXPECT_EQ(vec, st.vecStarts) << st.pcName;
     }
 }
 

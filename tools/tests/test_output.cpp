@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -47,6 +48,20 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
     EXPECT_EQ(srp::JsonStringLiteral(aucCut, 2u), "\"a\\u00c3\"");
 }
 
+/* A write that fails (nobody reads the pipe any more) is remembered. */
+TEST(OutBuffer, FailedWriteRemembered)
+{
+    int aiFd[2];
+    ASSERT_EQ(pipe(aiFd), 0);
+    close(aiFd[0]);
+    signal(SIGPIPE, SIG_IGN);
+    srp::OutBuffer out(aiFd[1]);
+    out << "x";
+    EXPECT_FALSE(out.Flush());
+    EXPECT_TRUE(out.Failed());
+    close(aiFd[1]);
+}
+
 /* What a printer writes for one described UPDATE, read back through a pipe. */
 std::string Printed(srp::PrintForm eForm, const srp::EventContext &stCtx, const srp::DescribedUpdate &stUpdate)
 {
@@ -67,22 +82,18 @@ std::string Printed(srp::PrintForm eForm, const srp::EventContext &stCtx, const 
     return s;
 }
 
-TEST(Printers, ContextOfLiveSourcesShownWhenPresent)
+/* Files name the message by its offset (checked end to end); live sources
+ * by the time of arrival and the peer, in both forms and in error lines. */
+TEST(Printers, ContextOfLiveSources)
 {
     srp::DescribedUpdate stUpdate;
     srp::DescribedRoute stRoute;
     stRoute.stKey.ucNlriLen = 96u;
-    stRoute.stKey.ulPolicyColor = 7u;
-    stRoute.stKey.aulEndpoint[0] = 0x7F000001u;
     stRoute.usAfi = 1u;
     stRoute.bWithdrawn = true;
     stRoute.strKeyText = "KEY";
     stUpdate.vecRoutes.push_back(stRoute);
 
-    srp::EventContext stFile;
-    stFile.ullMessage = 3u;
-    stFile.strSource = "f.hex";
-    stFile.ullOffset = 40u;
     srp::EventContext stLive;
     stLive.ullMessage = 9u;
     stLive.strSource = "session 1";
@@ -90,43 +101,34 @@ TEST(Printers, ContextOfLiveSourcesShownWhenPresent)
     stLive.bHasTime = true;
     stLive.llTimeUs = 1767225600123456LL; /* 2026-01-01 */
     stLive.strPeer = "127.0.0.2";
-    struct Case {
-        const srp::EventContext *pstCtx;
-        srp::PrintForm eForm;
-        const char *pcStart;
-    } astCases[] = {
-        {&stFile, srp::PrintForm::Text, "withdraw (message 3, f.hex offset 40, AFI 1 SAFI 73)\n  KEY\n"},
-        {&stLive, srp::PrintForm::Text,
+    const std::pair<srp::PrintForm, const char *> astCases[] = {
+        {srp::PrintForm::Text,
          "withdraw (message 9, 2026-01-01T00:00:00.123456Z, peer 127.0.0.2, session 1, AFI 1 SAFI 73)\n"},
-        {&stFile, srp::PrintForm::Json, "{\"message\":3,\"source\":\"f.hex\",\"offset\":40,\"afi\":1,"},
-        {&stLive, srp::PrintForm::Json,
+        {srp::PrintForm::Json,
          "{\"message\":9,\"source\":\"session 1\",\"time\":\"2026-01-01T00:00:00.123456Z\",\"peer\":\"127.0.0.2\","},
     };
-    for (const Case &st : astCases) {
-        std::string s = Printed(st.eForm, *st.pstCtx, stUpdate);
-        EXPECT_EQ(s.substr(0, std::strlen(st.pcStart)), st.pcStart);
+    for (const auto &st : astCases) {
+        EXPECT_EQ(Printed(st.first, stLive, stUpdate).substr(0, std::strlen(st.second)), st.second);
     }
     srp::Problem stProblem("route check", 0x50002u, 12u, 0);
     stProblem.vecReports = {"bol_srpolicy:9 0", "bol_srpolicy:10 0x1f"};
     EXPECT_EQ(srp::ProblemLine(stLive, stProblem),
               "srpolicy: error: 2026-01-01T00:00:00.123456Z: peer 127.0.0.2: session 1: message 9 (+12): route check: "
               "BOL_ERR_PARAM (0x50002) [plug-in report: bol_srpolicy:9 0; bol_srpolicy:10 0x1f]");
-    EXPECT_EQ(srp::ProblemLine(stFile, srp::Problem("bad BGP marker")),
-              "srpolicy: error: f.hex: message 3 at offset 40: bad BGP marker");
 }
 
 TEST(Printers, FailuresCountEachMessageProblemAndEachRouteOnce)
 {
-    struct Case {
-        std::vector<int> vecRoutes; /* route index of each problem, -1 for the message */
-        uint64_t ullFailures;
-    } astCases[] = {{{}, 0u}, {{-1}, 1u}, {{-1, -1}, 2u}, {{0, 0}, 1u}, {{0, 1, 1, -1}, 3u}};
-    for (const Case &st : astCases) {
+    /* route index of each problem (-1 for the message), failures counted */
+    const std::pair<std::vector<int>, uint64_t> astCases[] = {
+        {{}, 0u}, {{-1}, 1u}, {{-1, -1}, 2u}, {{0, 0}, 1u}, {{0, 1, 1, -1}, 3u},
+    };
+    for (const auto &st : astCases) {
         srp::DescribedUpdate stUpdate;
-        for (int i : st.vecRoutes) {
+        for (int i : st.first) {
             stUpdate.vecProblems.emplace_back("x", 1u, 0u, i);
         }
-        EXPECT_EQ(stUpdate.Failures(), st.ullFailures) << st.vecRoutes.size();
+        EXPECT_EQ(stUpdate.Failures(), st.second) << st.first.size();
     }
 }
 

@@ -1,4 +1,5 @@
-/* The route table: replace on announce, remove on withdraw, sources apart. */
+/* The route table: replace on announce, remove on withdraw, sources apart,
+ * and described UPDATEs applied to it. */
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -10,192 +11,125 @@
 namespace srp {
 namespace {
 
-RibKey Key(uint16_t usAfi, uint32_t ulDist, uint32_t ulColor, uint32_t ulEndpointLast)
+/* A key of family usAfi; the endpoint's word ulWord (the last of an IPv4
+ * endpoint's one) is ulEndpoint. */
+RibKey Key(uint16_t usAfi, uint32_t ulDist, uint32_t ulColor, uint32_t ulEndpoint, size_t ulWord = 3)
 {
     RibKey st;
     st.usAfi = usAfi;
     st.stKey.ucNlriLen = usAfi == 1u ? 96u : 192u;
     st.stKey.ulDistinguisher = ulDist;
     st.stKey.ulPolicyColor = ulColor;
-    st.stKey.aulEndpoint[usAfi == 1u ? 0 : 3] = ulEndpointLast;
+    st.stKey.aulEndpoint[usAfi == 1u ? 0 : ulWord] = ulEndpoint;
     return st;
 }
 
-/* An IPv6 key whose endpoint differs from Key(2, 1, 100, 1) in one word. */
-RibKey KeyWord(size_t ulWord, uint32_t ulValue)
+/* The table in walk order: "peer/view afi:dist:color:endpoint words=next hop,
+ * + when it holds the attribute, its bytes, @ the time of arrival" per route,
+ * then the sizes of the whole and of peer a. */
+std::string Dump(const Rib &rib, const RibSource &a)
 {
-    RibKey st = Key(2, 1, 100, 1);
-    st.stKey.aulEndpoint[ulWord] = ulValue;
-    return st;
-}
-
-RibSource Peer(const char *pcPeer, RibView eView = RibView::Received)
-{
-    RibSource st;
-    st.strPeer = pcPeer;
-    st.eView = eView;
-    return st;
-}
-
-struct Op {
-    bool bAnnounce;
-    RibSource stSource;
-    RibKey stKey;
-    const char *pcNextHop; /* announcements */
-    bool bHeld;            /* withdrawals: the source held the key */
-};
-
-TEST(Rib, AnnounceReplacesWithdrawRemoves)
-{
-    const RibSource a = Peer("127.0.0.2");
-    const RibSource b = Peer("127.0.0.3");
-    const RibSource aPost = Peer("127.0.0.2", RibView::PostPolicy);
-    struct Row {
-        const char *pcName;
-        std::vector<Op> vecOps;
-        size_t ulSize;
-        size_t ulSizeA;
-        const char *pcNextHopA1; /* next hop a holds for Key(1,1,100,1), or null for none */
-    };
-    const Row aRows[] = {
-        {"announce", {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}}, 1, 1, "192.0.2.1"},
-        {"replace", {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {true, a, Key(1, 1, 100, 1), "192.0.2.9", false}},
-         1, 1, "192.0.2.9"},
-        {"withdraw", {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {false, a, Key(1, 1, 100, 1), nullptr, true}},
-         0, 0, nullptr},
-        {"withdraw unknown", {{false, a, Key(1, 1, 100, 1), nullptr, false}}, 0, 0, nullptr},
-        {"every key field tells routes apart",
-         {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {true, a, Key(2, 1, 100, 1), "2001:db8::1", false},
-          {true, a, Key(1, 2, 100, 1), "192.0.2.1", false}, {true, a, Key(1, 1, 101, 1), "192.0.2.1", false},
-          {true, a, Key(1, 1, 100, 2), "192.0.2.1", false}, {true, a, KeyWord(0, 1), "2001:db8::1", false},
-          {true, a, KeyWord(1, 1), "2001:db8::1", false}, {true, a, KeyWord(2, 1), "2001:db8::1", false}},
-         8, 8, "192.0.2.1"},
-        {"sources and views are apart",
-         {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false}, {true, b, Key(1, 1, 100, 1), "192.0.2.2", false},
-          {true, aPost, Key(1, 1, 100, 1), "192.0.2.3", false}, {false, b, Key(1, 1, 100, 1), nullptr, true}},
-         2, 1, "192.0.2.1"},
-        {"withdraw from another source", {{true, a, Key(1, 1, 100, 1), "192.0.2.1", false},
-                                          {false, b, Key(1, 1, 100, 1), nullptr, false}},
-         1, 1, "192.0.2.1"},
-    };
-    for (const Row &row : aRows) {
-        SCOPED_TRACE(row.pcName);
-        Rib rib;
-        for (const Op &op : row.vecOps) {
-            if (op.bAnnounce) {
-                RibRoute st;
-                st.strNextHop = op.pcNextHop;
-                rib.Announce(op.stSource, op.stKey, st);
-            } else {
-                EXPECT_EQ(rib.Withdraw(op.stSource, op.stKey), op.bHeld);
-            }
+    std::string s;
+    rib.ForEach([&](const RibSource &stSource, const RibKey &k, const RibRoute &r) {
+        s += stSource.strPeer + "/" + std::to_string(static_cast<int>(stSource.eView)) + " " + std::to_string(k.usAfi) +
+             ":" + std::to_string(k.stKey.ulDistinguisher) + ":" + std::to_string(k.stKey.ulPolicyColor) + ":";
+        for (uint32_t ul : k.stKey.aulEndpoint) {
+            s += std::to_string(ul) + ".";
         }
-        EXPECT_EQ(rib.Size(), row.ulSize);
-        EXPECT_EQ(rib.Size(a), row.ulSizeA);
-        const RibRoute *p = rib.Find(a, Key(1, 1, 100, 1));
-        ASSERT_EQ(p != nullptr, row.pcNextHopA1 != nullptr);
-        if (p != nullptr) {
-            EXPECT_EQ(p->strNextHop, row.pcNextHopA1);
+        s += "=" + r.strNextHop + (r.bHasAttr ? "+" : "") + ToHex(r.vecAttr);
+        s += (r.dReceived != 0.0 ? "@" + std::to_string(static_cast<int>(r.dReceived)) : "") + " ";
+    });
+    return s + "size " + std::to_string(rib.Size()) + "/" + std::to_string(rib.Size(a));
+}
+
+TEST(Rib, AnnounceWithdrawClearInWalkOrder)
+{
+    RibSource a;
+    RibSource b;
+    RibSource aPost;
+    a.strPeer = aPost.strPeer = "a";
+    b.strPeer = "b";
+    aPost.eView = RibView::PostPolicy;
+    struct Step {
+        /* Announce, Withdraw, Clear; a described UPDATE of the key: announced
+         * (U), withdrawn (X), without the attribute (N), or with one the plug-in
+         * refused (R: treat-as-withdraw) */
+        char cOp;
+        const RibSource *pSource;
+        RibKey stKey;
+        const char *pcNextHop;
+        size_t ulResult; /* withdrawals: held; clear: removed */
+        const char *pcTable;
+    };
+    const Step astSteps[] = {
+        {'A', &a, Key(1, 1, 100, 1), "nh1", 0, "a/0 1:1:100:1.0.0.0.=nh1 size 1/1"},
+        {'A', &a, Key(1, 1, 100, 1), "nh9", 0, "a/0 1:1:100:1.0.0.0.=nh9 size 1/1"},
+        {'W', &b, Key(1, 1, 100, 1), "", 0, "a/0 1:1:100:1.0.0.0.=nh9 size 1/1"},
+        {'W', &a, Key(1, 1, 100, 2), "", 0, "a/0 1:1:100:1.0.0.0.=nh9 size 1/1"},
+        {'A', &b, Key(1, 1, 100, 1), "nhb", 0, "a/0 1:1:100:1.0.0.0.=nh9 b/0 1:1:100:1.0.0.0.=nhb size 2/1"},
+        {'A', &aPost, Key(1, 1, 100, 1), "nhp", 0,
+         "a/0 1:1:100:1.0.0.0.=nh9 a/2 1:1:100:1.0.0.0.=nhp b/0 1:1:100:1.0.0.0.=nhb size 3/1"},
+        {'W', &b, Key(1, 1, 100, 1), "", 1, "a/0 1:1:100:1.0.0.0.=nh9 a/2 1:1:100:1.0.0.0.=nhp size 2/1"},
+        {'C', &aPost, {}, "", 1, "a/0 1:1:100:1.0.0.0.=nh9 size 1/1"},
+        /* every key field tells routes apart, and orders them */
+        {'A', &a, Key(2, 1, 5, 1, 2), "", 0, ""},
+        {'A', &a, Key(2, 1, 5, 1, 1), "", 0, ""},
+        {'A', &a, Key(2, 1, 5, 1, 0), "", 0, ""},
+        {'A', &a, Key(2, 1, 5, 1), "", 0, ""},
+        {'A', &a, Key(1, 2, 5, 1), "", 0, ""},
+        {'A', &a, Key(1, 1, 100, 0), "", 0, ""},
+        {'A', &a, Key(1, 1, 99, 2), "", 0,
+         "a/0 1:1:99:2.0.0.0.= a/0 1:1:100:0.0.0.0.= a/0 1:1:100:1.0.0.0.=nh9 a/0 1:2:5:1.0.0.0.= a/0 2:1:5:0.0.0.1.= "
+         "a/0 2:1:5:0.0.1.0.= a/0 2:1:5:0.1.0.0.= a/0 2:1:5:1.0.0.0.= size 8/8"},
+        {'W', &a, Key(1, 1, 100, 1), "", 1, ""},
+        {'C', &a, {}, "", 7, "size 0/0"},
+        {'C', &a, {}, "", 0, "size 0/0"},
+        {'U', &a, Key(1, 1, 100, 1), "", 0, "a/0 1:1:100:1.0.0.0.=nh+000f@5 size 1/1"},
+        {'N', &a, Key(2, 1, 100, 1), "", 0, "a/0 1:1:100:1.0.0.0.=nh+000f@5 a/0 2:1:100:0.0.0.1.=nh000f@5 size 2/2"},
+        {'X', &a, Key(2, 1, 100, 1), "", 0, "a/0 1:1:100:1.0.0.0.=nh+000f@5 size 1/1"},
+        {'R', &a, Key(1, 1, 100, 1), "", 1, "size 0/0"},
+    };
+    Rib rib;
+    for (const Step &st : astSteps) {
+        SCOPED_TRACE(std::string(1, st.cOp) + " " + Dump(rib, a));
+        size_t ulResult = 0;
+        if (st.cOp == 'A') {
+            RibRoute stRoute;
+            stRoute.strNextHop = st.pcNextHop;
+            rib.Announce(*st.pSource, st.stKey, stRoute);
+        } else if (st.cOp == 'W' || st.cOp == 'C') {
+            ulResult = st.cOp == 'W' ? size_t{rib.Withdraw(*st.pSource, st.stKey)} : rib.Clear(*st.pSource);
+        } else {
+            DescribedUpdate stUpdate;
+            stUpdate.vecRoutes.resize(1u);
+            stUpdate.vecRoutes[0].usAfi = st.stKey.usAfi;
+            stUpdate.vecRoutes[0].stKey = st.stKey.stKey;
+            stUpdate.vecRoutes[0].bWithdrawn = st.cOp == 'X';
+            stUpdate.strNextHop = "nh";
+            stUpdate.stAttr.bPresent = st.cOp == 'U' || st.cOp == 'X';
+            stUpdate.stAttr.ulError = st.cOp == 'R' ? 0x50002u : 0u;
+            stUpdate.stAttr.vecNormalised = {0x00, 0x0f};
+            ulResult = ApplyUpdate(rib, *st.pSource, stUpdate, 5.0);
+        }
+        EXPECT_EQ(ulResult, st.ulResult);
+        if (*st.pcTable != '\0') {
+            EXPECT_EQ(Dump(rib, a), st.pcTable);
         }
     }
-}
-
-TEST(Rib, WalkOrderAndClear)
-{
-    Rib rib;
-    const RibSource a = Peer("127.0.0.2");
-    const RibSource b = Peer("127.0.0.3");
-    rib.Announce(b, Key(1, 1, 5, 1), {});
-    rib.Announce(a, Key(2, 1, 5, 1), {});
-    rib.Announce(a, Key(1, 1, 7, 1), {});
-    rib.Announce(a, Key(1, 1, 5, 9), {});
-    rib.Announce(a, Key(1, 1, 5, 2), {});
-    std::vector<std::pair<std::string, RibKey>> vecSeen;
-    rib.ForEach([&](const RibSource &s, const RibKey &k, const RibRoute &) { vecSeen.emplace_back(s.strPeer, k); });
-    const std::vector<std::pair<std::string, RibKey>> vecWant = {
-        {"127.0.0.2", Key(1, 1, 5, 2)}, {"127.0.0.2", Key(1, 1, 5, 9)}, {"127.0.0.2", Key(1, 1, 7, 1)},
-        {"127.0.0.2", Key(2, 1, 5, 1)}, {"127.0.0.3", Key(1, 1, 5, 1)}};
-    EXPECT_EQ(vecSeen, vecWant);
-    EXPECT_EQ(rib.Clear(a), 4u);
-    EXPECT_EQ(rib.Clear(a), 0u);
-    EXPECT_EQ(rib.Size(), 1u);
-}
-
-/* A described UPDATE into the table: a refused attribute takes the routes it
- * came with out (treat-as-withdraw); withdrawals remove; the rest replace. */
-TEST(Rib, ApplyUpdate)
-{
-    const RibSource a = Peer("127.0.0.2");
-    auto Routes = [](std::vector<std::pair<RibKey, bool>> vec) {
-        DescribedUpdate st;
-        for (const auto &p : vec) {
-            DescribedRoute stRoute;
-            stRoute.usAfi = p.first.usAfi;
-            stRoute.stKey = p.first.stKey;
-            stRoute.bWithdrawn = p.second;
-            st.vecRoutes.push_back(stRoute);
-        }
-        st.strNextHop = "127.0.0.9";
-        st.stAttr.bPresent = true;
-        st.stAttr.vecNormalised = {0x00, 0x0f};
-        return st;
-    };
-    DescribedUpdate stRefused = Routes({{Key(1, 1, 100, 1), false}});
-    stRefused.stAttr.bPresent = false;
-    stRefused.stAttr.ulError = 0x50002u;
-    DescribedUpdate stBare = Routes({{Key(1, 1, 100, 3), false}});
-    stBare.stAttr.bPresent = false;
-    struct Row {
-        const char *pcName;
-        DescribedUpdate stUpdate;
-        size_t ulTreated;
-        std::vector<RibKey> vecLeft;
-    };
-    const Row aRows[] = {
-        {"announce two", Routes({{Key(1, 1, 100, 1), false}, {Key(2, 1, 100, 1), false}}), 0,
-         {Key(1, 1, 100, 1), Key(1, 1, 100, 2), Key(2, 1, 100, 1)}},
-        {"withdraw one", Routes({{Key(1, 1, 100, 2), true}}), 0, {Key(1, 1, 100, 1)}},
-        {"refused attribute withdraws", stRefused, 1, {Key(1, 1, 100, 2)}},
-        {"no attribute still installs", stBare, 0, {Key(1, 1, 100, 1), Key(1, 1, 100, 2), Key(1, 1, 100, 3)}},
-    };
-    for (const Row &row : aRows) {
-        SCOPED_TRACE(row.pcName);
-        Rib rib;
-        rib.Announce(a, Key(1, 1, 100, 1), {});
-        rib.Announce(a, Key(1, 1, 100, 2), {});
-        EXPECT_EQ(ApplyUpdate(rib, a, row.stUpdate, 5.0), row.ulTreated);
-        std::vector<RibKey> vecLeft;
-        rib.ForEach([&](const RibSource &, const RibKey &k, const RibRoute &) { vecLeft.push_back(k); });
-        EXPECT_EQ(vecLeft, row.vecLeft);
-    }
-    Rib rib;
-    ApplyUpdate(rib, a, Routes({{Key(1, 1, 100, 1), false}}), 5.0);
-    const RibRoute *p = rib.Find(a, Key(1, 1, 100, 1));
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->strNextHop, "127.0.0.9");
-    EXPECT_EQ(p->vecAttr, (Bytes{0x00, 0x0f}));
-    EXPECT_TRUE(p->bHasAttr);
-    EXPECT_DOUBLE_EQ(p->dReceived, 5.0);
+    EXPECT_EQ(rib.Find(a, Key(1, 1, 100, 1)), nullptr);
 }
 
 /* The arrival time the table and live events carry; the rows change second,
  * keep it, and go back, so a cached second is never shown for another. */
 TEST(Rib, ArrivalTimeText)
 {
-    struct Row {
-        int64_t llUs;
-        const char *pcText;
+    const std::pair<int64_t, const char *> aRows[] = {
+        {1764000000123456, "2025-11-24T16:00:00.123456Z"}, {1764000000000007, "2025-11-24T16:00:00.000007Z"},
+        {1764000001999999, "2025-11-24T16:00:01.999999Z"}, {0, "1970-01-01T00:00:00.000000Z"},
+        {-1, "1969-12-31T23:59:59.999999Z"},               {1764000000123456, "2025-11-24T16:00:00.123456Z"},
     };
-    const Row aRows[] = {
-        {1764000000123456, "2025-11-24T16:00:00.123456Z"},
-        {1764000000000007, "2025-11-24T16:00:00.000007Z"},
-        {1764000001999999, "2025-11-24T16:00:01.999999Z"},
-        {0, "1970-01-01T00:00:00.000000Z"},
-        {-1, "1969-12-31T23:59:59.999999Z"},
-        {1764000000123456, "2025-11-24T16:00:00.123456Z"},
-    };
-    for (const Row &row : aRows) {
-        EXPECT_EQ(EventTimeText(row.llUs), row.pcText);
+    for (const auto &row : aRows) {
+        EXPECT_EQ(EventTimeText(row.first), row.second);
     }
 }
 

@@ -17,8 +17,10 @@ namespace srp_test {
 
 using srp::Bytes;
 
+/* What a reader handed out: "msg", "rib" (NLRI then attributes) or "error"
+ * (its text), with the offset and source it named. */
 struct Seen {
-    std::string strKind; /* "msg", "rib", "error" */
+    std::string strKind;
     uint64_t ullOffset;
     Bytes vecData;
     std::string strSource;
@@ -28,20 +30,24 @@ class RecordingSink : public srp::InputSink {
 public:
     void Message(const uint8_t *p, size_t n, const srp::Origin &o) override
     {
-        vecSeen.push_back(Seen{"msg", o.ullOffset, Bytes(p, p + n), o.strSource});
+        Add("msg", o, Bytes(p, p + n));
     }
     void RibEntry(uint16_t, uint8_t, const uint8_t *pNlri, size_t ulNlri, const uint8_t *pAttrs, size_t ulAttrs,
                   const srp::Origin &o) override
     {
         Bytes v(pNlri, pNlri + ulNlri);
         v.insert(v.end(), pAttrs, pAttrs + ulAttrs);
-        vecSeen.push_back(Seen{"rib", o.ullOffset, v, o.strSource});
+        Add("rib", o, v);
     }
     void FramingError(const std::string &s, const srp::Origin &o) override
     {
-        vecSeen.push_back(Seen{"error", o.ullOffset, Bytes(s.begin(), s.end()), o.strSource});
+        Add("error", o, Bytes(s.begin(), s.end()));
     }
     void Skipped() override { ulSkipped++; }
+    void Progress(uint64_t ullDone, uint64_t ullTotal) override
+    {
+        strProgress = std::to_string(ullDone) + "/" + std::to_string(ullTotal);
+    }
 
     std::string Kinds() const
     {
@@ -53,34 +59,28 @@ public:
     }
     std::vector<Seen> vecSeen;
     size_t ulSkipped = 0;
+    std::string strProgress; /* the last progress report: bytes read of the input's */
+
+private:
+    void Add(const char *pcKind, const srp::Origin &o, const Bytes &v)
+    {
+        vecSeen.push_back({pcKind, o.ullOffset, v, o.strSource});
+    }
 };
 
 inline Bytes Text(const std::string &s) { return Bytes(s.begin(), s.end()); }
 
 /* Bytes of hex text (fields may be spaced); bad text throws, which fails
  * the test. */
-inline Bytes Hex(const char *pc)
+inline Bytes Hex(const std::string &str)
 {
     Bytes v;
     std::string strError;
-    if (!srp::ParseHex(pc, v, strError)) {
-        throw std::invalid_argument(std::string(pc) + ": " + strError);
+    if (!srp::ParseHex(str, v, strError)) {
+        throw std::invalid_argument(str + ": " + strError);
     }
     return v;
 }
-
-/* A BGP message: marker, length, type and the body. */
-inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
-{
-    Bytes v(16u, 0xFFu);
-    srp::Put16(v, static_cast<uint32_t>(19u + vecBody.size()));
-    v.push_back(ucType);
-    v.insert(v.end(), vecBody.begin(), vecBody.end());
-    return v;
-}
-
-/* A BGP message of the given type whose body is n bytes of fill. */
-inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill) { return Bgp(ucType, Bytes(n, ucFill)); }
 
 inline Bytes Concat(const std::vector<Bytes> &vec)
 {
@@ -91,8 +91,24 @@ inline Bytes Concat(const std::vector<Bytes> &vec)
     return v;
 }
 
-/* One OPEN capability (code, length, value); the Multiprotocol and 4-octet
- * AS ones. */
+/* The bytes with the one at ulAt changed to ucValue. */
+inline Bytes With(Bytes v, size_t ulAt, uint8_t ucValue)
+{
+    v.at(ulAt) = ucValue;
+    return v;
+}
+
+/* A BGP message: marker, length, type and the body (n bytes of fill). */
+inline Bytes Bgp(uint8_t ucType, const Bytes &vecBody)
+{
+    Bytes v(16u, 0xFFu);
+    srp::Put16(v, static_cast<uint32_t>(19u + vecBody.size()));
+    v.push_back(ucType);
+    return Concat({v, vecBody});
+}
+inline Bytes BgpMessage(uint8_t ucType, size_t n, uint8_t ucFill) { return Bgp(ucType, Bytes(n, ucFill)); }
+
+/* OPEN capabilities (code, length, value): any, Multiprotocol, 4-octet AS. */
 inline Bytes Cap(uint8_t ucCode, const Bytes &vecValue)
 {
     return Concat({{ucCode, static_cast<uint8_t>(vecValue.size())}, vecValue});
@@ -108,17 +124,13 @@ inline Bytes CapAs4(uint32_t ulAs)
     return Cap(65u, v);
 }
 
-/* An OPEN with one optional parameter of type ucParam (2: capabilities)
- * holding the capabilities; with the extended parameter lengths (255, 255,
- * then 2-byte lengths) when bExtended. */
+/* An OPEN with its capabilities in one optional parameter. */
 struct OpenSpec {
     uint8_t ucVersion = 4;
     uint16_t usAs = 65001;
     uint16_t usHold = 90;
     uint32_t ulId = 0x7F000002u;
     std::vector<Bytes> vecCaps{CapMp(1u, 73u)};
-    uint8_t ucParam = 2;
-    bool bExtended = false;
 };
 inline Bytes BgpOpen(const OpenSpec &st)
 {
@@ -127,84 +139,35 @@ inline Bytes BgpOpen(const OpenSpec &st)
     srp::Put16(v, st.usAs);
     srp::Put16(v, st.usHold);
     srp::Put32(v, st.ulId);
-    if (st.bExtended) {
-        v.insert(v.end(), {255u, 255u});
-        srp::Put16(v, static_cast<uint32_t>(vecCaps.size() + 3u));
-        v.push_back(st.ucParam);
-        srp::Put16(v, static_cast<uint32_t>(vecCaps.size()));
-    } else {
-        v.push_back(static_cast<uint8_t>(vecCaps.size() + 2u));
-        v.push_back(st.ucParam);
-        v.push_back(static_cast<uint8_t>(vecCaps.size()));
-    }
-    v.insert(v.end(), vecCaps.begin(), vecCaps.end());
-    return Bgp(1u, v);
-}
-
-/* Capture files are little-endian here. */
-inline void PutLe(Bytes &v, uint32_t x, int iBytes)
-{
-    for (int i = 0; i < iBytes; i++) {
-        v.push_back(static_cast<uint8_t>(x >> (8 * i)));
-    }
+    v.insert(v.end(), {static_cast<uint8_t>(vecCaps.size() + 2u), 2u, static_cast<uint8_t>(vecCaps.size())});
+    return Bgp(1u, Concat({v, vecCaps}));
 }
 
 /* The messages of the hand-checked sample, back to back. */
 inline Bytes SampleStream()
 {
     std::ifstream is(SRPOLICY_SAMPLES_DIR "/all_subtlvs.hex");
-    std::string strText((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
-    Bytes vec;
-    std::string strError;
-    srp::ParseHex(strText, vec, strError);
-    return vec;
+    return Hex(std::string((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>()));
+}
+
+/* Capture files are little-endian. */
+inline void Le32(Bytes &v, size_t x)
+{
+    for (int i = 0; i < 4; i++) {
+        v.push_back(static_cast<uint8_t>(x >> (8 * i)));
+    }
 }
 
 /* A classic pcap file (microsecond; Ethernet unless told) holding the frames. */
 inline Bytes PcapFile(const std::vector<Bytes> &vecFrames, uint32_t ulLinkType = 1u)
 {
-    Bytes v;
-    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
-    auto le16 = [&](uint32_t x) { PutLe(v, x, 2); };
-    le32(0xA1B2C3D4u);
-    le16(2u);
-    le16(4u);
-    le32(0u);
-    le32(0u);
-    le32(65535u);
-    le32(ulLinkType);
+    Bytes v{0xD4, 0xC3, 0xB2, 0xA1, 2, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0, 0};
+    Le32(v, ulLinkType);
     for (size_t i = 0; i < vecFrames.size(); i++) {
-        le32(static_cast<uint32_t>(1000u + i));
-        le32(0u);
-        le32(static_cast<uint32_t>(vecFrames[i].size()));
-        le32(static_cast<uint32_t>(vecFrames[i].size()));
+        for (size_t x : {1000u + i, size_t{0}, vecFrames[i].size(), vecFrames[i].size()}) {
+            Le32(v, x);
+        }
         v.insert(v.end(), vecFrames[i].begin(), vecFrames[i].end());
-    }
-    return v;
-}
-
-/* The same frames in a pcapng file: section header, one Ethernet
- * interface, one enhanced packet block per frame. */
-inline Bytes PcapngFile(const std::vector<Bytes> &vecFrames)
-{
-    Bytes v;
-    auto le32 = [&](uint32_t x) { PutLe(v, x, 4); };
-    auto block = [&](uint32_t ulType, const Bytes &vecBody) {
-        uint32_t ulLen = static_cast<uint32_t>(12u + ((vecBody.size() + 3u) & ~size_t(3)));
-        le32(ulType);
-        le32(ulLen);
-        v.insert(v.end(), vecBody.begin(), vecBody.end());
-        v.insert(v.end(), (4u - vecBody.size() % 4u) % 4u, 0u);
-        le32(ulLen);
-    };
-    block(0x0A0D0D0Au, Bytes{0x4D, 0x3C, 0x2B, 0x1A, 1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF});
-    block(1u, Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0, 0});
-    for (const Bytes &vecFrame : vecFrames) {
-        Bytes vecBody(12u, 0u);
-        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* captured */
-        PutLe(vecBody, static_cast<uint32_t>(vecFrame.size()), 4); /* on the wire */
-        vecBody.insert(vecBody.end(), vecFrame.begin(), vecFrame.end());
-        block(6u, vecBody);
     }
     return v;
 }

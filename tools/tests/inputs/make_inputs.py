@@ -7,7 +7,7 @@ import struct
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "live"))
-from harness import pcap, tcp_frame  # noqa: E402
+from bmp_tests import pcap, tcp_frame  # noqa: E402
 
 SAMPLE = "../../../samples/policies.pcap"
 

@@ -79,7 +79,8 @@ class Station(harness.Srpolicy):
     """`srpolicy bmp` on a port of its own (read from --port-file once written)."""
 
     def __init__(self, tool, workdir, extra=(), bind="127.0.0.1:0", pipe=False):
-        port_file, self.rib = os.path.join(workdir, "port"), os.path.join(workdir, "rib.jsonl")
+        port_file = os.path.join(workdir, "port")
+        self.rib = os.path.join(workdir, "rib.jsonl")
         if os.path.exists(port_file):
             os.unlink(port_file)
         super().__init__(tool, workdir, "station", ["bmp", "--bind", bind, "--port-file", port_file, "--json"] +
@@ -104,7 +105,9 @@ class Station(harness.Srpolicy):
                     text = f.read()
             except OSError:
                 return None
-            return None if text and not text.endswith("\n") else ([json.loads(x) for x in text.splitlines() if x.strip()],)
+            if text and not text.endswith("\n"):
+                return None
+            return ([json.loads(x) for x in text.splitlines() if x.strip()],)
         return wait_for(read, "the table in " + self.rib)[0]
 
 
@@ -164,7 +167,8 @@ def run_malformed(tool, configs, workdir):
             ("wrong version", b"\x01" + rm[1:], r"BMP version 1, expected 3"),
             ("a length that lies", rm[:1] + struct.pack("!I", len(rm) + 10) + rm[5:] + initiation("next"),
              r"Route Monitoring: \d+ bytes after the UPDATE"),
-            ("a cut message", rm[:len(rm) // 2], r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
+            ("a cut message", rm[:len(rm) // 2],
+             r"cut BMP message: the session ended %d bytes into it" % (len(rm) // 2)),
         ]
         for what, data, pattern in cases:
             bad = connect(station.port)
@@ -196,7 +200,8 @@ def run_malformed(tool, configs, workdir):
                   e.get("time") == "2023-11-14T22:13:20.000250Z" for e in stored),
               "every stored route names its router, peer, view and the per-peer time stamp")
         good.sendall(bmp(2, peer_header("10.0.0.9", 65009) + b"\x04"))
-        wait_for(lambda: [e for e in events(station, "Peer Down") if e["routes_removed"] == 2], "the peer down clearing two routes")
+        wait_for(lambda: [e for e in events(station, "Peer Down") if e["routes_removed"] == 2],
+                 "the peer down clearing two routes")
         check(station.table() == [], "peer down empties that peer's table")
         good.close()
     finally:
@@ -242,7 +247,8 @@ def run_gobgpd(tool, configs, workdir):
         with open(announced, "w") as f:
             json.dump(routes, f)
         announcer.send_signal(signal.SIGHUP)  # announce sends the difference: one withdrawal
-        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == WITHDRAWN for e in station.events()), "the withdrawal")
+        wait_for(lambda: any(e.get("withdrawn") and route_key(e) == WITHDRAWN for e in station.events()),
+                 "the withdrawal")
         check(len(station.table()) == len(expected) - 1, "the withdrawn route left the table")
 
         announcer.send_signal(signal.SIGTERM)  # Cease, the routes kept: the peer goes down holding two
@@ -302,7 +308,8 @@ def run_slow_output(tool, configs, workdir, count=3000):
     finally:
         rc = station.stop()
     reader.join(10)
-    check(rc == 0 and "routes %d," % (3 * count) in station.stderr(), "the station stops with all routes counted")
+    check(rc == 0 and routes[0] == 3 * count and "routes %d," % (3 * count) in station.stderr(),
+          "the station stops with every route printed once and counted")
 
 
 def pcap_file(stream, sport, dport, chunk=500):
@@ -329,7 +336,8 @@ def run_decode(tool, configs, workdir):
     updates = encode(tool, configs, "bmp_routes.json")
     withdraw = encode(tool, configs, "bmp_withdraw.json", withdraw=True)
     peer = peer_header("10.0.0.9", 65009)
-    stream = (router_stream("r1", updates + withdraw) + bmp(1, peer + struct.pack("!I", 1) + tlv(0, struct.pack("!I", 3))) +
+    stream = (router_stream("r1", updates + withdraw) +
+              bmp(1, peer + struct.pack("!I", 1) + tlv(0, struct.pack("!I", 3))) +
               bmp(6, peer + tlv(0, updates[0]) + tlv(1, struct.pack("!H", 1))) + bmp(2, peer + b"\x04") +
               bmp(5, tlv(1, struct.pack("!H", 0))))
     expected = set(harness.expected_table(tool, os.path.join(configs, "bmp_routes.json")))
@@ -345,6 +353,8 @@ def run_decode(tool, configs, workdir):
         routes = [e for e in lines if "nlri" in e]
         check(rc == 0 and events == ["Initiation", "Peer Up", "Route Mirroring", "Peer Down", "Termination"],
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
+        check([e.get("information") for e in lines if e.get("event") == "Route Mirroring"] == [[1]],
+              name + ": the mirroring information codes")
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
               [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
@@ -354,7 +364,8 @@ def run_decode(tool, configs, workdir):
         pairs = [(e["message"], e["offset"]) for e in lines]
         check(pairs == sorted(pairs) and set(pairs) <= set(numbered) and len(set(pairs)) == len(numbered) - 1,
               name + ": every line names its message by number and offset in the stream")
-        check("routes 5, withdrawals 1, skipped" in err and "failed 0" in err, name + ": summary " + err.strip())
+        check("summary: messages 10, updates 5, routes 5, withdrawals 1, skipped 8, failed 0\n" in err,
+              name + ": the summary counts the BMP stream's messages: " + err.strip())
     # Without --port, the flow on another port is named; of the other ports, the three busiest of the first
     # 64 seen (a port first seen after those is not counted, one of those still is).
     rc, _, err = decode(tool, workdir, "bmp_port.pcap", pcap_file(stream, 40000, 5000))
