@@ -140,10 +140,8 @@ private:
     uint64_t m_ullFrames = 0;
 };
 
-/* A capture of one BGP session (Ethernet, IPv4, TCP port 179) carrying the
- * messages; "-" writes to stdout. */
-bool WritePcap(const std::string &strPath, const std::vector<Bytes> &vecMsgs, std::string &strError);
-/* The frames of that capture, for tests: each with its bytes. */
+/* The frames of a capture of one BGP session (Ethernet, IPv4, TCP port 179)
+ * carrying the messages, for tests: each with its bytes. */
 std::vector<Bytes> SessionFrames(const std::vector<Bytes> &vecMsgs);
 
 enum class EncodeOutput { Hex, Raw };

@@ -187,16 +187,4 @@ bool SessionCapture::Close(std::string &strError)
     return bOk;
 }
 
-bool WritePcap(const std::string &strPath, const std::vector<Bytes> &vecMsgs, std::string &strError)
-{
-    SessionCapture capture;
-    if (!capture.Open(strPath, strError)) {
-        return false;
-    }
-    for (const Bytes &v : vecMsgs) {
-        capture.Message(v);
-    }
-    return capture.Close(strError);
-}
-
 }  // namespace srp
