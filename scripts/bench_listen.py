@@ -12,7 +12,9 @@ ROUTES 100000 unless given; PARTS a comma-separated choice of the parts below
   the burst five times over; three interleaved rounds, the medians count.
 - gobgpd: `announce` -> gobgpd -> `listen`, the burst of the live test, with
   `listen` alone on the last processor and gobgpd and `announce` on the others;
-  three runs, each printed.
+  three runs, each printed. Every route of that burst is new to listen's
+  table, so beside the ratios above it is set against decode of the burst
+  once (--rib: the table built from empty, printed and freed).
 - instructions (callgrind): `listen` on a replay of a fifth of the routes and
   `decode` of the same UPDATEs, each less an empty run of itself (plug-in
   construction, start and exit), per route.
@@ -135,20 +137,29 @@ def main():
     parts = sys.argv[3].split(",") if len(sys.argv) > 3 else ["replay", "gobgpd", "instructions"]
     wd = tempfile.mkdtemp(prefix="srpolicy-bench-listen-", suffix="-%d" % os.getpid())  # removed at the end
     config, raw = routes_raw(tool, wd, count)
-    stream = os.path.join(wd, "burst.raw")
+    stream, single = os.path.join(wd, "burst.raw"), os.path.join(wd, "single.raw")
     with open(stream, "wb") as f:  # five times over: half a second or more of work to time
         f.write(raw * REPEAT)
+    with open(single, "wb") as f:  # once: every route new to the table, as in the burst from gobgpd
+        f.write(raw)
     os.sched_setaffinity(0, OTHERS)  # the sender, and what this script starts unless told
     print("%d routes, %d bytes of UPDATEs; listen and decode on processor %s, the rest on %s"
           % (count, len(raw), sorted(LAST), sorted(OTHERS)))
-    rounds = {"listen": [], "decode": [], "rib": []}
+    rounds = {"listen": [], "decode": [], "rib": [], "decode1": [], "rib1": []}
     for _ in range(3):
         if "replay" in parts:
             rounds["listen"].append(run_listen(tool, wd, [], replay(raw * REPEAT), count * REPEAT, on(LAST)))
         rounds["decode"].append(decode(tool, stream, on(LAST)))
         rounds["rib"].append(decode(tool, stream, on(LAST), extra=["--rib"]))
+        if "gobgpd" in parts:
+            rounds["decode1"].append(decode(tool, single, on(LAST)))
+            rounds["rib1"].append(decode(tool, single, on(LAST), extra=["--rib"]))
     dec, rib = ([statistics.median(r[i] for r in rounds[k]) / REPEAT for i in (0, 1)] for k in ("decode", "rib"))
     print("decode: %s processor time per route; decode --rib: %s" % (per_route(dec, count), per_route(rib, count)))
+    if "gobgpd" in parts:
+        dec1, rib1 = ([statistics.median(r[i] for r in rounds[k]) for i in (0, 1)] for k in ("decode1", "rib1"))
+        print("one burst, every route new: decode %s per route; decode --rib %s (the table built, printed and "
+              "freed)" % (per_route(dec1, count), per_route(rib1, count)))
     if "replay" in parts:
         lis = [statistics.median(r[i] for r in rounds["listen"]) / REPEAT for i in (0, 1)]
         print("replay: listen %s per route; listen/decode %.2f (rounds %s); listen/decode --rib %.2f" % (
@@ -167,8 +178,10 @@ def main():
             cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
                                         "--router-id", "127.0.0.3"], through_gobgpd, count, on(LAST))
             announcer[0].stop()
-        print("gobgpd: listen %s per route; listen/decode %.2f; listen/decode --rib %.2f" % (
-            per_route(cpu, count), ratio(sum(cpu), sum(dec)), ratio(sum(cpu), sum(rib))))
+        print("gobgpd: listen %s per route; listen/decode %.2f; listen/decode --rib %.2f; of one burst: "
+              "listen/decode %.2f, listen/decode --rib %.2f" % (
+                  per_route(cpu, count), ratio(sum(cpu), sum(dec)), ratio(sum(cpu), sum(rib)),
+                  ratio(sum(cpu), sum(dec1)), ratio(sum(cpu), sum(rib1))))
     if "instructions" in parts:
         part = max(1, count // 5)
         lis_i, dec_i = callgrind(tool, wd, routes_raw(tool, wd, part)[1], part)
