@@ -158,64 +158,6 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
     BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
 }
 
-/* Names in the copy are rewritten (reserved byte 0, cut to 255 bytes) while
- * every other sub-TLV is copied as received: sub-TLVs before, between and
- * after names land where the rewritten names put them, and so do the
- * slice-id positions handed out. */
-TEST_F(AttrDecode, SubTlvsAroundNamesLandAfterTheRewrittenNames)
-{
-    const Bytes vecStd = at::Sub(123, Hex("00 00 00 00 00 0B"));
-    const Bytes vecPriv = at::Sub(126, Hex("00 00 00 00 00 0C"));
-    const Bytes vecUnknown = at::Sub(200, Hex("01 02 03"));
-    /* A name sub-TLV as received (reserved byte 5A) and as copied. */
-    auto NameIn = [](uint8_t ucType, size_t ulLen) {
-        Bytes v(1 + ulLen, 'n');
-        v[0] = 0x5A;
-        return at::Sub(ucType, v);
-    };
-    auto NameOut = [](uint8_t ucType, size_t ulLen) {
-        Bytes v(1 + (ulLen < 255 ? ulLen : 255), 'n');
-        v[0] = 0x00;
-        return at::Sub(ucType, v);
-    };
-    struct Row {
-        const char *pcName;
-        std::vector<Bytes> vecIn;
-        std::vector<Bytes> vecOut;
-    } astRows[] = {
-        {"standard slice id, long name, private slice id",
-         {vecStd, NameIn(130, 300), vecPriv},
-         {vecStd, NameOut(130, 300), vecPriv}},
-        {"name first, slice ids between, long name last",
-         {NameIn(129, 2), vecPriv, vecStd, NameIn(130, 300)},
-         {NameOut(129, 2), vecPriv, vecStd, NameOut(130, 300)}},
-        {"two names back to back, then an unknown type and a private slice id",
-         {NameIn(129, 260), NameIn(130, 1), vecUnknown, vecPriv},
-         {NameOut(129, 260), NameOut(130, 1), vecUnknown, vecPriv}},
-    };
-    for (const Row &row : astRows) {
-        SCOPED_TRACE(row.pcName);
-        Bytes vecIn;
-        Bytes vecOut;
-        size_t ulPrivAt = 0;
-        size_t ulStdAt = 0;
-        for (size_t i = 0; i < row.vecIn.size(); i++) {
-            vecIn.insert(vecIn.end(), row.vecIn[i].begin(), row.vecIn[i].end());
-            uint8_t ucType = row.vecOut[i][0];
-            size_t ulAt = at::Tunnel(vecOut).size(); /* the tunnel header comes first */
-            ulPrivAt = (ucType == 126) ? ulAt : ulPrivAt;
-            ulStdAt = (ucType == 123) ? ulAt : ulStdAt;
-            vecOut.insert(vecOut.end(), row.vecOut[i].begin(), row.vecOut[i].end());
-        }
-        at::Record recRow(m_pstInst, at::Tunnel(vecIn));
-        ASSERT_EQ(recRow.ulRet, BOL_OK);
-        EXPECT_EQ(bt::ToHex(recRow.Copy()), bt::ToHex(at::Tunnel(vecOut)));
-        uint8_t *pucCopy = recRow.pstAttr->pucRealPrivAttr;
-        EXPECT_EQ(recRow.pucPrivSliceId, ulPrivAt != 0 ? pucCopy + ulPrivAt : nullptr);
-        EXPECT_EQ(recRow.pucStdSliceId, ulStdAt != 0 ? pucCopy + ulStdAt : nullptr);
-    }
-}
-
 /* The exported copy helpers write the copy the way the walk does: the
  * header as received, a sub-TLV with its slice-id position noted at its type
  * byte, a name with reserved byte 0 and its length field rewritten in the
@@ -268,29 +210,6 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     BOL_SRPOLICY_SetRealPrivateAttr(&pucAt, &stAttr, 12u, 6u, vecSlice.data(), nullptr, nullptr);
     tp::FailMemcpyS(false);
     EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
-}
-
-/* The record's lists release in any state: empty, filled, or with nodes of
- * a sub-TLV that was refused after its node was linked. */
-TEST_F(AttrDecode, ReleaseToleratesEmptyAndPartialRecords)
-{
-    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(nullptr, m_pstInst);
-
-    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-    ASSERT_EQ(BOL_SRPOLICY_InitTunnelEncapAttr(&pstAttr, m_pstInst, 9), BOL_OK);
-    EXPECT_EQ(pstAttr->pstSegListHead->stHead.pstNext, &pstAttr->pstSegListHead->stHead);
-    EXPECT_EQ(pstAttr->stSRv6BsidList.stHead.pstPrev, &pstAttr->stSRv6BsidList.stHead);
-    EXPECT_EQ(tp::LiveBytes(bt::kModule) - sizeof(BOL_SRPOLICY_INSTANCE_S),
-              sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S) + 13u + sizeof(BOL_SRPOLICY_LIST_HEAD_S));
-    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
-    EXPECT_EQ(tp::LiveBlocksAll(), 1u);
-
-    /* Two SRv6 binding SIDs, the second refused (B-flag at length 18). */
-    Bytes vecBad = at::Cat({Hex("20 00"), Bytes(16, 0x01)}); /* flags 20, reserved, SID */
-    Bytes vecIn = at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(20, vecBad)}));
-    EXPECT_EQ(fz::DecodeAttr(fz::Host{m_stTbl, m_pstInst}, vecIn).ulRet, BOL_ERR_SUBTLV_INVALID);
-    EXPECT_EQ(tp::LiveBlocksAll(), 1u);
-    EXPECT_EQ(ReportCount(), 0u);
 }
 
 }  // namespace

@@ -80,20 +80,6 @@ TEST_F(AttrSet, SliceIdRewrite)
     }
 }
 
-/* Setter and encoder: a route without an attribute has no data (not reported). */
-TEST_F(AttrSet, NoAttribute)
-{
-    bt::Route rt;
-    void *pvOut = reinterpret_cast<void *>(0x1);
-    uint8_t aucBuf[4];
-    uint8_t *pucCur = aucBuf;
-    EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(&rt.stRt, 0, &pvOut, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(pvOut, nullptr);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, &pucCur, 4, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(pucCur, aucBuf);
-}
-
 
 /* tunnel type 15, length 8 | preference 100 */
 const char *const kAttrHex = "00 0F 00 08 | 0C 06 00 00 00 00 00 64";

@@ -67,40 +67,6 @@ TEST_F(CondRtMsg, OneSegmentRecord)
     EXPECT_EQ(bt::ToHex(aucBuf, sizeof(aucBuf)), bt::ToHex(Hex("02 01 EE EE 01 02 03 04 EE")));
 }
 
-/* ---- Message handlers ------------------------------------------------------ */
-
-TEST_F(CondRtMsg, SubscriptionKeyCarriesNothing)
-{
-    bt::Route stRoute;
-    uint8_t aucBuf[4] = {1, 2, 3, 4};
-    uint8_t *pucCur = aucBuf;
-    EXPECT_EQ(BOL_SRPOLICY_FormatMsg(&stRoute.stRt, BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, &pucCur, 0u, m_pstInst), BOL_OK);
-    EXPECT_EQ(pucCur, aucBuf);
-
-    void *pvOut = &aucBuf;
-    for (uint32_t ulType : {BOL_SRPOLICY_MSG_CONDRT_SUBSKEY, BOL_SRPOLICY_MSG_CONDRT_SUBSKEY_ALT}) {
-        SCOPED_TRACE(ulType);
-        EXPECT_EQ(BOL_SRPOLICY_ParseMsg(aucBuf, 0u, ulType, &pvOut, m_pstInst), BOL_OK);
-        EXPECT_EQ(pvOut, static_cast<void *>(&aucBuf));
-    }
-    EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
-/* A route without a stored attribute: an empty message 122, but no message 47. */
-TEST_F(CondRtMsg, RouteWithoutAttribute)
-{
-    bt::Route stRoute;
-    uint8_t aucBuf[4];
-    uint8_t *pucCur = aucBuf;
-    EXPECT_EQ(BOL_SRPOLICY_FormatCondRtAttr(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst), BOL_OK);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsAttrTlv(&stRoute.stRt, &pucCur, sizeof(aucBuf), m_pstInst),
-              BOL_ERR_NO_DATA);
-    EXPECT_EQ(pucCur, aucBuf);
-    EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(tp::AllocCalls(), 0u);
-}
-
 /* ---- The attribute message from the stored attribute (122) ---------------- */
 
 /* A stored attribute with every item the message knows. */

@@ -181,17 +181,6 @@ TEST_F(Memory, ScratchIsLentOnceAndLargerRequestsUseTheModule)
     EXPECT_TRUE(tp::Reports().empty());
 }
 
-TEST_F(Memory, ZeroSizeAndHeapFailure)
-{
-    EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 0), nullptr);
-    EXPECT_EQ(ReportCount(), 0u);
-    void *pv = BOL_SRPOLICY_Malloc(m_pstInst, 4);
-    /* Scratch lent out and the module refuses: null. */
-    tp::FailNthAlloc(1);
-    EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 16), nullptr);
-    BOL_SRPOLICY_Free(&pv, m_pstInst);
-}
-
 /* ---- Dispatchers ------------------------------------------------------------ */
 
 class Dispatch : public bt::PluginTest {};

@@ -48,17 +48,6 @@ TEST_F(RouteKey, KeyOrder)
     EXPECT_EQ(ReportCount(), 2u);
 }
 
-TEST_F(RouteKey, AttributeOrder)
-{
-    uint8_t ucA = 0x01, ucB = 0xFF;
-    // Lengths decide before any byte is read: one-byte buffers with longer lengths.
-    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 10, &ucB, 12, BOL_SRPOLICY_CMP_ATTR), -1);
-    EXPECT_EQ(m_stTbl.pfnCmpData(&ucB, 12, &ucA, 10, BOL_SRPOLICY_CMP_ATTR), 1);
-    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 0, &ucB, 0, BOL_SRPOLICY_CMP_ATTR), 0);
-    EXPECT_EQ(m_stTbl.pfnCmpData(&ucA, 1, &ucB, 1, BOL_SRPOLICY_CMP_ATTR), -1);
-    EXPECT_EQ(m_stTbl.pfnCmpData(&ucB, 1, &ucB, 1, BOL_SRPOLICY_CMP_ATTR), 0);
-}
-
 /* Every writer of the key: the NLRI on the wire (path attributes 14 and 15)
  * and the 28-byte TLV of the HA messages 3 and 5 and of the route key
  * message 121. Bytes past what was written keep the caller's fill. */
@@ -110,46 +99,6 @@ TEST_F(RouteKey, KeyWriters)
     EXPECT_EQ(ReportCount(), 0u);
 }
 
-/* The configured prefix record refuses a room short of the record, and a key of neither NLRI length after
- * writing only its kind (what a whole record gets back: the key message fuzz target). */
-TEST_F(RouteKey, CfgPrefixWriteRefusals)
-{
-    BOL_SRPOLICY_NLRI_S stOdd = kV4;
-    stOdd.ucNlriLen = 0;
-    struct Case {
-        const char *pcName;
-        BOL_SRPOLICY_NLRI_S stKey;
-        uint32_t ulRoom;
-        uint32_t ulRet;
-        size_t ulWritten;  // leading bytes written
-    } const astCases[] = {
-        {"room 88", kV4, 88, BOL_SRPOLICY_ERR_BUF_SHORT, 0},
-        {"odd length", stOdd, 89, BOL_ERR_NO_DATA, 4},
-    };
-    for (const Case &c : astCases) {
-        SCOPED_TRACE(c.pcName);
-        bt::Route rt;
-        rt.SetKey(c.stKey);
-        bt::Bytes vecBuf(89, bt::kCanary);
-        uint8_t *pucCur = vecBuf.data();
-        uint32_t ulOffset = 5, ulMore = 5;
-        EXPECT_EQ(m_stTbl.pfnFormatCfg(&rt.stRt, 2, &pucCur, c.ulRoom, &ulOffset, &ulMore), c.ulRet);
-        EXPECT_EQ(pucCur, vecBuf.data());
-        for (size_t i = 0; i < vecBuf.size(); i++) {
-            EXPECT_EQ(vecBuf[i] != bt::kCanary, i < c.ulWritten) << "byte " << i;
-        }
-    }
-    /* The handler itself refuses no room at all, and reports it. */
-    bt::Route rt;
-    rt.SetKey(kV4);
-    uint8_t aucBuf[4];
-    uint8_t *pucCur = aucBuf;
-    uint32_t ulOffset = 0, ulMore = 0;
-    tp::Reset();
-    EXPECT_EQ(BOL_SRPOLICY_FormatCfgPrefix(&rt.stRt, &pucCur, 0u, &ulOffset, &ulMore), BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 1u);
-}
-
 int g_iCtx;  // the host context is required but not read
 void *const kUntouched = &g_iCtx;
 
@@ -174,18 +123,6 @@ TEST_F(RouteKey, NlriBodyDecoder)
     const BOL_SRPOLICY_NLRI_S stKey = fz::TakeOutput(pvOut).Key();
     EXPECT_EQ(memcmp(&stKey, &kV4, sizeof(stKey)), 0);
 }
-
-/* Without a key and without a buffer the two types answer differently. */
-TEST_F(RouteKey, NlriEncodeWithoutKeyOrBuffer)
-{
-    bt::Route rtNoKey;
-    uint8_t *pucNull = nullptr;
-    EXPECT_EQ(m_stTbl.pfnFormatPkt(&rtNoKey.stRt, 14, &pucNull, 64, m_pstInst), BOL_SRPOLICY_ERR_PARA);
-    EXPECT_EQ(m_stTbl.pfnFormatPkt(&rtNoKey.stRt, 15, &pucNull, 64, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(ReportCount(), 0u);
-}
-
-
 
 /* Only kind 2 looks at the endpoint; a route without a usable key is an
  * error and the valid flag stays as it was. */
