@@ -49,9 +49,28 @@ void RunRows(BOL_SRPOLICY_INSTANCE_S *pstInst, const std::vector<Row> &vecRows)
 }
 
 /* A preference and a binding SID of length 6: the worked example. */
-TEST_F(SubTlv, PreferenceTemplateIdAndSliceIds)
+TEST_F(SubTlv, PreferenceTemplateIdSliceIdsAndBindingSids)
 {
     RunRows(m_pstInst, {
+        {"binding SID of length 2: flags only", "0D 02 7F 09", BOL_OK, "0D 02 40 09",
+         [](const at::Record &r) {
+             EXPECT_EQ(r.pstAttr->ucBsidType, 0u);
+             EXPECT_EQ(r.pstAttr->ucBsidValueExist, 0u);
+         }},
+        {"binding SID of length 18: an SRv6 SID", "0D 12 80 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01", BOL_OK,
+         "0D 12 80 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01",
+         [](const at::Record &r) {
+             EXPECT_EQ(r.pstAttr->ucBsidType, 2u);
+             EXPECT_EQ(r.pstAttr->aulBsidValue[0], 0x20010DB8u);
+             EXPECT_EQ(r.pstAttr->aulBsidValue[3], 1u);
+         }},
+        /* flags, reserved, SID, behavior, reserved, LB 32, LN 16, Func 16, Args 64 */
+        {"SRv6 binding SID, structure of 128 bits: flags masked, reserved bytes cleared",
+         "14 1A FF 77 | FC 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 | 00 30 AB CD 20 10 10 40", BOL_OK,
+         "14 1A E0 00 | FC 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 | 00 30 00 00 20 10 10 40", nullptr},
+        {"SRv6 binding SID, structure of 129 bits",
+         "14 1A 20 00 | 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 | 00 30 00 00 20 10 10 41",
+         BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"preference of length 5", "0C 05 00 00 00 00 01", BOL_ERR_SUBTLV_INVALID, "", nullptr},
         {"preference twice", "0C 06 00 00 00 00 00 01 | 0C 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "",
          nullptr},

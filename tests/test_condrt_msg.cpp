@@ -35,7 +35,7 @@ const char *const kRichHex =
     /* SRv6 binding SIDs: type 8, 0, length 56 | flags, 3 reserved, SID, behavior,
      * 2 reserved, LB LN Fun Arg | the second entry */
     " | 00 00 00 08 00 00 00 38"
-    " | 60 EE EE EE 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 EE EE 20 10 10 00"
+    " | 60 EE EE EE 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 EE EE 20 18 10 00"
     " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00"
     /* candidate path name: type 9, 0, length 2, name */
     " | 00 00 00 09 00 00 00 02 63 70"
@@ -78,7 +78,7 @@ const char *const kRichAttrHex =
     " | 80 00 09 00 01 06 00 00 00 06 40 00"          /* segment list: one label */
     " | 80 00 01 00"                                  /* segment list: reserved byte only */
     " | 7E 06 00 00 00 00 00 05"                      /* private slice id 5 */
-    " | 14 1A 60 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 00 00 20 10 10 00"
+    " | 14 1A 60 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01 00 41 00 00 20 18 10 00"
     " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02" /* SRv6 binding SIDs */
     " | 81 00 03 00 63 70"                            /* candidate path name "cp" */
     " | 82 00 05 00 61 62 63 64";                     /* policy name "abcd" */

@@ -174,6 +174,7 @@ TEST_F(Memory, ScratchIsLentOnceAndLargerRequestsUseTheModule)
     EXPECT_EQ(pv1, nullptr);
     EXPECT_EQ(m_pstInst->ulScratchInUse, 0u);
 
+    EXPECT_EQ(BOL_SRPOLICY_Malloc(m_pstInst, 0), nullptr);
     void *pv3 = BOL_SRPOLICY_Malloc(m_pstInst, 257);
     EXPECT_NE(pv3, m_pstInst->aucScratch);
     EXPECT_EQ(m_pstInst->ulScratchInUse, 0u);

@@ -20,7 +20,6 @@ namespace {
 class RouteKey : public bt::PluginTest {};
 
 const BOL_SRPOLICY_NLRI_S kV4 = bt::KeyV4(1, 100, 0x0A000001u);
-const BOL_SRPOLICY_NLRI_S kV6 = bt::KeyV6(1, 100, 0x20010DB8u, 0, 0, 1);
 
 TEST_F(RouteKey, KeyOrder)
 {

@@ -183,6 +183,13 @@ TEST_F(Text, OneLineBySubTlv)
     }
 }
 
+/* A tunnel length shorter than the sub-TLVs ends the text there. */
+TEST_F(Text, TunnelLengthEndsTheText)
+{
+    const Call stCall = RenderAttr(bt::Hex("00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02"));
+    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Preference: 1\n");
+}
+
 /* The exported address text refuses (and reports) no room and no address bytes. */
 TEST_F(Text, Ipv6AddressText)
 {
