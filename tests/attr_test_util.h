@@ -119,15 +119,6 @@ struct Record {
         }
         return vec;
     }
-    std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> Srv6Bsids() const
-    {
-        std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> vec;
-        const BOL_SRPOLICY_LIST_HEAD_S *pstList = &pstAttr->stSRv6BsidList;
-        for (const BOL_SRPOLICY_LIST_NODE_S *p = pstList->stHead.pstNext; p != &pstList->stHead; p = p->pstNext) {
-            vec.push_back(reinterpret_cast<const BOL_SRPOLICY_SRV6_BSID_NODE_S *>(p));
-        }
-        return vec;
-    }
 };
 
 inline std::string Str(const uint8_t *puc, uint16_t usLen)

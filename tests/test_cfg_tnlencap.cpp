@@ -215,13 +215,6 @@ TEST_F(CfgTnlEncap, SegmentValueByIndex)
  * the computed size, which wraps modulo 65536. */
 TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
 {
-    auto Structure = [](uint8_t ucFlags, uint32_t ulStructure) {
-        return [=](Cfg &c) {
-            c.AddSRv6Bsid();
-            c.AddSRv6Bsid().ucFlags = ucFlags;
-            c.dqSRv6Bsids.back().ulSidStructure = ulStructure;
-        };
-    };
     /* Every piece is a multiple of 4 bytes, so 65532 is the largest size
      * there is; a binding SID label instead of its flags alone adds 4. */
     auto Largest = [](uint32_t ulBsidLabel) {
@@ -248,8 +241,6 @@ TEST_F(CfgTnlEncap, RefusalsAndTheirLimits)
     } const astRows[] = {
         {"record one byte short", [](Cfg &) {}, -1, BOL_ERR_PARAM, 4},
         {"record one byte over", [](Cfg &) {}, 1, BOL_ERR_PARAM, 4},
-        {"SID structure of 32+16+16+64 bits", Structure(0x20, 0x20101040u), 0, BOL_OK, 52},
-        {"no B-flag: the structure is not encoded", Structure(0x00, 0xFFFFFFFFu), 0, BOL_OK, 44},
         {"65532 bytes", Largest(0), 0, BOL_OK, 65532},
         {"65536 bytes", Largest(1), 0, BOL_ERR_PARAM, 0},
     };

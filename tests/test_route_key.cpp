@@ -71,11 +71,9 @@ TEST_F(RouteKey, KeyWriters)
         {"wire v4", vecWire, true, kV4, 13, BOL_OK, "60 00000001 00000064 0A000001"},
         {"wire v4, room 12", vecWire, true, kV4, 12, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
         {"wire v6", vecWire, true, stV6, 25, BOL_OK, "C0 01020304 A0B0C0D0 20010DB8 00000000 00000000 00000009"},
-        {"wire v6, room 24", vecWire, true, stV6, 24, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
         {"wire, odd length", vecWire, true, stOdd, 25, BOL_OK,
          "C0 00000001 00000064 00000001 00000002 00000003 00000004"},
         {"TLV v4", vecTlv, true, kV4, 28, BOL_OK, "60 000000 00000001 00000064 0A000001 00000000 00000000 00000000"},
-        {"TLV v6", vecTlv, true, stV6, 28, BOL_OK, "C0 000000 01020304 A0B0C0D0 20010DB8 00000000 00000000 00000009"},
         {"TLV, room 27", vecTlv, true, kV4, 27, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
         {"TLV, no key", vecTlv, false, kV4, 28, BOL_ERR_NO_DATA, ""},
     };

@@ -183,11 +183,31 @@ TEST_F(Text, OneLineBySubTlv)
     }
 }
 
-/* A tunnel length shorter than the sub-TLVs ends the text there. */
-TEST_F(Text, TunnelLengthEndsTheText)
+/* Lengths that run past what holds them end the text there; short values
+ * are read as far as they go, the rest as zeros. */
+TEST_F(Text, LengthsThatRunPastTheirBytes)
 {
-    const Call stCall = RenderAttr(bt::Hex("00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02"));
-    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Preference: 1\n");
+    struct Case {
+        std::string strAttr;
+        std::string strText;  // after "\r\n" and the header
+    } astCases[] = {
+        {"00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02", "  Preference: 1\n"},
+        {"00 0F 00 07  80 00 04 00 09 01 FF", "  Segment List\n    Weight: 0\n"},
+        {"00 0F 00 06  80 00 03 00 09 00", "  Segment List\n    Weight: 0\n"},
+    };
+    for (const Case &c : astCases) {
+        EXPECT_EQ(RenderAttr(bt::Hex(c.strAttr)).strText, "\r\n" + kHeader + c.strText) << c.strAttr;
+    }
+}
+
+/* A name whose copy fails is reported and shown empty. */
+TEST_F(Text, FailedNameCopy)
+{
+    tp::FailMemcpyS(true);
+    const Call stCall = RenderAttr(Tunnel(PolicyName("abc")));
+    tp::FailMemcpyS(false);
+    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Policy Name: \n");
+    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
 }
 
 /* The exported address text refuses (and reports) no room and no address bytes. */
