@@ -61,6 +61,7 @@ TEST_F(SubTlv, PreferenceTemplateIdSliceIdsAndBindingSids)
          "0D 12 80 00 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 01",
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucBsidType, 2u);
+             EXPECT_EQ(r.pstAttr->ucBsidValueExist, 1u);
              EXPECT_EQ(r.pstAttr->aulBsidValue[0], 0x20010DB8u);
              EXPECT_EQ(r.pstAttr->aulBsidValue[3], 1u);
          }},

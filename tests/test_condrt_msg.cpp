@@ -142,16 +142,6 @@ TEST_F(CondRtMsg, AttributeMessageCases)
         {"both slice ids with the route flag: standard value",
          "00 0F 00 10 | 7E 06 00 00 00 00 00 05 | 7B 06 00 00 00 00 00 06", 0, 0x80, 16, BOL_OK,
          "00 00 00 07 00 00 00 08 00 EE EE EE 00 00 00 06", "", ""},
-        {"two SRv6 binding SIDs, room exactly enough",
-         "00 0F 00 28 | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01"
-         " | 14 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02",
-         0, 0, 64, BOL_OK,
-         /* type 8, 0, length 56 | two entries */
-         "00 00 00 08 00 00 00 38"
-         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 EE EE 00 00 00 00"
-         " | 00 EE EE EE 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 02 00 00 EE EE 00 00 00 00",
-         "", ""},
-        {"empty names carry no TLV", "00 0F 00 08 | 81 00 01 00 | 82 00 01 00", 0, 0, 64, BOL_OK, "", "", ""},
         {"a name with a tab is kept but not valid: no TLV", "00 0F 00 06 | 82 00 03 00 61 09", 0, 0, 64,
          BOL_OK, "", "", ""},
         {"undecodable attribute: nothing written", "00 0E 00 08 | 0C 06 00 00 00 00 00 64", 0, 0, 64,
