@@ -94,6 +94,15 @@ TEST_F(RouteKey, KeyWriters)
         }
     }
     EXPECT_EQ(ReportCount(), 0u);
+    /* The configured prefix record refuses no room at all, and reports it. */
+    bt::Route rt;
+    rt.SetKey(kV4);
+    uint8_t aucBuf[4];
+    uint8_t *pucCur = aucBuf;
+    uint32_t ulOffset = 0;
+    uint32_t ulMore = 0;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgPrefix(&rt.stRt, &pucCur, 0u, &ulOffset, &ulMore), BOL_ERR_PARAM);
+    EXPECT_EQ(ReportCount(), 1u);
 }
 
 int g_iCtx;  // the host context is required but not read
