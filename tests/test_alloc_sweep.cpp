@@ -137,10 +137,6 @@ TEST_F(AllocSweep, EveryAllocationOfEveryEntryPointFails)
          Pkt(23, at::Tunnel(at::Cat({at::Sub(20, Bytes(18, 0x00)), at::Sub(130, Hex("00 61")),
                                      at::Sub(20, Bytes(18, 0x00))}))),
          true, {M, M, M, M, N, M, M}},
-        /* record, copy, head, output: a name of the reserved byte alone keeps no buffer */
-        {"parse 23, empty name", Pkt(23, at::Tunnel(at::Sub(129, Hex("00")))), true, {M, M, M, M}},
-        /* the decode's allocations, then the output */
-        {"set", Set(0u, SliceIdAttr()), true, {D, D, D, D, D, D, D, M}},
         /* the decode's allocations, the packed copy, the output */
         {"set private slice id", Set(BOL_SRPOLICY_SET_PRIV_SLICE_ID, SliceIdAttr()), true,
          {D, D, D, D, D, D, D, N, M}},

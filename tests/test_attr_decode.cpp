@@ -119,7 +119,9 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
         Bytes vecValue(1 + row.ulNameLen, 'a');
         vecValue[0] = 0x5A; /* reserved */
         vecValue.back() = row.ucLastByte;
-        Bytes vecIn = at::Tunnel(at::Sub(row.ucType, vecValue));
+        /* After a preference, which the copy takes as received. */
+        const Bytes vecPref = Hex("0C 06 00 00 00 00 00 64");
+        Bytes vecIn = at::Tunnel(at::Cat({vecPref, at::Sub(row.ucType, vecValue)}));
         size_t ulKept = row.ulNameLen < 255 ? row.ulNameLen : 255;
 
         at::Record rec(m_pstInst, vecIn);
@@ -128,11 +130,12 @@ TEST_F(AttrDecode, LongNamesAreCutTo255Bytes)
         const uint8_t *pucName = bPolicy ? rec.pstAttr->pucPolicyName : rec.pstAttr->pucCPathName;
         uint16_t usLen = bPolicy ? rec.pstAttr->usPolicyNameLen : rec.pstAttr->usCPathNameLen;
         EXPECT_EQ(usLen, ulKept);
-        EXPECT_EQ(at::Str(pucName, usLen), std::string(vecIn.begin() + 8, vecIn.begin() + 8 + ulKept));
+        EXPECT_EQ(at::Str(pucName, usLen), std::string(vecIn.begin() + 16, vecIn.begin() + 16 + ulKept));
         EXPECT_EQ(bPolicy ? rec.pstAttr->ucPolicyNameValid : rec.pstAttr->ucCPathNameValid, row.ucWantValid);
 
-        Bytes vecWant = at::Tunnel(at::Sub(row.ucType, Bytes(vecValue.begin(), vecValue.begin() + 1 + ulKept)));
-        vecWant[7] = 0x00; /* the reserved byte reads 0 in the copy */
+        Bytes vecWant =
+            at::Tunnel(at::Cat({vecPref, at::Sub(row.ucType, Bytes(vecValue.begin(), vecValue.begin() + 1 + ulKept))}));
+        vecWant[15] = 0x00; /* the reserved byte reads 0 in the copy */
         EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(vecWant));
         EXPECT_EQ(vecIn.size() - rec.Copy().size(), row.ulNameLen - ulKept);
     }

@@ -331,6 +331,7 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         {"zero-length key only: nothing to output", 0, true, false, kModule, 0, BOL_ERR_PARAM, 0},
         {"key of 27 bytes", 27, true, false, kModule, 0, BOL_ERR_PARAM, 1},
         {"module 0", 28, true, false, 0u, 0, BOL_ERR_PARAM, 1},
+        {"key of 27 bytes, module 0", 27, true, false, 0u, 0, BOL_ERR_PARAM, 1},
         {"allocation fails", 28, true, false, kModule, 1, BOL_ERR_MALLOC, 1},
     };
     for (const Case &c : astCases) {
