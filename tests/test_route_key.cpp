@@ -94,13 +94,18 @@ TEST_F(RouteKey, KeyWriters)
         }
     }
     EXPECT_EQ(ReportCount(), 0u);
-    /* The configured prefix record refuses no room at all, and reports it. */
+    /* The configured prefix record carries its kind (the rest: the key
+     * message fuzz target); no room at all is refused and reported. */
     bt::Route rt;
     rt.SetKey(kV4);
-    uint8_t aucBuf[4];
-    uint8_t *pucCur = aucBuf;
+    bt::Bytes vecRec(BOL_SRPOLICY_CFG_PREFIX_LEN, 0u);
+    uint8_t *pucCur = vecRec.data();
     uint32_t ulOffset = 0;
     uint32_t ulMore = 0;
+    EXPECT_EQ(BOL_SRPOLICY_FormatCfgPrefix(&rt.stRt, &pucCur, BOL_SRPOLICY_CFG_PREFIX_LEN, &ulOffset, &ulMore), BOL_OK);
+    BOL_SRPOLICY_CFG_PREFIX_S stRec;
+    memcpy(&stRec, vecRec.data(), sizeof(stRec));
+    EXPECT_EQ(stRec.ulCfgKind, BOL_SRPOLICY_CFG_PREFIX_KIND);
     EXPECT_EQ(BOL_SRPOLICY_FormatCfgPrefix(&rt.stRt, &pucCur, 0u, &ulOffset, &ulMore), BOL_ERR_PARAM);
     EXPECT_EQ(ReportCount(), 1u);
 }

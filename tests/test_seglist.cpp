@@ -43,6 +43,7 @@ TEST_F(SegList, ValidationAndClearing)
          "00 | 01 06 00 00 00 06 40 00 | 09 06 FF 00 00 00 00 0A", BOL_OK,
          "00 | 01 06 00 00 00 06 40 00 | 09 06 00 00 00 00 00 0A"},
         {"reserved byte alone", "00", BOL_OK, ""},
+        {"one stray byte after the reserved byte", "00 01", BOL_ERR_SUBTLV_MALFORMED, ""},
         {"type 1 of length 6", "00 | 01 06 AA BB 00 00 00 00", BOL_OK, ""},
         {"type 1 of length 5", "00 | 01 05 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"a full segment and one byte more", "00 | 01 06 00 00 00 00 00 00 | 09", BOL_ERR_SUBTLV_MALFORMED, ""},
