@@ -35,6 +35,11 @@ TEST_F(AllocSweep, EveryAllocationOfTheDecoderFailsInTurn)
     tp::Reset();
     EXPECT_EQ(fz::DecodeAttr(stHost, vecAttr).ulRet, BOL_OK);
     EXPECT_EQ(tp::AllocCalls(), 8u);
+    /* An SRv6 binding SID's node: the fourth allocation. */
+    tp::Reset();
+    tp::FailNthAlloc(4u);
+    EXPECT_EQ(fz::DecodeAttr(stHost, at::Tunnel(at::Sub(20, bt::Bytes(18, 0u)))).ulRet, BOL_ERR_MALLOC);
+    EXPECT_EQ(ReportCount(), 1u);
 
     /* The key line borrows the scratch buffer; while it is lent out the line
      * needs a block of its own. */

@@ -116,18 +116,12 @@ TEST_F(SubTlv, Names)
              EXPECT_EQ(r.pstAttr->pucPolicyName, nullptr);
              EXPECT_EQ(r.pstAttr->usPolicyNameLen, 0u);
          }},
-        {"policy name with a tab: kept, invalid", "82 00 04 00 61 09 62", BOL_OK, "82 00 04 00 61 09 62",
-         [](const at::Record &r) {
-             EXPECT_EQ(at::Str(r.pstAttr->pucPolicyName, r.pstAttr->usPolicyNameLen), "a\tb");
-             EXPECT_EQ(r.pstAttr->ucPolicyNameValid, 0u);
-         }},
         {"candidate path name, printable edges 0x20 and 0x7E", "81 00 03 FF 20 7E", BOL_OK, "81 00 03 00 20 7E",
          [](const at::Record &r) {
              EXPECT_EQ(at::Str(r.pstAttr->pucCPathName, r.pstAttr->usCPathNameLen), " ~");
              EXPECT_EQ(r.pstAttr->ucCPathNameValid, 1u);
              EXPECT_EQ(r.pstAttr->ucCPathNameExist, 1u);
          }},
-        {"candidate path name twice", "81 00 01 00 | 81 00 02 00 62", BOL_ERR_SUBTLV_INVALID, "", nullptr},
     });
 }
 

@@ -124,9 +124,7 @@ TEST_F(ProcTable, ConstructRtpEntryOrsKeyAndAttrBits)
         bool bCopiesFail;
         uint16_t usWant;
     } const astRows[] = {
-        {"flags 0x0001", 0, 0x0001u, false, 0x000Bu},
         {"all other bits set, entry at an odd address", 1, 0xFFF5u, false, 0xFFFFu},
-        {"bits already set stay set", 3, 0x800Au, false, 0x800Au},
         {"platform copies failing", 1, 0x4001u, true, 0x400Bu},
     };
     for (const Row &stRow : astRows) {

@@ -183,12 +183,26 @@ TEST_F(Text, LengthsThatRunPastTheirBytes)
         std::string strText;  // after "\r\n" and the header
     } astCases[] = {
         {"00 0F 00 08  0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02", "  Preference: 1\n"},
+        {"00 0F 00 FF  0C 06 00 00 00 00 00 01", "  Preference: 1\n"},
         {"00 0F 00 07  80 00 04 00 09 01 FF", "  Segment List\n    Weight: 0\n"},
         {"00 0F 00 06  80 00 03 00 09 00", "  Segment List\n    Weight: 0\n"},
     };
     for (const Case &c : astCases) {
         EXPECT_EQ(RenderAttr(bt::Hex(c.strAttr)).strText, "\r\n" + kHeader + c.strText) << c.strAttr;
     }
+}
+
+/* A line that would fit only into the 12 held-back characters does not fit:
+ * the call ends before it and names the sub-TLV to go on with. */
+TEST_F(Text, StopsBeforeTheHeldBackCharacters)
+{
+    bt::Route rt;
+    rt.SetAttr(Tunnel("0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02  0C 06 00 00 00 00 00 03"));
+    const size_t ulSize = 2u + kHeader.size() + 3u * strlen("  Preference: 1\n") + 12u;
+    Call stCall = Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
+    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Preference: 1\n  Preference: 2\n");
+    EXPECT_EQ(stCall.ulMore, 1u);
+    EXPECT_EQ(stCall.ulOffset, 4u + 8u + 8u + 2u);
 }
 
 /* A name whose copy fails is reported and shown empty. */

@@ -38,24 +38,6 @@ TEST(View, HasOnlyRangesInside)
     }
 }
 
-/* A writer up to an end pointer has the room between them, and none when
- * either is null or the end lies before the start; a writer without a
- * buffer has no room whatever room it is given. */
-TEST(Writer, RoomUpToAnEnd)
-{
-    uint8_t auc[8] = {};
-    struct Row {
-        uint8_t *puc;
-        const uint8_t *pucEnd;
-        uint32_t ulRoom;
-    } const astRows[] = {{auc, auc + 8, 8}, {auc + 3, auc + 8, 5}, {auc, auc, 0},
-                         {auc + 8, auc, 0}, {nullptr, auc + 8, 0}, {auc, nullptr, 0}};
-    for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
-        EXPECT_EQ(bol::MakeWriterTo(astRows[i].puc, astRows[i].pucEnd).ulRoom, astRows[i].ulRoom) << "row " << i;
-    }
-    EXPECT_EQ(bol::MakeWriter(nullptr, 8u).ulRoom, 0u);
-}
-
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
 {
     static const uint32_t aulSid[4] = {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u};
@@ -105,33 +87,6 @@ TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
         EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(Hex(stRow.pcHex)));
         EXPECT_EQ(stWr.ulShort, stRow.ulShort);
         EXPECT_FALSE(bol::Fits(stWr, 0u) && stRow.ulShort != 0u) << "a short writer takes nothing more";
-    }
-}
-
-/* A failing copy clears the destination size it was given: the item itself,
- * or the whole room left when the caller names the room. */
-TEST(Writer, FailingCopyClearsTheDestinationSizeItWasGiven)
-{
-    static const uint8_t aucSrc[3] = {0xA1, 0xA2, 0xA3};
-    struct Row {
-        const char *pcName;
-        int (*pfnPut)(bol::Writer &, const uint8_t *, uint32_t);
-        const char *pcHex;
-    } const astRows[] = {
-        {"item size", bol::PutBytes, "01 00 00 00 EE EE EE EE"},
-        {"the room", bol::PutBytesInRoom, "01 00 00 00 00 00 00 00"},
-    };
-    for (const Row &stRow : astRows) {
-        SCOPED_TRACE(stRow.pcName);
-        Bytes vecBuf(8, kFill);
-        bol::Writer stWr = bol::MakeWriter(vecBuf.data(), 8);
-        bol::PutU8(stWr, 1);
-        tp::FailMemcpyS(true);
-        int iRet = stRow.pfnPut(stWr, aucSrc, sizeof(aucSrc));
-        tp::FailMemcpyS(false);
-        EXPECT_EQ(iRet, BOL_SEC_EINVAL);
-        EXPECT_EQ(stWr.ulRoom, 4u) << "the position moves as if the copy had succeeded";
-        EXPECT_EQ(bt::ToHex(vecBuf), bt::ToHex(Hex(stRow.pcHex)));
     }
 }
 
