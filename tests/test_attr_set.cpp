@@ -1,6 +1,6 @@
 /*
  * The attribute setter (fresh normalised attribute, slice id rewritten into
- * its private form on request); the encoder's refusals; attribute message 47
+ * its private form on request); attribute message 47
  * (and path attribute 23): the stored value written byte for byte, and
  * message 47 read into an output block carrying path attribute 23.
  */

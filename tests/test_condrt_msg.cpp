@@ -1,8 +1,7 @@
 /*
- * Conditional-route messages: the subscription key both ways (the route key
- * message: test_route_key.cpp), and the TLVs of the attribute message
- * rebuilt from the stored attribute through the emission table, with their
- * room checks and unwritten reserved bytes.
+ * Conditional-route messages: the TLVs of the attribute message rebuilt from
+ * the stored attribute through the emission table, with their room checks
+ * and unwritten reserved bytes (the route key message: test_route_key.cpp).
  */
 #include <gtest/gtest.h>
 #include <string.h>

@@ -1,8 +1,9 @@
 /*
  * The route key: its order, its writers (wire NLRI, HA prefix TLV of messages
- * 3 and 5, route key message 121), reading the NLRI, the HA prefix TLV and the
- * configured prefix record (type 2), route validity by endpoint and the
- * per-family route counters.
+ * 3 and 5, route key message 121, configured prefix record), the NLRI body
+ * decoder, route validity by endpoint and the per-family route counters
+ * (reading the HA prefix TLV and the configured record: the key message fuzz
+ * target).
  */
 #include <gtest/gtest.h>
 #include <string.h>

@@ -1,7 +1,8 @@
 /*
- * The writer of the wire helpers: a write that does not fit writes nothing,
- * is remembered and stops the writer; copies are given the destination size
- * their caller names; the end-of-encoder check reports a disagreement.
+ * The wire helpers: views hold only ranges inside them; a write that does
+ * not fit writes nothing, is remembered and stops the writer; the
+ * end-of-encoder check reports a disagreement; TLV headers are read when
+ * they fit.
  */
 #include <gtest/gtest.h>
 #include <string.h>
