@@ -1,8 +1,8 @@
 /*
- * The wire helpers: views hold only ranges inside them; a write that does
- * not fit writes nothing, is remembered and stops the writer; the
- * end-of-encoder check reports a disagreement; TLV headers are read when
- * they fit.
+ * The wire helpers: views hold only ranges inside them; a writer's room; a
+ * write that does not fit writes nothing, is remembered and stops the
+ * writer; the end-of-encoder check reports a disagreement; TLV headers are
+ * read when they fit.
  */
 #include <gtest/gtest.h>
 #include <string.h>
@@ -37,6 +37,24 @@ TEST(View, HasOnlyRangesInside)
     for (const Row &stRow : astRows) {
         EXPECT_EQ(bol::ViewHas(stView, stRow.ulOff, stRow.ulCount), stRow.bHas) << stRow.ulOff << "+" << stRow.ulCount;
     }
+}
+
+/* A writer up to an end pointer has the room between them, and none when
+ * either is null or the end lies before the start; a writer without a
+ * buffer has no room whatever room it is given. */
+TEST(Writer, RoomUpToAnEnd)
+{
+    uint8_t auc[8] = {};
+    struct Row {
+        uint8_t *puc;
+        const uint8_t *pucEnd;
+        uint32_t ulRoom;
+    } const astRows[] = {{auc, auc + 8, 8}, {auc + 3, auc + 8, 5}, {auc, auc, 0},
+                         {auc + 8, auc, 0}, {nullptr, auc + 8, 0}, {auc, nullptr, 0}};
+    for (size_t i = 0; i < sizeof(astRows) / sizeof(astRows[0]); i++) {
+        EXPECT_EQ(bol::MakeWriterTo(astRows[i].puc, astRows[i].pucEnd).ulRoom, astRows[i].ulRoom) << "row " << i;
+    }
+    EXPECT_EQ(bol::MakeWriter(nullptr, 8u).ulRoom, 0u);
 }
 
 TEST(Writer, WritesFitOrAreRememberedAndStopTheWriter)
