@@ -48,8 +48,9 @@ void RunRows(BOL_SRPOLICY_INSTANCE_S *pstInst, const std::vector<Row> &vecRows)
     }
 }
 
-/* A preference and a binding SID of length 6: the worked example. */
-TEST_F(SubTlv, PreferenceTemplateIdSliceIdsAndBindingSids)
+/* One table for every decoder (a preference and a binding SID of length 6:
+ * the worked example). */
+TEST_F(SubTlv, EachDecoderStoresAndClears)
 {
     RunRows(m_pstInst, {
         {"binding SID of length 2: flags only", "0D 02 7F 09", BOL_OK, "0D 02 40 09",
@@ -103,12 +104,6 @@ TEST_F(SubTlv, PreferenceTemplateIdSliceIdsAndBindingSids)
              EXPECT_EQ(r.pucPrivSliceId, r.pstAttr->pucRealPrivAttr + 12);
          }},
         {"private twice", "7E 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, "", nullptr},
-    });
-}
-
-TEST_F(SubTlv, Names)
-{
-    RunRows(m_pstInst, {
         {"policy name of the reserved byte only: present, invalid, no buffer", "82 00 01 33", BOL_OK, "82 00 01 00",
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucPolicyNameExist, 1u);
