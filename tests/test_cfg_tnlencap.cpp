@@ -69,8 +69,6 @@ struct EncodeRow {
 };
 
 const EncodeRow kEncodeRows[] = {
-    {"nothing configured", [](Cfg &) {},
-     /* tunnel type, length */ "00 0F 00 00"},
     {"binding SID label 16 with S-flag",
      [](Cfg &c) { c.st.ucBsidExist = 1; c.st.ucBsidSFlag = 1; c.st.ulBsidLabel = 16; },
      /* tunnel | type 13, len 6, flags S, rsv, label field */ "00 0F 00 08 | 0D 06 80 00 00 01 00 00"},
@@ -130,16 +128,6 @@ const EncodeRow kEncodeRows[] = {
      },
      /* tunnel | type 20, len 26, flags, rsv, SID, behavior, 0, LB LN Fun Arg */
      "00 0F 00 1C | 14 1A 60 00 | 20 01 0D B8 00 00 00 00 00 00 00 00 00 00 00 05 | 00 41 00 00 | 28 18 10 00"},
-    {"SRv6 binding SID whose structure adds up to 255 bits, flags 0xFF: written as configured",
-     [](Cfg &c) {
-         BOL_SRPOLICY_CFG_SRV6_BSID_S &b = c.AddSRv6Bsid();
-         b.ucFlags = 0xFF;
-         SetSid(b.aulSid, 0xFC000000u, 0x1u);
-         b.usEndpointBehavior = 0x0048;
-         b.ulSidStructure = 0x404040FFu;
-     },
-     /* tunnel | type 20, len 26, flags, rsv, SID, behavior, 0, LB LN Fun Arg */
-     "00 0F 00 1C | 14 1A FF 00 | FC 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 | 00 48 00 00 | 40 40 40 FF"},
     {"sub-TLV order: preference, binding SID, SRv6 binding SID, segment list, template id, slice id",
      [](Cfg &c) {
          c.st.ucSliceIdExist = 1;
