@@ -119,15 +119,6 @@ struct Record {
         }
         return vec;
     }
-    std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> Srv6Bsids() const
-    {
-        std::vector<const BOL_SRPOLICY_SRV6_BSID_NODE_S *> vec;
-        const BOL_SRPOLICY_LIST_HEAD_S *pstList = &pstAttr->stSRv6BsidList;
-        for (const BOL_SRPOLICY_LIST_NODE_S *p = pstList->stHead.pstNext; p != &pstList->stHead; p = p->pstNext) {
-            vec.push_back(reinterpret_cast<const BOL_SRPOLICY_SRV6_BSID_NODE_S *>(p));
-        }
-        return vec;
-    }
 };
 
 inline std::string Str(const uint8_t *puc, uint16_t usLen)
@@ -135,19 +126,16 @@ inline std::string Str(const uint8_t *puc, uint16_t usLen)
     return puc == nullptr ? std::string() : std::string(reinterpret_cast<const char *>(puc), usLen);
 }
 
-/* A seed of a fuzz target (fuzz/corpus/<target>/<name>) without its control
- * byte: the inputs the unit tests and the fuzz targets share. */
-inline Bytes Seed(const std::string &strTargetAndName)
+/* A realistic attribute: preference, MPLS binding SID, two segment lists of
+ * five label segments with a weight each, candidate-path and policy names.
+ * The fuzz target's seed without its control byte. */
+inline Bytes RealisticAttr()
 {
-    std::ifstream in(std::string(BOL_FUZZ_CORPUS_DIR) + "/" + strTargetAndName, std::ios::binary);
+    std::ifstream in(std::string(BOL_FUZZ_CORPUS_DIR) + "/fuzz_attr/realistic", std::ios::binary);
     Bytes vecSeed((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_FALSE(vecSeed.empty()) << "no seed " << strTargetAndName;
+    EXPECT_FALSE(vecSeed.empty()) << "no realistic seed";
     return vecSeed.empty() ? vecSeed : Bytes(vecSeed.begin() + 1, vecSeed.end());
 }
-
-/* A realistic attribute: preference, MPLS binding SID, two segment lists of
- * five label segments with a weight each, candidate-path and policy names. */
-inline Bytes RealisticAttr() { return Seed("fuzz_attr/realistic"); }
 
 inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
 {

@@ -1,6 +1,6 @@
 /*
  * The attribute setter (fresh normalised attribute, slice id rewritten into
- * its private form on request); the encoder's refusals; attribute message 47
+ * its private form on request); attribute message 47
  * (and path attribute 23): the stored value written byte for byte, and
  * message 47 read into an output block carrying path attribute 23.
  */
@@ -36,17 +36,11 @@ TEST_F(AttrSet, SliceIdRewrite)
         uint32_t ulWant;
         const char *pcOut; /* "=" means equal to the held bytes */
     } astRows[] = {
-        {"no flag: output equals the held attribute",
-         "00 0F 00 18 | 0C 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 0B | 7E 06 00 00 00 00 00 0C", 0, BOL_OK,
-         "="},
         {"standard only: its type byte becomes 126", "00 0F 00 10 | 0C 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 0B",
          kPriv, BOL_OK, "00 0F 00 10 | 0C 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 0B"},
         {"standard and private: private removed, standard becomes private, 8 bytes shorter",
          "00 0F 00 18 | 7E 06 00 00 00 00 00 0C | 0C 06 00 00 00 00 00 01 | 7B 06 00 00 00 00 00 0B", kPriv, BOL_OK,
          "00 0F 00 10 | 0C 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 0B"},
-        {"private only, length 6: unchanged", "00 0F 00 10 | 0C 06 00 00 00 00 00 01 | 7E 06 00 00 00 00 00 0C",
-         kPriv, BOL_OK, "="},
-        {"no slice id: unchanged", "00 0F 00 08 | 0C 06 00 00 00 00 00 01", kPriv, BOL_OK, "="},
         {"private of length 4 only: removed, 6 bytes shorter",
          "00 0F 00 0E | 7E 04 AA BB CC DD | 0C 06 00 00 00 00 00 01", kPriv, BOL_OK,
          "00 0F 00 08 | 0C 06 00 00 00 00 00 01"},
@@ -64,8 +58,6 @@ TEST_F(AttrSet, SliceIdRewrite)
         {"held bytes with ignored bits set: output normalised",
          "00 0F 00 10 | 0C 06 FF 00 00 00 00 01 | 0D 06 FF 00 00 01 2F FF", 0, BOL_OK,
          "00 0F 00 10 | 0C 06 00 00 00 00 00 01 | 0D 06 C0 00 00 01 20 00"},
-        {"tunnel type 14", "00 0E 00 08 | 0C 06 00 00 00 00 00 01", 0, BOL_ERR_NO_DATA, ""},
-        {"refused sub-TLV", "00 0F 00 07 | 0C 05 00 00 00 00 01", kPriv, BOL_ERR_NO_DATA, ""},
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
@@ -78,20 +70,6 @@ TEST_F(AttrSet, SliceIdRewrite)
         }
         EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
     }
-}
-
-/* Setter and encoder: a route without an attribute has no data (not reported). */
-TEST_F(AttrSet, NoAttribute)
-{
-    bt::Route rt;
-    void *pvOut = reinterpret_cast<void *>(0x1);
-    uint8_t aucBuf[4];
-    uint8_t *pucCur = aucBuf;
-    EXPECT_EQ(BOL_SRPOLICY_SetTunnelEncapsulationAttr(&rt.stRt, 0, &pvOut, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(pvOut, nullptr);
-    EXPECT_EQ(BOL_SRPOLICY_FormatTunnelEncapsulationAttribute(&rt.stRt, &pucCur, 4, m_pstInst), BOL_ERR_NO_DATA);
-    EXPECT_EQ(ReportCount(), 0u);
-    EXPECT_EQ(pucCur, aucBuf);
 }
 
 

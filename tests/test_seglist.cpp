@@ -18,16 +18,6 @@ namespace {
 
 class SegList : public bt::PluginTest {};
 
-/* n zero bytes as hex text. */
-std::string Zeros(size_t n)
-{
-    std::string s;
-    for (size_t i = 0; i < n; i++) {
-        s += "00 ";
-    }
-    return s;
-}
-
 /* Each row is one Segment List value (reserved byte first); a valid row
  * also gives the value after clearing. The lengths each of types 1 to 8
  * takes: the check table test below. */
@@ -44,15 +34,9 @@ TEST_F(SegList, ValidationAndClearing)
          "00 | 01 06 00 00 00 06 40 00 | 09 06 00 00 00 00 00 0A"},
         {"reserved byte alone", "00", BOL_OK, ""},
         {"one stray byte after the reserved byte", "00 01", BOL_ERR_SUBTLV_MALFORMED, ""},
-        {"type 1 of length 6", "00 | 01 06 AA BB 00 00 00 00", BOL_OK, ""},
         {"type 1 of length 5", "00 | 01 05 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 1 claiming 7 with 6 following", "00 | 01 07 00 00 00 00 00 00", BOL_ERR_SUBTLV_MALFORMED, ""},
-        {"a full segment and one byte more", "00 | 01 06 00 00 00 00 00 00 | 09", BOL_ERR_SUBTLV_MALFORMED, ""},
-        {"type 13 of length 40", "00 | 0D 28 " + Zeros(40), BOL_OK, ""},
-        {"type 33 flags 0xC0 of length 50", "00 | 21 32 C0 " + Zeros(49), BOL_OK, ""},
-        {"type 33 flags 0x80 of length 26", "00 | 21 1A 80 " + Zeros(25), BOL_ERR_SUBTLV_INVALID, ""},
-        {"two weights", "00 | 09 06 00 00 00 00 00 01 | 09 06 00 00 00 00 00 02", BOL_ERR_SUBTLV_INVALID, ""},
-        {"weight of length 4", "00 | 09 04 00 00 00 01", BOL_ERR_SUBTLV_INVALID, ""},
+        {"type 33 flags 0x80 of length 26", "00 | 21 1A 80 | 00000000 00000000 00000000 00000000 00000000 00000000 00",
+         BOL_ERR_SUBTLV_INVALID, ""},
         {"weight of length 0", "00 | 09 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 13 of length 0", "00 | 0D 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"type 13 path MTU twice", "00 | 0D 06 00 00 00 00 05 DC | 0D 06 00 00 00 00 05 DC", BOL_ERR_SUBTLV_INVALID,
@@ -61,21 +45,13 @@ TEST_F(SegList, ValidationAndClearing)
          "00 | 0D 06 FF FF 00 00 05 DC | DC 06 FF FF 00 00 05 DC", BOL_OK,
          "00 | 0D 06 00 00 00 00 05 DC | DC 06 FF FF 00 00 05 DC"},
         {"type 220 twice", "00 | DC 06 00 00 00 00 05 DC | DC 06 00 00 00 00 05 DC", BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 13 of length 12", "00 | 0D 0C 00 00 00 00 00 00 00 00 00 00 00 00", BOL_ERR_SUBTLV_INVALID, ""},
         {"weight before a type-13 path MTU: only the weight cleared",
          "00 | 09 06 FF FF 00 00 00 01 | 0D 06 FF FF 00 00 05 DC", BOL_OK,
          "00 | 09 06 00 FF 00 00 00 01 | 0D 06 FF FF 00 00 05 DC"},
-        {"type 33 flags 0x00, one SID", "00 | 21 06 00 00 00 01 00 00", BOL_OK, ""},
-        {"type 33 flags 0x00, two SIDs", "00 | 21 0A 00 00 00 01 00 00 00 02 00 00", BOL_OK, ""},
         {"type 33 flags 0x40 of length 10", "00 | 21 0A 40 00 00 01 00 00 00 02 00 00", BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 33 of length 1", "00 | 21 01 00", BOL_ERR_SUBTLV_INVALID, ""},
-        {"type 10 of any length, unchecked", "00 | 0A 03 01 02 03", BOL_OK, ""},
-        {"type 0 of length 0, unchecked", "00 | 00 00", BOL_OK, ""},
         /* Refused after a clear target: the target keeps its bytes. */
         {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
          BOL_ERR_SUBTLV_INVALID, ""},
-        {"a type-13 path MTU, then a cut header", "00 | 0D 06 FF FF 00 00 05 DC | 01", BOL_ERR_SUBTLV_MALFORMED,
-         ""},
     };
     for (const Row &row : astRows) {
         SCOPED_TRACE(row.pcName);
