@@ -32,7 +32,8 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
         {{'"', '\\', '\n', '\t', 0x7F}, "\"\\\\\\x0a\\x09\\x7f", "\"\\\"\\\\\\n\\t\x7F\""},
         {{'a', ' ', 0xE2, 0x82, 0xAC}, "a \xE2\x82\xAC", "\"a \xE2\x82\xAC\""},                /* 3-byte UTF-8 */
         {{0xE0, 0x9F, 0xBF}, "\\xe0\\x9f\\xbf", "\"\\u00e0\\u009f\\u00bf\""},                 /* overlong 3-byte */
-        {{0xF0, 0x9F, 0x98, 0x80}, "\xF0\x9F\x98\x80", "\"\xF0\x9F\x98\x80\""},         /* 4-byte UTF-8 */
+        {{0xF0, 0x90, 0x80, 0x80}, "\xF0\x90\x80\x80", "\"\xF0\x90\x80\x80\""},         /* 4-byte UTF-8 */
+        {{0xF0, 0x8F, 0xBF, 0xBF}, "\\xf0\\x8f\\xbf\\xbf", "\"\\u00f0\\u008f\\u00bf\\u00bf\""}, /* overlong 4-byte */
         {{'a', 'b', ' '}, "ab ", "\"ab \""},
     };
     for (const Case &st : astCases) {
