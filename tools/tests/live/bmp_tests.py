@@ -312,15 +312,16 @@ def run_slow_output(tool, configs, workdir, count=3000):
           "the station stops with every route printed once and counted")
 
 
-def pcap_file(stream, sport, dport, chunk=500):
+def pcap_file(stream, sport, dport, chunk=500, lost=0):
     """A classic pcap of one TCP direction carrying the stream in segments
     of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
-    two segments swapped to show the reassembly at work."""
+    two segments swapped to show the reassembly at work; `lost` segments
+    left out after the second."""
     def frame(seq, flags, data=b""):
         return tcp_frame("192.0.2.1", "192.0.2.2", sport, dport, seq, flags, data)
     frames = [frame(999, 0x02)] + [frame(1000 + i, 0x18, stream[i:i + chunk]) for i in range(0, len(stream), chunk)]
     frames[-1], frames[-2] = frames[-2], frames[-1]
-    return pcap(frames)
+    return pcap(frames[:3] + frames[3 + lost:])
 
 
 def decode(tool, workdir, name, data, *args):
@@ -355,6 +356,8 @@ def run_decode(tool, configs, workdir):
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
         check([e.get("information") for e in lines if e.get("event") == "Route Mirroring"] == [[1]],
               name + ": the mirroring information codes")
+        check(["time" in e for e in lines if "event" in e] == [False, True, True, True, False],
+              name + ": events of a monitored peer carry its time stamp, the others none")
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
               [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
@@ -383,6 +386,9 @@ def run_decode(tool, configs, workdir):
     rc, _, err = decode(tool, workdir, "rib.mrt", struct.pack("!IHHI", PEER_TIME, 13, 6, len(body)) + body)
     check(rc == 1 and "message 1 at offset 0 (+7): Tunnel Encapsulation attribute" in err,
           "a RIB entry's refused attribute is named by its place among the entry's attributes: " + err.strip())
+    rc, lines, err = decode(tool, workdir, "lost.pcap", pcap_file(stream, 40000, 11019, lost=1))
+    check(rc == 1 and "message 5 at offset 497: 500 bytes of the BMP stream lost; the rest of it is passed over" in err,
+          "a BMP flow with a segment lost: reported, the rest passed over: " + err.strip())
     rc, _, err = decode(tool, workdir, "cut.bmp", stream[:-3])
     check(rc == 1 and re.search(r"cut BMP message: the stream ended 9 bytes into it", err),
           "a cut stream file: reported, status 1: " + err.strip())
