@@ -6,11 +6,13 @@ ROUTES 100000 unless given; PARTS a comma-separated choice of the parts below
 (all unless given).
 - replay: a scripted peer on 127.0.0.1 sends the UPDATEs (`encode --out raw`)
   as fast as loopback takes them to `listen` on the last processor (taskset),
-  the sender on the others; `decode` reads the same bytes from a file on the
-  same processor. Both take the burst five times over; three interleaved
-  rounds, the medians count.
+  the sender on the others; `decode --json` reads the same bytes from a file on
+  the same processor, and beside it `decode --json --rib`, which builds the same
+  table (and prints only the table), so the session's own cost shows. All take
+  the burst five times over; three interleaved rounds, the medians count.
 - gobgpd: `announce` -> gobgpd -> `listen`, the burst of the live test, with
-  `listen` alone on the last processor and gobgpd and `announce` on the others.
+  `listen` alone on the last processor and gobgpd and `announce` on the others;
+  three runs, each printed.
 - instructions (callgrind): `listen` on a replay of a fifth of the routes and
   `decode` of the same UPDATEs, each less an empty run of itself (plug-in
   construction, start and exit), per route.
@@ -75,12 +77,12 @@ def replay(raw):
     return feed
 
 
-def decode(tool, path, wrap, check=True):
+def decode(tool, path, wrap, check=True, extra=()):
     """decode's processor time, its output into a file as listen's."""
     start = os.times()
     with open(path + ".out", "wb") as out:
-        subprocess.run(wrap + [tool, "decode", "--json", "--in", "raw", path], stdout=out, stderr=subprocess.DEVNULL,
-                       check=check)  # an empty input ends with status 1
+        subprocess.run(wrap + [tool, "decode", "--json", *extra, "--in", "raw", path], stdout=out,
+                       stderr=subprocess.DEVNULL, check=check)  # an empty input ends with status 1
     end = os.times()
     return [end.children_user - start.children_user, end.children_system - start.children_system]
 
@@ -139,19 +141,21 @@ def main():
     os.sched_setaffinity(0, OTHERS)  # the sender, and what this script starts unless told
     print("%d routes, %d bytes of UPDATEs; listen and decode on processor %s, the rest on %s"
           % (count, len(raw), sorted(LAST), sorted(OTHERS)))
-    rounds = {"listen": [], "decode": []}
+    rounds = {"listen": [], "decode": [], "rib": []}
     for _ in range(3):
         if "replay" in parts:
             rounds["listen"].append(run_listen(tool, wd, [], replay(raw * REPEAT), count * REPEAT, on(LAST)))
         rounds["decode"].append(decode(tool, stream, on(LAST)))
-    dec = [statistics.median(r[i] for r in rounds["decode"]) / REPEAT for i in (0, 1)]
-    print("decode: %s processor time per route" % per_route(dec, count))
+        rounds["rib"].append(decode(tool, stream, on(LAST), extra=["--rib"]))
+    dec, rib = ([statistics.median(r[i] for r in rounds[k]) / REPEAT for i in (0, 1)] for k in ("decode", "rib"))
+    print("decode: %s processor time per route; decode --rib: %s" % (per_route(dec, count), per_route(rib, count)))
     if "replay" in parts:
         lis = [statistics.median(r[i] for r in rounds["listen"]) / REPEAT for i in (0, 1)]
-        print("replay: listen %s per route; listen/decode %.2f (rounds %s)" % (
+        print("replay: listen %s per route; listen/decode %.2f (rounds %s); listen/decode --rib %.2f" % (
             per_route(lis, count), ratio(sum(lis), sum(dec)),
-            ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"]))))
-    if "gobgpd" in parts:
+            ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"])),
+            ratio(sum(lis), sum(rib))))
+    for _ in range(3 if "gobgpd" in parts else 0):  # its pace and the machine's load vary from run to run
         with Gobgpd(wd, 65000, [dict(address="127.0.0.2", asn=65001), dict(address="127.0.0.3", asn=65002)]) as g:
             announcer = []
 
@@ -163,7 +167,8 @@ def main():
             cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
                                         "--router-id", "127.0.0.3"], through_gobgpd, count, on(LAST))
             announcer[0].stop()
-        print("gobgpd: listen %s per route; listen/decode %.2f" % (per_route(cpu, count), ratio(sum(cpu), sum(dec))))
+        print("gobgpd: listen %s per route; listen/decode %.2f; listen/decode --rib %.2f" % (
+            per_route(cpu, count), ratio(sum(cpu), sum(dec)), ratio(sum(cpu), sum(rib))))
     if "instructions" in parts:
         part = max(1, count // 5)
         lis_i, dec_i = callgrind(tool, wd, routes_raw(tool, wd, part)[1], part)
