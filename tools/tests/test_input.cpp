@@ -26,7 +26,7 @@ TEST(HexText, BytesOrTheErrorWithItsPlace)
 {
     /* the text, and its bytes in hex or the error after "!" */
     const std::pair<const char *, const char *> astCases[] = {
-        {"0a0B ff", "0a0bff"},
+        {"09 aF Af", "09afaf"},
         {"0x0a 0xff\n\t01", "0aff01"},
         {"01 # comment 99 zz\n02", "0102"},
         {"de:ad-be.ef", "deadbeef"},
@@ -300,6 +300,11 @@ TEST(PcapCapture, CutRecordReported)
     std::string strError;
     ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size() - 10u, "c.pcap", sink, strError)) << strError;
     EXPECT_EQ(sink.Kinds(), "msg msg error");
+    /* A flow of fewer bytes than tell BGP from BMP is read all the same: cut short. */
+    vecFile = PcapFile(srp::SessionFrames({Bytes(5u, 0xFFu)}));
+    RecordingSink sinkShort;
+    ASSERT_TRUE(srp::ReadPcap(vecFile.data(), vecFile.size(), "c.pcap", sinkShort, strError)) << strError;
+    EXPECT_EQ(sinkShort.Kinds(), "error");
 }
 
 /* The TCP segment in an IPv6 packet ::1 > ::2, behind a hop-by-hop header
