@@ -369,6 +369,12 @@ def run_decode(tool, configs, workdir):
               name + ": every line names its message by number and offset in the stream")
         check("summary: messages 10, updates 5, routes 5, withdrawals 1, skipped 8, failed 0\n" in err,
               name + ": the summary counts the BMP stream's messages: " + err.strip())
+    path = os.path.join(workdir, "stream.bmp")
+    text = subprocess.run([tool, "decode", path], capture_output=True, text=True, timeout=30).stdout
+    check("bmp Initiation (message 1, router %s, %s offset 0)\n  initiation: sysName r1, sysDescr scripted router\n"
+          "bmp Peer Up (message 2, 2023-11-14T22:13:20.000250Z, router %s, peer 10.0.0.9 AS 65009, global pre-policy, "
+          "%s offset 31)\n  peer up: BGP ID 10.0.0.255, local 127.0.0.1 port 179, remote port 50000, 4-octet AS yes, "
+          "families 1/73 2/73\n" % (path, path, path, path) in text, "the BMP events in text: " + text[:600])
     # Without --port, the flow on another port is named; of the other ports, the three busiest of the first
     # 64 seen (a port first seen after those is not counted, one of those still is).
     rc, _, err = decode(tool, workdir, "bmp_port.pcap", pcap_file(stream, 40000, 5000))
