@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
 #include <vector>
 
@@ -222,7 +223,7 @@ TEST(Session, EndOfRib)
 }
 
 /* A speaker connecting to a loopback port nobody listens on: the refused
- * connection is reported, and tried again after the retry time. */
+ * connection is reported and closed, and tried again after the retry time. */
 TEST(Speaker, RefusedConnectionReportedAndRetried)
 {
     struct Handler : SpeakerHandler {
@@ -246,10 +247,16 @@ TEST(Speaker, RefusedConnectionReportedAndRetried)
     ASSERT_TRUE(ParsePeerSpec("127.0.0.1:1", true, st.vecConnect[0], strError));
     Speaker sp(st, handler);
     ASSERT_TRUE(sp.Open(strError)) << strError;
+    auto OpenFds = [] {
+        std::filesystem::directory_iterator it("/proc/self/fd");
+        return std::distance(it, std::filesystem::directory_iterator());
+    };
+    auto lFds = OpenFds();
     double dStart = Speaker::Now();
     sp.Run();
     EXPECT_EQ(handler.vecWhy, std::vector<std::string>(2u, "connect: Connection refused"));
     EXPECT_GE(Speaker::Now() - dStart, 0.2);
+    EXPECT_EQ(OpenFds(), lFds); /* each refused socket closed */
 }
 
 /* Peers and endpoints named on the command line: with a port (iMode 1) or
