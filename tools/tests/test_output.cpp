@@ -27,6 +27,9 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
         {{0xC3}, "\\xc3", "\"\\u00c3\""},                                        /* a sequence cut short */
         {{0xC0, 0xAF}, "\\xc0\\xaf", "\"\\u00c0\\u00af\""},                      /* overlong form */
         {{0xED, 0xA0, 0x80}, "\\xed\\xa0\\x80", "\"\\u00ed\\u00a0\\u0080\""},    /* a surrogate */
+        {{0xED, 0xBF, 0xBF}, "\\xed\\xbf\\xbf", "\"\\u00ed\\u00bf\\u00bf\""},    /* the last surrogate */
+        {{0xF4, 0x8F, 0xBF, 0xBF}, "\xF4\x8F\xBF\xBF", "\"\xF4\x8F\xBF\xBF\""},         /* the last code point */
+        {{0xF4, 0x90, 0x80, 0x80}, "\\xf4\\x90\\x80\\x80", "\"\\u00f4\\u0090\\u0080\\u0080\""}, /* past it */
         {{'"', '\\', '\n', '\t', 0x7F}, "\"\\\\\\x0a\\x09\\x7f", "\"\\\"\\\\\\n\\t\x7F\""},
         {{'a', ' ', 0xE2, 0x82, 0xAC}, "a \xE2\x82\xAC", "\"a \xE2\x82\xAC\""},                /* 3-byte UTF-8 */
         {{0xE0, 0x9F, 0xBF}, "\\xe0\\x9f\\xbf", "\"\\u00e0\\u009f\\u00bf\""},                 /* overlong 3-byte */
