@@ -92,6 +92,7 @@ TEST(Session, PeerInputToNotification)
         {"4-octet AS mismatch", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), CapAs4(65009)}}), "Closed 0202"},
         {"another 4-byte capability is not the AS", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(64, {0, 0, 0, 9})}}), "OpenConfirm"},
         {"BGP identifier 0", 0, BgpOpen({4, 65001, 90, 0}), "Closed 0203"},
+        {"BGP identifier 255.255.255.255", 0, BgpOpen({4, 65001, 90, 0xFFFFFFFFu}), "Closed 0203"},
         {"unknown optional parameter", 0, Bgp(kBgpOpen, Hex("04 fde9 005a 00000001  08 09 06 01040001 0049")), "Closed 0204"},
         {"hold time 2", 0, BgpOpen({4, 65001, 2}), "Closed 0206"},
         {"hold time 0 is fine", 0, BgpOpen({4, 65001, 0}), "OpenConfirm"},
