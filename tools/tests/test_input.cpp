@@ -224,7 +224,7 @@ TEST(InputFile, PeekThenReadGivesEveryByteOnce)
     }
     struct Case {
         size_t ulPeek1, ulPeek2, ulRead; /* a peek, 3 bytes read, a peek, then reads of ulRead bytes */
-    } astCases[] = {{0, 0, 1000}, {10, 0, 7}, {10, 100, 64}, {5000, 0, 999}, {100, 10, 4096}};
+    } astCases[] = {{0, 0, 1000}, {10, 0, 7}, {10, 100, 64}, {3, 10, 64}, {5000, 0, 999}, {100, 10, 4096}};
     for (const Case &st : astCases) {
         srp::InputFile in;
         in.OpenMemory(vecData.data(), vecData.size());
