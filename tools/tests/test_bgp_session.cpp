@@ -187,6 +187,12 @@ TEST(Session, TimersAndEstablishedTraffic)
     /* Nothing is read after the close. */
     s.Receive(vecUpdate.data(), vecUpdate.size(), 18.0);
     EXPECT_EQ(rec.vecUpdates.size(), 1u);
+    /* Hold time 0: no timer runs, the owner's loop may sleep an hour. */
+    BgpSession s0(Config(), rec);
+    s0.Start(0.0);
+    vecIn = Concat({BgpOpen({4, 65001, 0}), Keepalive()});
+    s0.Receive(vecIn.data(), vecIn.size(), 0.0);
+    EXPECT_DOUBLE_EQ(s0.NextDeadline(), 3600.0);
 }
 
 TEST(Session, NotificationText)
