@@ -7,14 +7,12 @@ void ScanTunnelEncap(const uint8_t *p, size_t n, TunnelEncapView &stView)
 {
     stView.vecTunnels.clear(); /* the buffers stay for the next scan */
     stView.vecSubTlvs.clear();
-    stView.bTruncated = false;
     Reader rd(p, n);
     while (rd.Left() > 0u) {
         TunnelTlv stTunnel;
         const uint8_t *pBody = nullptr;
         if (!rd.U16(stTunnel.usType) || !rd.U16(stTunnel.usLen) || !rd.Take(stTunnel.usLen, pBody)) {
-            stView.bTruncated = true;
-            return;
+            return; /* a TLV that runs past the value ends the scan */
         }
         stView.vecTunnels.push_back(stTunnel);
         if (stView.vecTunnels.size() > 1u) {
@@ -32,7 +30,6 @@ void ScanTunnelEncap(const uint8_t *p, size_t n, TunnelEncapView &stView)
                 stSub.usLen = ucLen;
             }
             if (!bOk || !rdSub.Take(stSub.usLen, stSub.pValue)) {
-                stView.bTruncated = true;
                 break;
             }
             stView.vecSubTlvs.push_back(stSub);

@@ -39,7 +39,6 @@ struct SubTlv {
 struct TunnelEncapView {
     std::vector<TunnelTlv> vecTunnels; /* every tunnel TLV, in order */
     std::vector<SubTlv> vecSubTlvs;    /* the sub-TLVs of the first tunnel */
-    bool bTruncated = false;           /* a TLV ran past the value */
 };
 
 /* Scans a Tunnel Encapsulation attribute value (types < 128 have a 1-byte

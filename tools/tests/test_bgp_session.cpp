@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
 #include <vector>
 
@@ -91,6 +92,7 @@ TEST(Session, PeerInputToNotification)
         {"4-octet AS mismatch", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), CapAs4(65009)}}), "Closed 0202"},
         {"another 4-byte capability is not the AS", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(64, {0, 0, 0, 9})}}), "OpenConfirm"},
         {"BGP identifier 0", 0, BgpOpen({4, 65001, 90, 0}), "Closed 0203"},
+        {"BGP identifier 255.255.255.255", 0, BgpOpen({4, 65001, 90, 0xFFFFFFFFu}), "Closed 0203"},
         {"unknown optional parameter", 0, Bgp(kBgpOpen, Hex("04 fde9 005a 00000001  08 09 06 01040001 0049")), "Closed 0204"},
         {"hold time 2", 0, BgpOpen({4, 65001, 2}), "Closed 0206"},
         {"hold time 0 is fine", 0, BgpOpen({4, 65001, 0}), "OpenConfirm"},
@@ -185,6 +187,12 @@ TEST(Session, TimersAndEstablishedTraffic)
     /* Nothing is read after the close. */
     s.Receive(vecUpdate.data(), vecUpdate.size(), 18.0);
     EXPECT_EQ(rec.vecUpdates.size(), 1u);
+    /* Hold time 0: no timer runs, the owner's loop may sleep an hour. */
+    BgpSession s0(Config(), rec);
+    s0.Start(0.0);
+    vecIn = Concat({BgpOpen({4, 65001, 0}), Keepalive()});
+    s0.Receive(vecIn.data(), vecIn.size(), 0.0);
+    EXPECT_DOUBLE_EQ(s0.NextDeadline(), 3600.0);
 }
 
 TEST(Session, NotificationText)
@@ -222,7 +230,7 @@ TEST(Session, EndOfRib)
 }
 
 /* A speaker connecting to a loopback port nobody listens on: the refused
- * connection is reported, and tried again after the retry time. */
+ * connection is reported and closed, and tried again after the retry time. */
 TEST(Speaker, RefusedConnectionReportedAndRetried)
 {
     struct Handler : SpeakerHandler {
@@ -246,10 +254,16 @@ TEST(Speaker, RefusedConnectionReportedAndRetried)
     ASSERT_TRUE(ParsePeerSpec("127.0.0.1:1", true, st.vecConnect[0], strError));
     Speaker sp(st, handler);
     ASSERT_TRUE(sp.Open(strError)) << strError;
+    auto OpenFds = [] {
+        std::filesystem::directory_iterator it("/proc/self/fd");
+        return std::distance(it, std::filesystem::directory_iterator());
+    };
+    auto lFds = OpenFds();
     double dStart = Speaker::Now();
     sp.Run();
     EXPECT_EQ(handler.vecWhy, std::vector<std::string>(2u, "connect: Connection refused"));
     EXPECT_GE(Speaker::Now() - dStart, 0.2);
+    EXPECT_EQ(OpenFds(), lFds); /* each refused socket closed */
 }
 
 /* Peers and endpoints named on the command line: with a port (iMode 1) or
@@ -279,7 +293,6 @@ TEST(Speaker, PeerAndEndpointText)
         {"127.0.0.2,as=0", 0, "!not an AS number"},
         {"127.0.0.2,as=4294967296", 0, "!not an AS number"},
         {"127.0.0.2,hold=3", 0, "!unknown peer setting 'hold=3'"},
-        {"127.0.0.1:0", 2, "127.0.0.1 0"},
         {"127.0.0.1", 2, "127.0.0.1 11019"},
         {"[::1]:5000", 2, "::1 5000"},
         {"[::1]", 2, "::1 11019"},

@@ -144,9 +144,9 @@ TEST(BmpFramer, CutsStreamsAndStopsAtTheFirstBadHeader)
         /* message lengths handed out, then the bytes pending or the error */
         {vecTwo, "12 71 more:0"},
         {Bytes(vecTwo.begin(), vecTwo.end() - 1), "12 more:70"},
-        {Concat({vecA, {4u, 0, 0, 0, 6, 4}}), "12 error:BMP version 4, expected 3"},
-        {Concat({vecA, {3u, 0, 0, 0, 5, 4}}), "12 error:impossible BMP message length 5"},
-        {Bytes{3u, 0x00, 0x10, 0x00, 0x01, 0}, "error:impossible BMP message length 1048577"},
+        {Concat({vecA, {4u, 0, 0, 0, 6, 4}}), "12 error:BMP version 4, expected 3, then stream already failed"},
+        {Concat({vecA, {3u, 0, 0, 0, 5, 4}}), "12 error:impossible BMP message length 5, then stream already failed"},
+        {Bytes{3u, 0x00, 0x10, 0x00, 0x01, 0}, "error:impossible BMP message length 1048577, then stream already failed"},
     };
     for (const auto &row : astRows) {
         for (size_t ulChunk : {size_t{1}, size_t{5}, row.first.size()}) {
@@ -167,6 +167,13 @@ TEST(BmpFramer, CutsStreamsAndStopsAtTheFirstBadHeader)
             }
             strSeen += eResult == bmp::Framer::Result::Error ? "error:" + strError
                                                               : "more:" + std::to_string(framer.Pending());
+            /* after an error, every call says so */
+            if (eResult == bmp::Framer::Result::Error) {
+                const uint8_t *p = nullptr;
+                size_t n = 0;
+                framer.Next(p, n, strError);
+                strSeen += ", then " + strError;
+            }
             EXPECT_EQ(strSeen, row.second);
         }
     }

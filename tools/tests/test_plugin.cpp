@@ -135,6 +135,11 @@ TEST(CondRtAttr, RefillKeepsNothingOfTheLastMessage)
         EXPECT_EQ(l.vecSegments[0].oLabel, 16u);
         EXPECT_TRUE(l.vecSegments[0].strSid.empty() && l.vecSegments[0].vecBindingSids.empty());
     }
+    /* An SRv6 segment where the last message had a labelled one keeps no label. */
+    Bytes vecSid;
+    Tlv(vecSid, 4, Hex("001d 00 00 0d1a8000 20010db8000200000000000000000002 0030 0000 20101000"));
+    ASSERT_TRUE(srp::ParseCondRtAttr(vecSid, st, strError)) << strError;
+    EXPECT_FALSE(st.vecSegmentLists.at(0).vecSegments.at(0).oLabel);
 }
 
 }  // namespace

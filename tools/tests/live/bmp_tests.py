@@ -207,7 +207,8 @@ def run_malformed(tool, configs, workdir):
     finally:
         rc = station.stop()
     err = station.stderr()
-    check(rc == 0 and "cannot write" not in err, "the station stops on SIGTERM with status 0, every dump written")
+    check(rc == 0 and "cannot write" not in err and "paused" not in err,
+          "the station stops on SIGTERM with status 0, every dump written, its reading never paused")
     check(re.search(r"summary: sessions 4, messages \d+, updates \d+, routes \d+, withdrawals 1, statistics 1, "
                     r"skipped \d+, failed 3\n", err) is not None, "the summary counts sessions and failures: " + err)
     # The sessions it closed wait out their time on its port; a new station binds it at once.
@@ -312,15 +313,16 @@ def run_slow_output(tool, configs, workdir, count=3000):
           "the station stops with every route printed once and counted")
 
 
-def pcap_file(stream, sport, dport, chunk=500):
+def pcap_file(stream, sport, dport, chunk=500, lost=0):
     """A classic pcap of one TCP direction carrying the stream in segments
     of `chunk` bytes, Ethernet and IPv4, 192.0.2.1 -> 192.0.2.2; the last
-    two segments swapped to show the reassembly at work."""
+    two segments swapped to show the reassembly at work; `lost` segments
+    left out after the second."""
     def frame(seq, flags, data=b""):
         return tcp_frame("192.0.2.1", "192.0.2.2", sport, dport, seq, flags, data)
     frames = [frame(999, 0x02)] + [frame(1000 + i, 0x18, stream[i:i + chunk]) for i in range(0, len(stream), chunk)]
     frames[-1], frames[-2] = frames[-2], frames[-1]
-    return pcap(frames)
+    return pcap(frames[:3] + frames[3 + lost:])
 
 
 def decode(tool, workdir, name, data, *args):
@@ -355,6 +357,8 @@ def run_decode(tool, configs, workdir):
               name + ": the BMP events in order (status %d, %s, %s)" % (rc, events, err.strip()))
         check([e.get("information") for e in lines if e.get("event") == "Route Mirroring"] == [[1]],
               name + ": the mirroring information codes")
+        check(["time" in e for e in lines if "event" in e] == [False, True, True, True, False],
+              name + ": events of a monitored peer carry its time stamp, the others none")
         check({route_key(e) for e in routes if e["view"] == "pre-policy" and not e["withdrawn"]} == expected and
               [route_key(e) for e in routes if e["withdrawn"]] == [WITHDRAWN] and
               [e["view"] for e in routes].count("mirrored") == 1,
@@ -366,6 +370,12 @@ def run_decode(tool, configs, workdir):
               name + ": every line names its message by number and offset in the stream")
         check("summary: messages 10, updates 5, routes 5, withdrawals 1, skipped 8, failed 0\n" in err,
               name + ": the summary counts the BMP stream's messages: " + err.strip())
+    path = os.path.join(workdir, "stream.bmp")
+    text = subprocess.run([tool, "decode", path], capture_output=True, text=True, timeout=30).stdout
+    check("bmp Initiation (message 1, router %s, %s offset 0)\n  initiation: sysName r1, sysDescr scripted router\n"
+          "bmp Peer Up (message 2, 2023-11-14T22:13:20.000250Z, router %s, peer 10.0.0.9 AS 65009, global pre-policy, "
+          "%s offset 31)\n  peer up: BGP ID 10.0.0.255, local 127.0.0.1 port 179, remote port 50000, 4-octet AS yes, "
+          "families 1/73 2/73\n" % (path, path, path, path) in text, "the BMP events in text: " + text[:600])
     # Without --port, the flow on another port is named; of the other ports, the three busiest of the first
     # 64 seen (a port first seen after those is not counted, one of those still is).
     rc, _, err = decode(tool, workdir, "bmp_port.pcap", pcap_file(stream, 40000, 5000))
@@ -383,6 +393,9 @@ def run_decode(tool, configs, workdir):
     rc, _, err = decode(tool, workdir, "rib.mrt", struct.pack("!IHHI", PEER_TIME, 13, 6, len(body)) + body)
     check(rc == 1 and "message 1 at offset 0 (+7): Tunnel Encapsulation attribute" in err,
           "a RIB entry's refused attribute is named by its place among the entry's attributes: " + err.strip())
+    rc, lines, err = decode(tool, workdir, "lost.pcap", pcap_file(stream, 40000, 11019, lost=1))
+    check(rc == 1 and "message 5 at offset 497: 500 bytes of the BMP stream lost; the rest of it is passed over" in err,
+          "a BMP flow with a segment lost: reported, the rest passed over: " + err.strip())
     rc, _, err = decode(tool, workdir, "cut.bmp", stream[:-3])
     check(rc == 1 and re.search(r"cut BMP message: the stream ended 9 bytes into it", err),
           "a cut stream file: reported, status 1: " + err.strip())
