@@ -3,6 +3,7 @@
 gobgpd between them (eBGP, so routes pass through it) and against scripted
 peers. Usage: live_tests.py SRPOLICY CASE. Exit status 0 passed, 1 failed,
 77 skipped (the kernel refuses what the case needs)."""
+import datetime
 import json
 import os
 import signal
@@ -135,6 +136,7 @@ def case_faults(tool, wd):
     a, b, c = (ScriptedPeer(port, "127.0.0.%d" % n) for n in (4, 5, 6))
     for peer, router_id in ((a, "127.0.0.9"), (b, "127.0.0.10"), (c, "127.0.0.11")):
         peer.establish(router_id)
+    sent_at = time.time()
     announce_one(a, "10.1.0.1", 1, [16001])
     announce_one(a, "10.1.0.1", 2, [16002])
     broken = struct.pack("!HH", 15, 200) + bytes(10)  # claims 200 bytes of sub-TLVs, carries 10
@@ -144,7 +146,10 @@ def case_faults(tool, wd):
     announce_one(c, "10.3.0.1", 1, [16005])
     want = {(1, 2, "10.1.0.1"), (1, 3, "10.1.0.1"), (1, 1, "10.2.0.1"), (1, 1, "10.3.0.1")}
     wait_for(lambda: set(dump_rib(lis, rib_out)) == want, 10, "the routes but the broken one")
-    assert "treated as withdrawn" in lis.stderr(), lis.stderr()
+    assert lis.stderr().count("treated as withdrawn") == 1, lis.stderr()
+    stamps = [datetime.datetime.strptime(e["time"], "%Y-%m-%dT%H:%M:%S.%fZ").replace(
+        tzinfo=datetime.timezone.utc).timestamp() for e in read_jsonl(lis.out_path) if "time" in e]
+    assert stamps and all(sent_at - 0.001 <= t <= time.time() for t in stamps), (sent_at, stamps)
     a.quiet(1.0)
     b.send(bytes(range(64)))
     assert b.notification() == (1, 1)  # connection not synchronized
@@ -162,7 +167,9 @@ def case_faults(tool, wd):
     want = {(1, 2, "10.1.0.1"), (1, 3, "10.1.0.1"), (1, 3, "10.3.0.3")}
     wait_for(lambda: set(dump_rib(lis, rib_out)) == want, 10, "the routes of the peers that are still up")
     a.quiet(0.5)
+    os.unlink(rib_out)
     ends_cleanly(lis)
+    assert set(table_of(read_jsonl(rib_out))) == want, "the table is not written at exit"
 
 
 def case_hold_timer(tool, wd):
@@ -215,8 +222,16 @@ def case_known_peers(tool, wd):
     listener, peers named by their IPv4 addresses): another address is closed
     at once, a named one with the wrong AS gets bad peer AS; SIGTERM ceases the
     session that is up."""
-    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099"],
+    srv = socket.create_server((LOOPBACK, 0))
+    srv.settimeout(10)
+    lis, port, _ = listen_alone(tool, wd, ["--peer", "127.0.0.4,as=65010", "--peer", "127.0.0.5,as=65099",
+                                           "--connect", "%s:%d,as=65099" % (LOOPBACK, srv.getsockname()[1])],
                                 bind="[::ffff:127.0.0.1]")
+    dialled = ScriptedPeer(0, None, sock=srv.accept()[0])  # a connected peer of the wrong AS
+    assert dialled.read_message()[0] == 1
+    dialled.send(open_message(65010, 90, "127.0.0.8"))
+    assert dialled.notification() == (2, 2)
+    srv.close()
     assert ScriptedPeer(port, "127.0.0.6").read_message()[0] is None, "a stranger got an answer"
     wrong_as = ScriptedPeer(port, "127.0.0.5")
     wrong_as.send(open_message(65010, 90, "127.0.0.9"))
@@ -237,10 +252,12 @@ def case_collision(tool, wd):
     identifier stays and the other gets Cease 7 (connection collision
     resolution), unless the other session is up already; a third connection
     while the session is up gets it too, and listen opens no new one meanwhile."""
-    # The peer's identifier (listen's is 127.0.0.50), whether listen's connection is up before the peer's OPEN
-    # on its own one, and which connection stays.
-    for peer_id, up_first, stays in (("127.0.0.99", False, "theirs"), ("127.0.0.20", False, "ours"),
-                                     ("127.0.0.99", True, "ours")):
+    # The peer's identifier (listen's is 127.0.0.50), whether the first connection to get an OPEN is up before
+    # the OPEN on the other one, whether that first one is the peer's, and which connection stays.
+    for peer_id, up_first, theirs_first, stays in (("127.0.0.99", False, False, "theirs"),
+                                                   ("127.0.0.20", False, False, "ours"),
+                                                   ("127.0.0.20", False, True, "ours"),
+                                                   ("127.0.0.99", True, False, "ours")):
         with socket.create_server((LOOPBACK, 0)) as srv:
             srv.settimeout(10)
             lis, port, _ = listen_alone(tool, wd, ["--router-id", "127.0.0.50", "--retry", "1", "--connect",
@@ -248,9 +265,10 @@ def case_collision(tool, wd):
             ours = ScriptedPeer(0, None, sock=srv.accept()[0])  # opened by listen
             theirs = ScriptedPeer(port, LOOPBACK)
             assert ours.read_message()[0] == 1 and theirs.read_message()[0] == 1
-            ours.send(open_message(65010, 90, peer_id) + KEEPALIVE * up_first)
-            assert ours.read_message()[0] == 4
-            theirs.send(open_message(65010, 90, peer_id))
+            first, second = (theirs, ours) if theirs_first else (ours, theirs)
+            first.send(open_message(65010, 90, peer_id) + KEEPALIVE * up_first)
+            assert first.read_message()[0] == 4
+            second.send(open_message(65010, 90, peer_id))
             winner, loser = (theirs, ours) if stays == "theirs" else (ours, theirs)
             assert loser.notification() == (6, 7), peer_id
             winner.send(KEEPALIVE)
