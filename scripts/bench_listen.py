@@ -125,6 +125,11 @@ def ratio(a, b):
     return a / b if b else float("nan")
 
 
+def median_cpu(runs, times=1):
+    """Median user and system time of runs, per pass over the burst when each run took it times over."""
+    return [statistics.median(r[i] for r in runs) / times for i in (0, 1)]
+
+
 def per_route(cpu, count):
     return "%.2f us (system %.2f)" % (sum(cpu) * 1e6 / count, cpu[1] * 1e6 / count)
 
@@ -154,14 +159,14 @@ def main():
         if "gobgpd" in parts:
             rounds["decode1"].append(decode(tool, single, on(LAST)))
             rounds["rib1"].append(decode(tool, single, on(LAST), extra=["--rib"]))
-    dec, rib = ([statistics.median(r[i] for r in rounds[k]) / REPEAT for i in (0, 1)] for k in ("decode", "rib"))
+    dec, rib = (median_cpu(rounds[k], REPEAT) for k in ("decode", "rib"))
     print("decode: %s processor time per route; decode --rib: %s" % (per_route(dec, count), per_route(rib, count)))
     if "gobgpd" in parts:
-        dec1, rib1 = ([statistics.median(r[i] for r in rounds[k]) for i in (0, 1)] for k in ("decode1", "rib1"))
+        dec1, rib1 = (median_cpu(rounds[k]) for k in ("decode1", "rib1"))
         print("one burst, every route new: decode %s per route; decode --rib %s (the table built, printed and "
               "freed)" % (per_route(dec1, count), per_route(rib1, count)))
     if "replay" in parts:
-        lis = [statistics.median(r[i] for r in rounds["listen"]) / REPEAT for i in (0, 1)]
+        lis = median_cpu(rounds["listen"], REPEAT)
         print("replay: listen %s per route; listen/decode %.2f (rounds %s); listen/decode --rib %.2f" % (
             per_route(lis, count), ratio(sum(lis), sum(dec)),
             ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"])),

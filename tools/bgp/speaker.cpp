@@ -417,6 +417,8 @@ void Speaker::ReadFrom(Conn &stConn)
     if (ulTaken == 0u) {
         return;
     }
+    /* Asked at every wakeup, not once: the kernel grows the buffer while the
+     * connection runs. */
     int iBuffer = 0;
     socklen_t ulLen = sizeof(iBuffer);
     size_t ulBuffer = getsockopt(stConn.iFd, SOL_SOCKET, SO_RCVBUF, &iBuffer, &ulLen) == 0 && iBuffer > 0
