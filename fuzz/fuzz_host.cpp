@@ -68,8 +68,12 @@ Output TakeOutput(void *pvOut)
         o.vecAttr.assign(pucBlock + o.stHdr.usAttrOffset, pucBlock + o.stHdr.usAttrOffset + o.stHdr.usAttrLen);
         ulEnd += o.stHdr.usAttrLen;
     }
-    /* The block is exactly as long as its sections. */
-    FZ_CHECK(tp::LiveBytes(kModule) >= ulEnd);
+    /* The block is exactly as long as its sections (besides it only the
+     * instance is live), and the header's reserved bytes are zero. */
+    FZ_CHECK(tp::LiveBytes(kModule) == sizeof(BOL_SRPOLICY_INSTANCE_S) + ulEnd);
+    static const uint8_t kZero[8] = {};
+    FZ_CHECK(memcmp(o.stHdr.aucReserved0, kZero, 6) == 0 && memcmp(o.stHdr.aucReserved1, kZero, 8) == 0 &&
+             memcmp(o.stHdr.aucReserved2, kZero, 4) == 0);
     o.vecBlock.assign(pucBlock, pucBlock + ulEnd);
     FZ_CHECK(ZUN_Free_F(pvOut, "host", 0u) == 0u);
     return o;

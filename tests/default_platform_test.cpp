@@ -13,43 +13,18 @@
 
 namespace {
 
-TEST(DefaultPlatform, CountsBlocksAndBytesPerModule)
-{
-    uint32_t ulBlocks = 9, ulBytes = 9;
-    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
-    EXPECT_EQ(ulBlocks, 0u);
-    EXPECT_EQ(ulBytes, 0u);
-
-    void *pv1 = ZUN_SimpleAlloc_F(4242u, 100, "test", __LINE__);
-    void *pv2 = ZUN_SimpleAlloc_F(4242u, 28, "test", __LINE__);
-    void *pv3 = ZUN_SimpleAlloc_F(4343u, 5, "test", __LINE__);
-    ASSERT_TRUE(pv1 && pv2 && pv3);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(pv1) % alignof(max_align_t), 0u);
-    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
-    EXPECT_EQ(ulBlocks, 2u);
-    EXPECT_EQ(ulBytes, 128u);
-    (void)ZUN_Free_F(pv1, "test", __LINE__);
-    ZUN_GetModuleUsage(4242u, &ulBlocks, &ulBytes);
-    EXPECT_EQ(ulBlocks, 1u);
-    EXPECT_EQ(ulBytes, 28u);
-    (void)ZUN_Free_F(pv2, "test", __LINE__);
-    (void)ZUN_Free_F(pv3, "test", __LINE__);
-    ZUN_GetModuleUsage(4343u, &ulBlocks, &ulBytes);
-    EXPECT_EQ(ulBlocks, 0u);
-    EXPECT_EQ(ZUN_SimpleAlloc_F(4242u, 0, "test", __LINE__), nullptr);
-    EXPECT_NE(ZUN_Free_F(nullptr, "test", __LINE__), 0u);
-}
-
-/* With the block cache on, freed blocks come back for later allocations of
- * their size class: every block must still hold the size asked for (filled
- * whole here, which a memory checker watches), counts must be unchanged, and
- * a block allocated before the cache was turned on must never be handed out
- * for a larger size of its class. */
+/* Blocks and bytes are counted per module. With the block cache on, freed
+ * blocks come back for later allocations of their size class: every block
+ * must still hold the size asked for (filled whole here, which a memory
+ * checker watches), counts must be unchanged, and a block allocated before
+ * the cache was turned on must never be handed out for a larger size of its
+ * class. */
 TEST(DefaultPlatform, BlockCacheKeepsSizesAndCounts)
 {
     const uint32_t kModule = 4444u;
+    void *pvOther = ZUN_SimpleAlloc_F(4343u, 5u, "test", __LINE__);     // another module's, counted apart
     void *pvEarly = ZUN_SimpleAlloc_F(kModule, 17u, "test", __LINE__);  // exact size, before the cache
-    ASSERT_NE(pvEarly, nullptr);
+    ASSERT_TRUE(pvOther != nullptr && pvEarly != nullptr);
     BOL_PlatformSetBlockCache(4u);
     (void)ZUN_Free_F(pvEarly, "test", __LINE__);
     struct Round {
@@ -88,7 +63,14 @@ TEST(DefaultPlatform, BlockCacheKeepsSizesAndCounts)
         EXPECT_EQ(ulBlocks, 0u);
         EXPECT_EQ(ulBytes, 0u);
     }
+    uint32_t ulBlocks = 0, ulBytes = 0;
+    ZUN_GetModuleUsage(4343u, &ulBlocks, &ulBytes);
+    EXPECT_EQ(ulBlocks, 1u);
+    EXPECT_EQ(ulBytes, 5u);
+    (void)ZUN_Free_F(pvOther, "test", __LINE__);
     BOL_PlatformSetBlockCache(0u);  // releases what the cache kept
+    EXPECT_EQ(ZUN_SimpleAlloc_F(kModule, 0, "test", __LINE__), nullptr);
+    EXPECT_NE(ZUN_Free_F(nullptr, "test", __LINE__), 0u);
 }
 
 TEST(DefaultPlatform, ReportHookTakesReportsUntilCleared)

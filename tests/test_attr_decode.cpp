@@ -87,7 +87,6 @@ TEST_F(AttrDecode, TunnelAndSubTlvFraming)
         EXPECT_EQ(r.ulRet, row.ulWant);
         if (row.ulWant == BOL_OK) {
             EXPECT_EQ(bt::ToHex(r.vecCopy), bt::ToHex(Hex(row.pcOut)));
-            at::ExpectIdempotent(m_pstInst, r.vecCopy);
         }
         EXPECT_EQ(tp::LiveBlocksAll(), 1u) << "only the instance stays live";
     }
@@ -201,17 +200,6 @@ TEST_F(AttrDecode, ExportedCopyHelpersWriteTheWalksCopy)
     BOL_SRPOLICY_SetRealPrivateAttr(&pucAt, &stAttr, 12u, 6u, vecSlice.data(), nullptr, nullptr);
     tp::FailMemcpyS(false);
     EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
-}
-
-/* A record holds its fields, the copy of the attribute (4 bytes more than the
- * value) and the segment-list head; all go back with it. */
-TEST_F(AttrDecode, RecordAllocations)
-{
-    BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr = nullptr;
-    ASSERT_EQ(BOL_SRPOLICY_InitTunnelEncapAttr(&pstAttr, m_pstInst, 9), BOL_OK);
-    EXPECT_EQ(tp::LiveBytes(bt::kModule) - sizeof(BOL_SRPOLICY_INSTANCE_S),
-              sizeof(BOL_SRPOLICY_TNLENCAP_ATTR_S) + 13u + sizeof(BOL_SRPOLICY_LIST_HEAD_S));
-    BOL_SRPOLICY_FreeTunnelEncapsulationAttrData(pstAttr, m_pstInst);
 }
 
 }  // namespace

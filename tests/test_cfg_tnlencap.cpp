@@ -162,7 +162,7 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
          * tunnel and a SID structure longer than the SID). */
         at::Record stRec(m_pstInst, vecAttr);
         if (stRec.pstAttr != nullptr) {
-            EXPECT_EQ(stRec.SegLists().size(), stCfg.dqSegLists.size());
+            EXPECT_EQ(stRec.pstAttr->pstSegListHead->ulCount, stCfg.dqSegLists.size());
         }
     }
     EXPECT_EQ(ReportCount(), 0u);

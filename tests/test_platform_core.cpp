@@ -222,15 +222,6 @@ TEST(AddressText, Ipv6MatchesTheCanonicalForm)
     }
 }
 
-TEST(MemCmp, ThreeWay)
-{
-    const unsigned char a[] = {1, 2, 3}, b[] = {1, 2, 0xFF};
-    EXPECT_LT(KEO_MemCmp(a, b, 3), 0);
-    EXPECT_GT(KEO_MemCmp(b, a, 3), 0);
-    EXPECT_EQ(KEO_MemCmp(a, b, 2), 0);
-    EXPECT_EQ(KEO_MemCmp(a, b, 0), 0);
-}
-
 TEST(ReportText, TellsTextsFromValues)
 {
     char acText[128];
