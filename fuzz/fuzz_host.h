@@ -58,15 +58,6 @@ struct Output {
     Bytes vecBlock; /* header, key and attribute */
     Bytes vecKey;
     Bytes vecAttr;
-    /* The key handed over (all zero when none). */
-    BOL_SRPOLICY_NLRI_S Key() const
-    {
-        BOL_SRPOLICY_NLRI_S st = {};
-        if (vecKey.size() == sizeof(st)) {
-            memcpy(&st, vecKey.data(), sizeof(st));
-        }
-        return st;
-    }
 };
 Output TakeOutput(void *pvOut);
 

@@ -17,13 +17,7 @@ using bt::Hex;
 
 namespace {
 
-class AttrSet : public bt::PluginTest {
-protected:
-    uint32_t Set(const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut)
-    {
-        return fz::SetAttr(fz::Host{m_stTbl, m_pstInst}, vecHeld, ulFlags, vecOut);
-    }
-};
+class AttrSet : public bt::PluginTest {};
 
 const uint32_t kPriv = BOL_SRPOLICY_SET_PRIV_SLICE_ID;
 
@@ -63,7 +57,7 @@ TEST_F(AttrSet, SliceIdRewrite)
         SCOPED_TRACE(row.pcName);
         Bytes vecHeld = Hex(row.pcHeld);
         Bytes vecOut;
-        EXPECT_EQ(Set(vecHeld, row.ulFlags, vecOut), row.ulWant);
+        EXPECT_EQ(fz::SetAttr(fz::Host{m_stTbl, m_pstInst}, vecHeld, row.ulFlags, vecOut), row.ulWant);
         if (row.ulWant == BOL_OK) {
             Bytes vecWant = (row.pcOut[0] == '=') ? vecHeld : Hex(row.pcOut);
             EXPECT_EQ(bt::ToHex(vecOut), bt::ToHex(vecWant));

@@ -56,15 +56,6 @@ protected:
         rt.SetAttr(vecAttr);
         return Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
     }
-
-    /* Renders through buffers of ulSize until the text is complete (the fuzz
-     * targets' walk and its checks); false when a call made no progress. */
-    bool RenderAll(const Bytes &vecAttr, size_t ulSize, std::string &strJoined)
-    {
-        bt::Route rt;
-        rt.SetAttr(vecAttr);
-        return fz::RenderAll(fz::Host{m_stTbl, m_pstInst}, rt, static_cast<uint32_t>(ulSize), strJoined);
-    }
 };
 
 /* ---- Key line ---------------------------------------------------------------- */
@@ -253,13 +244,16 @@ TEST_F(Text, EverySizeJoinsIntoTheSingleCallText)
         const Call stFull = RenderAttr(c.vecAttr, 8192u);
         ASSERT_EQ(stFull.ulMore, 0u);
         const std::string strFull = stFull.strText.substr(2);
+        /* The fuzz targets' walk over the calls, with its checks. */
+        bt::Route rt;
+        rt.SetAttr(c.vecAttr);
         std::string strJoined;
-        for (size_t ulSize = 3u; ulSize < c.ulSmallest; ulSize++) {
-            EXPECT_FALSE(RenderAll(c.vecAttr, ulSize, strJoined)) << "size " << ulSize;
+        for (uint32_t ulSize = 3u; ulSize < c.ulSmallest; ulSize++) {
+            EXPECT_FALSE(fz::RenderAll(fz::Host{m_stTbl, m_pstInst}, rt, ulSize, strJoined)) << "size " << ulSize;
         }
-        for (size_t ulSize = c.ulSmallest; ulSize <= strFull.size() + 2u + 12u + 1u; ulSize++) {
+        for (uint32_t ulSize = c.ulSmallest; ulSize <= strFull.size() + 2u + 12u + 1u; ulSize++) {
             SCOPED_TRACE(ulSize);
-            ASSERT_TRUE(RenderAll(c.vecAttr, ulSize, strJoined));
+            ASSERT_TRUE(fz::RenderAll(fz::Host{m_stTbl, m_pstInst}, rt, ulSize, strJoined));
             ASSERT_EQ(strJoined, strFull);
         }
         EXPECT_EQ(RenderAttr(c.vecAttr, strFull.size() + 2u + 12u + 1u).ulMore, 0u);
