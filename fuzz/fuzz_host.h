@@ -10,7 +10,6 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
 #include <memory>
 #include <string>
@@ -78,6 +77,15 @@ Decode DecodeAttr(const Host &h, const Bytes &vecAttr);
 
 /* The setter on a route holding vecHeld; vecOut: the attribute handed over. */
 uint32_t SetAttr(const Host &h, const Bytes &vecHeld, uint32_t ulFlags, Bytes &vecOut);
+
+/* An empty list, as the host's configuration layer starts one. */
+inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
+{
+    stList.stHead.pstNext = &stList.stHead;
+    stList.stHead.pstPrev = &stList.stHead;
+    stList.stHead.ulHandle = 0u;
+    stList.ulCount = 0u;
+}
 
 /* The bytes in a heap block of exactly their size, so that AddressSanitizer
  * catches a read past them; no bytes still give a block (never null). */

@@ -104,14 +104,6 @@ inline Bytes RealisticAttr()
     return vecSeed.empty() ? vecSeed : Bytes(vecSeed.begin() + 1, vecSeed.end());
 }
 
-inline void InitList(BOL_SRPOLICY_LIST_HEAD_S &stList)
-{
-    stList.stHead.pstNext = &stList.stHead;
-    stList.stHead.pstPrev = &stList.stHead;
-    stList.stHead.ulHandle = 0u;
-    stList.ulCount = 0u;
-}
-
 /* A configuration record with the lists the host's configuration layer
  * would hang from it; nodes live as long as the builder. */
 struct Cfg {
@@ -122,8 +114,8 @@ struct Cfg {
     Cfg()
     {
         memset(&st, 0, sizeof(st));
-        InitList(st.stSegLists);
-        InitList(st.stSRv6BsidList);
+        fz::InitList(st.stSegLists);
+        fz::InitList(st.stSRv6BsidList);
     }
     Cfg(const Cfg &) = delete;
     Cfg &operator=(const Cfg &) = delete;

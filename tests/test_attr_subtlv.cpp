@@ -31,28 +31,11 @@ struct Row {
     Check fnCheck;
 };
 
-void RunRows(BOL_SRPOLICY_INSTANCE_S *pstInst, const std::vector<Row> &vecRows)
-{
-    for (const Row &row : vecRows) {
-        SCOPED_TRACE(row.pcName);
-        at::Record rec(pstInst, at::Tunnel(Hex(row.pcSubTlvs)));
-        EXPECT_EQ(rec.ulRet, row.ulWant);
-        if (row.ulWant != BOL_OK || rec.pstAttr == nullptr) {
-            EXPECT_EQ(rec.pstAttr, nullptr);
-            continue;
-        }
-        EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(at::Tunnel(Hex(row.pcCopy))));
-        if (row.fnCheck) {
-            row.fnCheck(rec);
-        }
-    }
-}
-
 /* One table for every decoder (a preference and a binding SID of length 6:
  * the worked example). */
 TEST_F(SubTlv, EachDecoderStoresAndClears)
 {
-    RunRows(m_pstInst, {
+    const Row astRows[] = {
         {"binding SID of length 2: flags only", "0D 02 7F 09", BOL_OK, "0D 02 40 09",
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucBsidType, 0u);
@@ -117,8 +100,22 @@ TEST_F(SubTlv, EachDecoderStoresAndClears)
              EXPECT_EQ(r.pstAttr->ucCPathNameValid, 1u);
              EXPECT_EQ(r.pstAttr->ucCPathNameExist, 1u);
          }},
-    });
+    };
+    for (const Row &row : astRows) {
+        SCOPED_TRACE(row.pcName);
+        at::Record rec(m_pstInst, at::Tunnel(Hex(row.pcSubTlvs)));
+        EXPECT_EQ(rec.ulRet, row.ulWant);
+        if (row.ulWant != BOL_OK || rec.pstAttr == nullptr) {
+            EXPECT_EQ(rec.pstAttr, nullptr);
+            continue;
+        }
+        EXPECT_EQ(bt::ToHex(rec.Copy()), bt::ToHex(at::Tunnel(Hex(row.pcCopy))));
+        if (row.fnCheck) {
+            row.fnCheck(rec);
+        }
+    }
 }
+
 
 /* The name check looks at four bytes at a time and then at the rest: one
  * byte at the edges of the printable range, at every place of names that

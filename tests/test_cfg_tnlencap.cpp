@@ -4,10 +4,8 @@
  * test_text.cpp).
  */
 #include <gtest/gtest.h>
-#include <string.h>
 
 #include <functional>
-#include <string>
 
 #include "bol_platform.h"
 #include "bol_srpolicy.h"

@@ -15,33 +15,6 @@
 
 namespace {
 
-TEST(MemsetS, FillsOrFailsLikeTheContract)
-{
-    struct Case {
-        const char *pcName;
-        size_t destMax;
-        size_t count;
-        bool bNullDest;
-        int iWant;
-        size_t ulSet;  // bytes that end up as 0x5A
-    } astCases[] = {
-        {"fits", 8, 8, false, 0, 8},
-        {"shorter", 8, 3, false, 0, 3},
-        {"zero", 8, 0, false, 0, 0},
-        {"too long sets destMax", 8, 9, false, BOL_SEC_ERANGE, 8},
-        {"null dest", 8, 4, true, BOL_SEC_EINVAL, 0},
-    };
-    for (const Case &c : astCases) {
-        SCOPED_TRACE(c.pcName);
-        unsigned char auc[16];
-        memset(auc, 0, sizeof(auc));
-        EXPECT_EQ(memset_s(c.bNullDest ? nullptr : auc, c.destMax, 0x5A, c.count), c.iWant);
-        for (size_t i = 0; i < sizeof(auc); i++) {
-            EXPECT_EQ(auc[i], i < c.ulSet ? 0x5A : 0) << i;
-        }
-    }
-}
-
 TEST(MemcpyS, CopiesOrZeroesTheDestination)
 {
     const unsigned char aucSrc[8] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -78,21 +51,6 @@ TEST(MemcpyS, CopiesOrZeroesTheDestination)
     EXPECT_EQ(memcpy_s(aucOv + 2, 8, aucOv, 4), BOL_SEC_EOVERLAP);
     EXPECT_EQ(aucOv[2], 0);  // the destination area is zeroed, nothing copied
     EXPECT_EQ(aucOv[0], 1);
-}
-
-/* What the comparison with the C library below does not reach: the count
- * limit of snprintf_s, a missing or empty destination. */
-TEST(FormatS, CountLimitAndNoRoom)
-{
-    char ac[8];
-    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 7, "%d", 42), 2);
-    EXPECT_STREQ(ac, "42");
-    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 3, "%s", "abcdef"), -1);
-    EXPECT_STREQ(ac, "abc");
-    EXPECT_EQ(snprintf_s(ac, sizeof(ac), 8, "%s", "a"), -1);  // count must be below destMax
-    EXPECT_STREQ(ac, "");
-    EXPECT_EQ(snprintf_truncated_s(ac, 0, "%u", 5u), -1);
-    EXPECT_EQ(sprintf_s(nullptr, 8, "x"), -1);
 }
 
 /* The formatting functions against the C library's snprintf: the same text,
@@ -174,13 +132,6 @@ TEST(FormatS, MatchesTheCLibraryAtEveryRoom)
 
 #undef FORMAT_ROW
 
-TEST(AddressText, Ipv4)
-{
-    char ac[16];
-    EXPECT_STREQ(KEO_IpAddrToStr(0xFFFFFFFFu, ac), "255.255.255.255");
-    EXPECT_STREQ(KEO_IpAddrToStr(0x0A630009u, ac), "10.99.0.9");
-}
-
 KEO_IN6ADDR_S Groups(const unsigned char auc[16])
 {
     KEO_IN6ADDR_S st;
@@ -193,9 +144,8 @@ KEO_IN6ADDR_S Groups(const unsigned char auc[16])
 /* RFC 5952 text agrees with the C library's conversion, which follows it. */
 TEST(AddressText, Ipv6MatchesTheCanonicalForm)
 {
-    const char *apcAddrs[] = {"::", "::1", "1::", "2001:db8::1", "2001:db8:0:0:1:0:0:1", "ff02::1",
-                              "fe80::1:2:3:4", "2001:0:0:1::1", "1:2:3:4:5:6:7:8", "::ffff:10.0.0.1",
-                              "1:0:2:0:3:0:4:0", "0:1::"};
+    /* Forms the random addresses below rarely or never give. */
+    const char *apcAddrs[] = {"::", "::1", "1::", "2001:db8:0:0:1:0:0:1", "::ffff:10.0.0.1", "1:0:2:0:3:0:4:0"};
     for (const char *pc : apcAddrs) {
         unsigned char auc[16];
         ASSERT_EQ(inet_pton(AF_INET6, pc, auc), 1) << pc;
@@ -220,19 +170,6 @@ TEST(AddressText, Ipv6MatchesTheCanonicalForm)
         (void)KEO_Inet_ntoa_b_ipv6(Groups(auc), acGot);
         ASSERT_STREQ(acGot, acWant);
     }
-}
-
-TEST(ReportText, TellsTextsFromValues)
-{
-    char acText[128];
-    char acReport[128] = "retCode:34";
-    EXPECT_EQ(BOL_PlatformProbeReportText(reinterpret_cast<uintptr_t>(acReport), acText), 1u);
-    EXPECT_STREQ(acText, "retCode:34");
-    for (uintptr_t uv : {uintptr_t(0), uintptr_t(89), uintptr_t(0xFFFF), ~uintptr_t(0), uintptr_t(0x40)}) {
-        EXPECT_EQ(BOL_PlatformProbeReportText(uv, acText), 0u) << uv;
-    }
-    const unsigned char aucBinary[4] = {1, 2, 0, 0};
-    EXPECT_EQ(BOL_PlatformProbeReportText(reinterpret_cast<uintptr_t>(aucBinary), acText), 0u);
 }
 
 }  // namespace

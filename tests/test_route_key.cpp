@@ -67,7 +67,6 @@ TEST_F(RouteKey, KeyWriters)
         uint32_t ulRet;
         const char *pcHex;  // length [· reserved] · distinguisher · color · endpoint
     } const astCases[] = {
-        {"wire v4", vecWire, true, kV4, 13, BOL_OK, "60 00000001 00000064 0A000001"},
         {"wire v4, room 12", vecWire, true, kV4, 12, BOL_SRPOLICY_ERR_BUF_SHORT, ""},
         {"wire v6", vecWire, true, stV6, 25, BOL_OK, "C0 01020304 A0B0C0D0 20010DB8 00000000 00000000 00000009"},
         {"TLV v4", vecTlv, true, kV4, 28, BOL_OK, "60 000000 00000001 00000064 0A000001 00000000 00000000 00000000"},

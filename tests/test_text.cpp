@@ -183,29 +183,6 @@ TEST_F(Text, LengthsThatRunPastTheirBytes)
     }
 }
 
-/* A line that would fit only into the 12 held-back characters does not fit:
- * the call ends before it and names the sub-TLV to go on with. */
-TEST_F(Text, StopsBeforeTheHeldBackCharacters)
-{
-    bt::Route rt;
-    rt.SetAttr(Tunnel("0C 06 00 00 00 00 00 01  0C 06 00 00 00 00 00 02  0C 06 00 00 00 00 00 03"));
-    const size_t ulSize = 2u + kHeader.size() + 3u * strlen("  Preference: 1\n") + 12u;
-    Call stCall = Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
-    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Preference: 1\n  Preference: 2\n");
-    EXPECT_EQ(stCall.ulMore, 1u);
-    EXPECT_EQ(stCall.ulOffset, 4u + 8u + 8u + 2u);
-}
-
-/* A name whose copy fails is reported and shown empty. */
-TEST_F(Text, FailedNameCopy)
-{
-    tp::FailMemcpyS(true);
-    const Call stCall = RenderAttr(Tunnel(PolicyName("abc")));
-    tp::FailMemcpyS(false);
-    EXPECT_EQ(stCall.strText, "\r\n" + kHeader + "  Policy Name: \n");
-    EXPECT_EQ(tp::TextReportCount("secRetCode:22"), 1u);
-}
-
 /* The exported address text refuses (and reports) no room and no address bytes. */
 TEST_F(Text, Ipv6AddressText)
 {

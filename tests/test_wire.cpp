@@ -5,7 +5,6 @@
  * read when they fit.
  */
 #include <gtest/gtest.h>
-#include <string.h>
 
 #include <functional>
 #include <string>
