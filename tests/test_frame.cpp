@@ -218,30 +218,31 @@ TEST(Lookup, WalkIndexAgreesWithTheSearch)
 
 class OutputRecord : public bt::PluginTest {};
 
-/* A key and an attribute in one block (the decoders hand over one or the
- * other: the output checks of every block they hand over are the fuzz
- * host's). */
-TEST_F(OutputRecord, KeyAndAttributeTogether)
+/* A key and an attribute in one block, and an attribute alone (the
+ * decoders hand over their blocks by other paths; the output checks of every
+ * block handed over are the fuzz host's). */
+TEST_F(OutputRecord, KeyAndAttributeOrAttributeAlone)
 {
     BOL_SRPOLICY_NLRI_S stKey = bt::KeyV4(1, 100, 0x0A000001u);
-    Bytes vecAttr(120);
-    for (size_t i = 0; i < vecAttr.size(); i++) {
-        vecAttr[i] = static_cast<uint8_t>(i + 1);
+    Bytes vecAttr = bt::Hex("01 02 03 04 05");
+    for (bool bKey : {true, false}) {
+        SCOPED_TRACE(bKey ? "key and attribute" : "attribute alone");
+        BOL_PARSE_DESC_S stDesc;
+        memset(&stDesc, 0, sizeof(stDesc));
+        stDesc.ulKeyLen = 28;
+        stDesc.pvKey = bKey ? &stKey : nullptr;
+        stDesc.ucAttrType = 23;
+        stDesc.usAttrLen = 5;
+        stDesc.pucAttr = vecAttr.data();
+        void *pvOut = nullptr;
+        ASSERT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, kModule), BOL_OK);
+        fz::Output o = fz::TakeOutput(pvOut);
+        EXPECT_EQ(o.stHdr.ulOutFlags, (bKey ? BOL_OUTPUT_FLAG_KEY : 0u) | BOL_OUTPUT_FLAG_ATTR);
+        EXPECT_EQ(o.stHdr.ucAttrType, 23u);
+        EXPECT_EQ(o.vecKey.size(), bKey ? 28u : 0u);
+        EXPECT_TRUE(!bKey || memcmp(o.vecKey.data(), &stKey, 28) == 0);
+        EXPECT_EQ(o.vecAttr, vecAttr);
     }
-    BOL_PARSE_DESC_S stDesc;
-    memset(&stDesc, 0, sizeof(stDesc));
-    stDesc.ulKeyLen = 28;
-    stDesc.pvKey = &stKey;
-    stDesc.ucAttrType = 23;
-    stDesc.usAttrLen = 120;
-    stDesc.pucAttr = vecAttr.data();
-    void *pvOut = nullptr;
-    ASSERT_EQ(BOL_SRPOLICY_OutputData(&pvOut, &stDesc, kModule), BOL_OK);
-    fz::Output o = fz::TakeOutput(pvOut);
-    EXPECT_EQ(o.stHdr.ulOutFlags, BOL_OUTPUT_FLAG_KEY | BOL_OUTPUT_FLAG_ATTR);
-    EXPECT_EQ(o.stHdr.ucAttrType, 23u);
-    EXPECT_EQ(memcmp(o.vecKey.data(), &stKey, 28), 0);
-    EXPECT_EQ(o.vecAttr, vecAttr);
     EXPECT_EQ(ReportCount(), 0u);
 }
 
@@ -263,6 +264,7 @@ TEST_F(OutputRecord, RefusalsAndAllocationFailureLeaveTheOutArgument)
         {"zero-length key only: nothing to output", 0, true, false, kModule, 0, BOL_ERR_PARAM, 0},
         {"key of 27 bytes", 27, true, false, kModule, 0, BOL_ERR_PARAM, 1},
         {"module 0", 28, true, false, 0u, 0, BOL_ERR_PARAM, 1},
+        {"key of 27 bytes, module 0", 27, true, false, 0u, 0, BOL_ERR_PARAM, 1},
         {"allocation fails", 28, true, false, kModule, 1, BOL_ERR_MALLOC, 1},
     };
     for (const Case &c : astCases) {
