@@ -43,18 +43,13 @@ using Call = fz::TextCall;
 
 class Text : public bt::PluginTest {
 protected:
-    /* One text call into a buffer of ulSize bytes followed by a guard area
-     * (the fuzz targets' call and its checks); the more flag starts at 77. */
-    Call Render(const bt::Route &rt, uint32_t ulType, size_t ulSize, uint32_t ulOffset)
-    {
-        return fz::Render(fz::Host{m_stTbl, m_pstInst}, rt, ulType, static_cast<uint32_t>(ulSize), ulOffset);
-    }
-
+    /* The attribute's text through one buffer of ulSize bytes followed by a
+     * guard area (the fuzz targets' call and its checks). */
     Call RenderAttr(const Bytes &vecAttr, size_t ulSize = 8192u)
     {
         bt::Route rt;
         rt.SetAttr(vecAttr);
-        return Render(rt, BOL_SRPOLICY_STR_ATTR, ulSize, 0u);
+        return fz::Render(fz::Host{m_stTbl, m_pstInst}, rt, BOL_SRPOLICY_STR_ATTR, static_cast<uint32_t>(ulSize), 0u);
     }
 };
 
@@ -93,7 +88,9 @@ TEST_F(Text, KeyLine)
         rt.SetKey(c.stKey);
         rt.stRt.ulKeyLen = c.ulKeyLen;
         tp::Reset();
-        Call stCall = Render(rt, BOL_SRPOLICY_STR_KEY, c.ulBufLen, 5u);
+        /* The more flag starts at 77. */
+        const uint32_t ulSize = static_cast<uint32_t>(c.ulBufLen);
+        Call stCall = fz::Render(fz::Host{m_stTbl, m_pstInst}, rt, BOL_SRPOLICY_STR_KEY, ulSize, 5u);
         EXPECT_EQ(stCall.ulRet, c.ulRet);
         EXPECT_EQ(stCall.strText, c.strText);
         EXPECT_EQ(stCall.ulOffset, c.ulFlags);
