@@ -61,6 +61,8 @@ TEST_F(SubTlv, EachDecoderStoresAndClears)
          [](const at::Record &r) {
              EXPECT_EQ(r.pstAttr->ucCfgModuleIdExist, 1u);
              EXPECT_EQ(r.pstAttr->ulCfgModuleId, 0x12345678u);
+             /* the last sub-TLV's length field in the copy */
+             EXPECT_EQ(r.pstAttr->pucCurLenField, r.pstAttr->pucRealPrivAttr + 5);
          }},
         {"private slice id of length 4, then a valid one",
          "7E 04 FF FF FF FF | 7E 06 FF 00 00 00 00 07", BOL_OK, "7E 04 FF FF FF FF | 7E 06 00 00 00 00 00 07",

@@ -161,6 +161,9 @@ TEST_F(CfgTnlEncap, EncodesTheConfiguredSubTlvs)
         at::Record stRec(m_pstInst, vecAttr);
         if (stRec.pstAttr != nullptr) {
             EXPECT_EQ(stRec.pstAttr->pstSegListHead->ulCount, stCfg.dqSegLists.size());
+            const BOL_SRPOLICY_LIST_NODE_S *pstFirst = stRec.pstAttr->pstSegListHead->stHead.pstNext;
+            /* Nodes are zeroed before they are linked. */
+            EXPECT_TRUE(stCfg.dqSegLists.empty() || pstFirst->ulHandle == 0u);
         }
     }
     EXPECT_EQ(ReportCount(), 0u);

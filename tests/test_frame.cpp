@@ -204,9 +204,21 @@ TEST_F(Dispatch, TypesWithoutHandlerGetEachDispatchersOwnResult)
     EXPECT_EQ(ulMore, 77u);
 }
 
-/* The walk's type index finds the row the search finds, for every type. */
-TEST(Lookup, WalkIndexAgreesWithTheSearch)
+/* The exported tables hold their rows' types in order (the key columns the
+ * code does not consult included), and the walk's type index finds the row
+ * the search finds, for every type. */
+TEST(Lookup, TablesHoldTheContractTypesInOrder)
 {
+    const uint32_t aulSubTlv[] = {12, 13, 128, 127, 126, 20, 129, 130, 123};
+    const uint32_t aulCondRt[] = {2, 3, 4, 5, 7, 8, 9, 10};
+    for (uint32_t i = 0; i < 9u; i++) {
+        EXPECT_EQ(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[i].ulType, aulSubTlv[i]);
+        EXPECT_EQ(g_astBOL_SRPOLICY_OUTPUT_TNLENCAP_TBL[i].ulType, aulSubTlv[i]);
+        EXPECT_EQ(g_astBOL_SRPOLICY_CHECK_SUBTLV_TBL[i].ulType, i);
+    }
+    for (uint32_t i = 0; i < 8u; i++) {
+        EXPECT_EQ(g_astBOL_SRPOLICY_FORMAT_CONDRTATTR_TBL[i].ulType, aulCondRt[i]);
+    }
     for (uint32_t ulType = 0; ulType < 256; ulType++) {
         SCOPED_TRACE(ulType);
         EXPECT_EQ(bol::SubTlvParseRow(static_cast<uint8_t>(ulType)),
