@@ -195,22 +195,6 @@ TEST(Session, TimersAndEstablishedTraffic)
     EXPECT_DOUBLE_EQ(s0.NextDeadline(), 3600.0);
 }
 
-TEST(Session, NotificationText)
-{
-    const char *const apcTexts[] = {
-        "cease: administrative shutdown (6/2)",
-        "hold timer expired (4/0)",
-        "message header error: connection not synchronized (1/1)",
-        "message header error (1/9)",
-        "OPEN message error: unsupported capability (2/7)",
-        "unknown error (9/1)",
-    };
-    for (const char *pc : apcTexts) {
-        const char *pcCodes = std::strrchr(pc, '(');
-        EXPECT_EQ(NotificationText(static_cast<uint8_t>(pcCodes[1] - '0'), static_cast<uint8_t>(pcCodes[3] - '0')), pc);
-    }
-}
-
 TEST(Session, EndOfRib)
 {
     const std::pair<Bytes, Family> aRows[] = {

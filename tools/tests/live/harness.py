@@ -168,17 +168,21 @@ def sr_policy_tunnel(preference, labels):
     return struct.pack("!HH", 15, len(sub)) + sub
 
 
+def connect_from(source, port):
+    """A connection from the source address (any port) to port on the loopback address of its family."""
+    s = socket.socket(socket.AF_INET6 if ":" in source else socket.AF_INET)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect((source if ":" in source else LOOPBACK, port))
+    return s
+
+
 class ScriptedPeer:
     """A BGP peer written out byte by byte, on a connection from source to port
     of 127.0.0.1 (or on sock)."""
 
     def __init__(self, port, source, asn=65010, hold=90, sock=None):
-        if sock is None:
-            sock = socket.socket()
-            sock.settimeout(10)
-            sock.bind((source, 0))
-            sock.connect((LOOPBACK, port))
-        self.sock = sock
+        self.sock = sock or connect_from(source, port)
         self.asn = asn
         self.hold = hold
         self.buf = b""
@@ -233,8 +237,8 @@ class ScriptedPeer:
         self.sock.close()
 
 
-def dump_rib(proc, path, timeout=30):
-    """The table a listen run writes anew to path on SIGUSR1: key -> attribute hex."""
+def signalled_table(proc, path, timeout=30):
+    """The entries of the table a run writes anew to path on SIGUSR1, once the file is whole."""
     if os.path.exists(path):
         os.unlink(path)
     proc.send_signal(signal.SIGUSR1)
@@ -245,10 +249,15 @@ def dump_rib(proc, path, timeout=30):
                 text = f.read()
             if text and not text.endswith("\n"):
                 return None
-            return (table_of(json.loads(line) for line in text.splitlines()),)
+            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
         except (OSError, ValueError):
             return None
-    return wait_for(read, timeout, "the table in " + path)[0]
+    return wait_for(read, timeout, "the table in " + path, 0.05)[0]
+
+
+def dump_rib(proc, path):
+    """The listen table: key -> attribute hex."""
+    return table_of(signalled_table(proc, path))
 
 
 def table_of(entries):
