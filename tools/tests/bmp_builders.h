@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "common/bytes.h"
@@ -20,15 +19,6 @@ inline Bytes Bmp(uint8_t ucType, const Bytes &vecBody)
     srp::Put32(v, static_cast<uint32_t>(6u + vecBody.size()));
     v.push_back(ucType);
     v.insert(v.end(), vecBody.begin(), vecBody.end());
-    return v;
-}
-
-/* The same message with its length field moved by iDelta. */
-inline Bytes Lie(Bytes v, int iDelta)
-{
-    Bytes vecLen;
-    srp::Put32(vecLen, srp::Be32(v.data() + 1) + static_cast<uint32_t>(iDelta));
-    std::copy(vecLen.begin(), vecLen.end(), v.begin() + 1);
     return v;
 }
 

@@ -101,7 +101,7 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv16(1u, 1u)}), "Route Mirroring " + P + " bgp:23 info:1"},
 
         {Bytes{1u, 0, 0, 0, 6, bmp::kInitiation}, "!BMP version 1, expected 3"},
-        {Lie(Bmp(bmp::kInitiation, Tlv(2u, "r1")), +4), "!BMP message length 16 in a message of 12 bytes"},
+        {With(Bmp(bmp::kInitiation, Tlv(2u, "r1")), 4, 16u), "!BMP message length 16 in a message of 12 bytes"},
         {Bmp(bmp::kRouteMonitoring, Bytes(kPeer.begin(), kPeer.end() - 1)), "!Route Monitoring message of 47 bytes has no room for its per-peer header (42 bytes)"},
         {Bmp(bmp::kRouteMonitoring, kPeer), "!Route Monitoring UPDATE: 0 bytes left, too short for a BGP header"},
         {Msg(bmp::kRouteMonitoring, {kPeer, Bytes(vecUpdate.begin(), vecUpdate.end() - 1)}), "!Route Monitoring UPDATE: BGP message length 23 with 22 bytes left"},
@@ -286,7 +286,8 @@ TEST_F(MonitorTest, KeepsOneTablePerRouterPeerAndView)
          "r1|10.0.0.8|65008|pre-policy=2 r2|0.0.0.0|65000|loc-rib=2"},
         {"a router gone takes its tables", "r1", {}, "r2|0.0.0.0|65000|loc-rib=2"},
         {"no per-peer header", "r2", Bmp(bmp::kRouteMonitoring, {}), "r2|0.0.0.0|65000|loc-rib=2", false},
-        {"a lying length", "r2", Lie(Bmp(bmp::kPeerDown, Concat({vecLocRib, {4u}})), 1), "r2|0.0.0.0|65000|loc-rib=2", false},
+        /* the last byte of the length field: 50 for 49 bytes */
+        {"a lying length", "r2", With(Bmp(bmp::kPeerDown, Concat({vecLocRib, {4u}})), 4, 50u), "r2|0.0.0.0|65000|loc-rib=2", false},
         {"a mirrored KEEPALIVE is no UPDATE", "r2", Bmp(bmp::kRouteMirroring, Concat({vecLocRib, Tlv(0u, BgpMessage(4u, 0u, 0u))})),
          "r2|0.0.0.0|65000|loc-rib=2"},
         {"refused attribute", "r2", rm(vecLocRib, vecRefused), ""},

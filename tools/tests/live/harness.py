@@ -9,6 +9,7 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -260,17 +261,24 @@ def dump_rib(proc, path):
     return table_of(signalled_table(proc, path))
 
 
+def route_key(entry):
+    return (entry["nlri"]["distinguisher"], entry["nlri"]["color"], entry["nlri"]["endpoint"])
+
+
 def table_of(entries):
     """key (distinguisher, color, endpoint) -> attribute hex of table entries."""
-    return {(e["nlri"]["distinguisher"], e["nlri"]["color"], e["nlri"]["endpoint"]): (e["attribute"] or {}).get("hex")
-            for e in entries}
+    return {route_key(e): (e["attribute"] or {}).get("hex") for e in entries}
+
+
+def encode(tool, config, *args):
+    """The hex lines of the UPDATEs encode builds of a configuration."""
+    return subprocess.run([tool, "encode", config, *args], capture_output=True, check=True, timeout=300).stdout
 
 
 def expected_table(tool, config):
     """The table of a configuration, as encode builds it and decode --rib holds it."""
-    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
-    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
-                         check=True, timeout=300).stdout
+    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=encode(tool, config),
+                         capture_output=True, check=True, timeout=300).stdout
     return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
 
 
@@ -280,5 +288,26 @@ def read_jsonl(path):
         return [json.loads(line) for line in f if line.endswith("\n") and line.strip()]
 
 
-def workdir():
-    return tempfile.mkdtemp(prefix="srpolicy-live-")
+def main(cases, limit=0):
+    """Runs the case the command line names (SRPOLICY [CONFIGS] CASE) in a work directory of its own, within
+    limit seconds when given; on a failure prints the ends of the runs' logs and keeps the directory. Exit
+    status 0 passed, 1 failed, 2 usage, or what the case returns (77: skipped)."""
+    *args, name = sys.argv[1:] or [""]
+    if not args or name not in cases:
+        print("usage: %s SRPOLICY [CONFIGS] {%s}" % (sys.argv[0], ",".join(cases)), file=sys.stderr)
+        return 2
+    if limit:
+        signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
+        signal.alarm(limit)
+    wd = tempfile.mkdtemp(prefix="srpolicy-live-")
+    try:
+        rc = cases[name](os.path.abspath(args[0]), *args[1:], wd) or 0
+    except AssertionError as e:
+        print("FAILED: %s\nwork directory: %s" % (e, wd))
+        for log in sorted(os.listdir(wd)):
+            if log.endswith((".err", ".out", ".log")):
+                with open(os.path.join(wd, log), errors="replace") as f:
+                    print("---- %s (end)\n%s" % (log, f.read()[-3000:]))
+        return 1
+    shutil.rmtree(wd, ignore_errors=True)
+    return rc
