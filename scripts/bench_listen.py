@@ -15,6 +15,10 @@ ROUTES 100000 unless given; PARTS a comma-separated choice of the parts below
   three runs, each printed. Every route of that burst is new to listen's
   table, so beside the ratios above it is set against decode of the burst
   once (--rib: the table built from empty, printed and freed).
+- capture: one more run through gobgpd, untimed, with dumpcap recording
+  gobgpd's side of the session to listen; `decode --json` of that capture
+  (gobgpd's own UPDATEs in its own TCP segments, read from a file) is then set
+  against the gobgpd runs, three rounds, the median counts.
 - instructions (callgrind): `listen` on a replay of a fifth of the routes and
   `decode` of the same UPDATEs, each less an empty run of itself (plug-in
   construction, start and exit), per route.
@@ -79,11 +83,11 @@ def replay(raw):
     return feed
 
 
-def decode(tool, path, wrap, check=True, extra=()):
+def decode(tool, path, wrap, check=True, extra=(), form="raw"):
     """decode's processor time, its output into a file as listen's."""
     start = os.times()
     with open(path + ".out", "wb") as out:
-        subprocess.run(wrap + [tool, "decode", "--json", *extra, "--in", "raw", path], stdout=out,
+        subprocess.run(wrap + [tool, "decode", "--json", *extra, "--in", form, path], stdout=out,
                        stderr=subprocess.DEVNULL, check=check)  # an empty input ends with status 1
     end = os.times()
     return [end.children_user - start.children_user, end.children_system - start.children_system]
@@ -134,12 +138,37 @@ def per_route(cpu, count):
     return "%.2f us (system %.2f)" % (sum(cpu) * 1e6 / count, cpu[1] * 1e6 / count)
 
 
+def through_gobgpd(tool, wd, config, count, pcap=None):
+    """announce -> gobgpd -> listen; listen's processor time for the burst and
+    gobgpd's port. With pcap, dumpcap records the session to listen there."""
+    with Gobgpd(wd, 65000, [dict(address="127.0.0.2", asn=65001), dict(address="127.0.0.3", asn=65002)]) as g:
+        announcer, dumper = [], None
+        if pcap:
+            dumper = subprocess.Popen(on(OTHERS) + ["dumpcap", "-q", "-i", "lo", "-w", pcap, "-f",
+                                                    "tcp and host 127.0.0.3 and port %d" % g.port],
+                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            wait_for(lambda: os.path.exists(pcap) and os.path.getsize(pcap) > 0, 30, "dumpcap started")
+
+        def feed(port):
+            del port  # listen connects to gobgpd instead
+            announcer.append(Srpolicy(tool, wd, "announce", [
+                "announce", config, "--as", "65001", "--peer-as", "65000", "--connect",
+                "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.2"]))
+        cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
+                                    "--router-id", "127.0.0.3"], feed, count, on(LAST))
+        announcer[0].stop()
+        if dumper:
+            dumper.terminate()
+            dumper.wait(timeout=30)
+    return cpu, g.port
+
+
 def main():
     here = os.path.dirname(os.path.abspath(__file__))
-    subprocess.run(["bash", os.path.join(here, "deps.sh"), "gobgpd", "valgrind", "util-linux"], check=True)
+    subprocess.run(["bash", os.path.join(here, "deps.sh"), "gobgpd", "valgrind", "util-linux", "tshark"], check=True)
     tool = os.path.abspath(sys.argv[1])
     count = int(sys.argv[2]) if len(sys.argv) > 2 else 100000
-    parts = sys.argv[3].split(",") if len(sys.argv) > 3 else ["replay", "gobgpd", "instructions"]
+    parts = sys.argv[3].split(",") if len(sys.argv) > 3 else ["replay", "gobgpd", "capture", "instructions"]
     wd = tempfile.mkdtemp(prefix="srpolicy-bench-listen-", suffix="-%d" % os.getpid())  # removed at the end
     config, raw = routes_raw(tool, wd, count)
     stream, single = os.path.join(wd, "burst.raw"), os.path.join(wd, "single.raw")
@@ -171,22 +200,20 @@ def main():
             per_route(lis, count), ratio(sum(lis), sum(dec)),
             ", ".join("%.2f" % ratio(sum(a), sum(b)) for a, b in zip(rounds["listen"], rounds["decode"])),
             ratio(sum(lis), sum(rib))))
+    if "capture" in parts:
+        pcap = os.path.join(wd, "gobgpd.pcap")
+        port = through_gobgpd(tool, wd, config, count, pcap)[1]
+        caps = [decode(tool, pcap, on(LAST), extra=["--port", str(port)], form="pcap") for _ in range(3)]
+        cap = median_cpu(caps)
+        print("capture of gobgpd's burst (%d routes): decode %s per route (rounds %s)" % (
+            printed(pcap + ".out"), per_route(cap, count), ", ".join(per_route(c, count) for c in caps)))
     for _ in range(3 if "gobgpd" in parts else 0):  # its pace and the machine's load vary from run to run
-        with Gobgpd(wd, 65000, [dict(address="127.0.0.2", asn=65001), dict(address="127.0.0.3", asn=65002)]) as g:
-            announcer = []
-
-            def through_gobgpd(port):
-                del port  # listen connects to gobgpd instead
-                announcer.append(Srpolicy(tool, wd, "announce", [
-                    "announce", config, "--as", "65001", "--peer-as", "65000", "--connect",
-                    "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.2"]))
-            cpu = run_listen(tool, wd, ["--connect", "%s:%d" % (LOOPBACK, g.port), "--source", "127.0.0.3",
-                                        "--router-id", "127.0.0.3"], through_gobgpd, count, on(LAST))
-            announcer[0].stop()
+        cpu = through_gobgpd(tool, wd, config, count)[0]
         print("gobgpd: listen %s per route; listen/decode %.2f; listen/decode --rib %.2f; of one burst: "
-              "listen/decode %.2f, listen/decode --rib %.2f" % (
+              "listen/decode %.2f, listen/decode --rib %.2f%s" % (
                   per_route(cpu, count), ratio(sum(cpu), sum(dec)), ratio(sum(cpu), sum(rib)),
-                  ratio(sum(cpu), sum(dec1)), ratio(sum(cpu), sum(rib1))))
+                  ratio(sum(cpu), sum(dec1)), ratio(sum(cpu), sum(rib1)),
+                  "; listen/decode of its capture %.2f" % ratio(sum(cpu), sum(cap)) if "capture" in parts else ""))
     if "instructions" in parts:
         part = max(1, count // 5)
         lis_i, dec_i = callgrind(tool, wd, routes_raw(tool, wd, part)[1], part)

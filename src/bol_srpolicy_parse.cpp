@@ -25,6 +25,10 @@ uint32_t DispatchMsgParse(const BOL_SRPOLICY_PROC_ENTRY_S *pstRow, const uint8_t
     return pstRow->unHandler.pfnMsgParse(pucMsg, ulLen, ppvOut, pstInst);
 }
 
+/* Defined with the NLRI decoders below. */
+__attribute__((always_inline)) inline uint32_t DecodeMpNlri(uint8_t **ppucCur, uint32_t ulLen, void **ppvOut,
+                                                            uint32_t *pulMore, const BOL_SRPOLICY_INSTANCE_S *pstInst);
+
 } /* namespace */
 
 extern "C" {
@@ -47,7 +51,16 @@ uint32_t BOL_SRPOLICY_ParsePkt(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCt
     if (pstRow == nullptr || pstRow->unHandler.pfnPktParse == nullptr) {
         return BOL_ERR_PARAM;
     }
-    return pstRow->unHandler.pfnPktParse(ppucCur, ulLen, pvHostCtx, ppvOut, pulMore, pstInst);
+    /* A row that holds the NLRI decoder has it run here instead of called:
+     * four of its six pointer checks are the ones just made, and this runs
+     * once per NLRI of a full table. */
+    BOL_SRPOLICY_PKT_PARSE_PF pfnHandler = pstRow->unHandler.pfnPktParse;
+    if (pfnHandler == BOL_SRPOLICY_ParseMpNlri || pfnHandler == BOL_SRPOLICY_ParseMpUnNlri) {
+        BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+        BOL_CHECK_PTR(pvHostCtx, BOL_ERR_PARAM);
+        return DecodeMpNlri(ppucCur, ulLen, ppvOut, pulMore, pstInst);
+    }
+    return pfnHandler(ppucCur, ulLen, pvHostCtx, ppvOut, pulMore, pstInst);
 }
 
 uint32_t BOL_SRPOLICY_ParseMsg(const uint8_t *pucMsg, uint32_t ulLen, uint32_t ulType, void **ppvOut,
@@ -165,20 +178,11 @@ inline uint32_t DecodeNlriBody(uint8_t **ppucCur, bool bV4, void **ppvOut, uint3
     return ulRet;
 }
 
-} /* namespace */
-
-extern "C" {
-
-uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCtx, void **ppvOut,
-                                  uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst)
+/* The NLRI decoder once its pointers are checked: ParseMpNlri after its six
+ * checks, and the packet-parse dispatcher for rows 14 and 15. */
+__attribute__((always_inline)) inline uint32_t DecodeMpNlri(uint8_t **ppucCur, uint32_t ulLen, void **ppvOut,
+                                                            uint32_t *pulMore, const BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
-    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pvHostCtx, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
-    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
-
     /* A length byte alone is no NLRI. */
     if (ulLen <= 1u) {
         return BOL_ERR_NLRI_LEN;
@@ -210,6 +214,23 @@ uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHos
         *ppucCur = stBody.puc;
     }
     return ulRet;
+}
+
+} /* namespace */
+
+extern "C" {
+
+uint32_t BOL_SRPOLICY_ParseMpNlri(uint8_t **ppucCur, uint32_t ulLen, void *pvHostCtx, void **ppvOut,
+                                  uint32_t *pulMore, BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    BOL_CHECK_PTR(ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(*ppucCur, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pvHostCtx, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(ppvOut, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pulMore, BOL_ERR_PARAM);
+    BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
+
+    return DecodeMpNlri(ppucCur, ulLen, ppvOut, pulMore, pstInst);
 }
 
 /* Withdrawn NLRI have the same form as reachable ones. */

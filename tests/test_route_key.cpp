@@ -116,11 +116,15 @@ TEST_F(RouteKey, NlriBodyDecoder)
     uint8_t *pucCur = vecIn.data();
     void *pvOut = kUntouched;
     uint32_t ulMore = 77;
-    // The dispatcher does not look at the host context; the decoder requires it.
+    // The dispatcher does not look at the host context or the cursor's target; the decoder requires both,
+    // whether the dispatcher runs it or the host calls it.
+    uint8_t *pucNull = nullptr;
     EXPECT_EQ(m_stTbl.pfnParsePkt(&pucCur, 13, nullptr, 14, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
+    EXPECT_EQ(m_stTbl.pfnParsePkt(&pucNull, 13, &g_iCtx, 15, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
+    EXPECT_EQ(BOL_SRPOLICY_ParseMpNlri(&pucCur, 13, nullptr, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
     // A body between the two forms would be read as IPv6 past its end.
     EXPECT_EQ(BOL_SRPOLICY_ParseBgpNlri(&pucCur, 13, &pvOut, &ulMore, m_pstInst), BOL_ERR_PARAM);
-    EXPECT_EQ(ReportCount(), 2u);
+    EXPECT_EQ(ReportCount(), 4u);
     EXPECT_EQ(pucCur, vecIn.data());
     EXPECT_EQ(pvOut, kUntouched);
     // Twelve body bytes after the length byte: the key, the cursor past them, nothing more to read.

@@ -3,7 +3,7 @@
 the seeds do not, so that the short run in the test command starts where the
 long runs ended.
 
-    fuzz/pick_seeds.py fuzz_attr      (after scripts/fuzz.sh, from the top)
+    scripts/pick_seeds.py fuzz_attr      (after scripts/fuzz.sh, from the top)
 
 libFuzzer's merge writes, per input, the edges it covers into a control file;
 starting from the checked-in seeds, the input adding most uncovered edges
