@@ -343,6 +343,7 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
         {"BSD loopback IPv6 (28)", 0u, Concat({{28, 0, 0, 0}, Ipv6(vecTcp, false)}), kV6},
         {"BSD loopback IPv6 (30)", 108u, Concat({{0, 0, 0, 30}, Ipv6(vecTcp, false)}), kV6},
         {"OpenBSD loopback", 108u, Concat({{0, 0, 0, 2}, vecV4}), kV4},
+        {"version 6 behind the IPv4 type", 1u, Concat({vecEth, With(vecV4, 0, 0x65)}), nullptr},
         /* a version 4 header behind the IPv6 type, its bytes laid out so that read as IPv6 they would
          * lead to the segment: refused */
         {"IPv4 behind the IPv6 type", 1u,
