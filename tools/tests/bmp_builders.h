@@ -58,12 +58,6 @@ inline Bytes Tlv(uint16_t usType, const std::string &strValue)
 {
     return Tlv(usType, Text(strValue));
 }
-inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
-{
-    Bytes v;
-    srp::Put16(v, usValue);
-    return Tlv(usType, v);
-}
 
 /* An UPDATE with no withdrawn routes and no attributes. */
 inline Bytes EmptyUpdate() { return Bgp(2u, Bytes{0, 0, 0, 0}); }

@@ -77,7 +77,7 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
     };
     const std::pair<Bytes, std::string> astRows[] = {
         {Msg(bmp::kInitiation, {Tlv(2u, "r1"), Tlv(1u, "box\x01"), Tlv(9u, "\x01\x02")}), "Initiation sysName=r1 sysDescr=box\\x01 TLV 9=0102"},
-        {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv16(1u, 2u)}), "Termination string=bye reason=out of resources (2)"},
+        {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv(1u, Bytes{0, 2})}), "Termination string=bye reason=out of resources (2)"},
         {Msg(bmp::kRouteMonitoring, {kPeer, vecUpdate}), "Route Monitoring " + P + " bgp:23"},
         {Msg(bmp::kRouteMonitoring, {vecPeerV6, vecUpdate}), "Route Monitoring [global 2001:db8::2 AS 65002 post-policy t=1700000000.250] bgp:23"},
         /* Loc-RIB ignores the V and L bits */
@@ -98,7 +98,7 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Msg(bmp::kPeerDown, {vecLocRib, {6u}, Tlv(3u, "red")}), "Peer Down [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] local system closed the Loc-RIB (reason 6)"},
         {Msg(bmp::kStatisticsReport, {kPeer, Hex("00000003  0000 0004 00000100  0007 0008 0000000100000002  0009 000b 0001 49 0000000000000005")}),
          "Statistics Report " + P + " 0=256 7=4294967298 9=5"},
-        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv16(1u, 1u)}), "Route Mirroring " + P + " bgp:23 info:1"},
+        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv(1u, Bytes{0, 1})}), "Route Mirroring " + P + " bgp:23 info:1"},
 
         {Bytes{1u, 0, 0, 0, 6, bmp::kInitiation}, "!BMP version 1, expected 3"},
         {With(Bmp(bmp::kInitiation, Tlv(2u, "r1")), 4, 16u), "!BMP message length 16 in a message of 12 bytes"},
