@@ -82,6 +82,7 @@ TEST(Formats, DetectedFromTheFirstBytes)
         /* a typo or an odd digit count is still hex, for the reader to point at */
         {Text("fffffffffffffffffffz0"), Format::Hex},
         {Text("0xabc"), Format::Hex},
+        {Text("ff 0x"), Format::Hex}, /* a prefix at the very end */
         {Text("# The face of it\nff"), Format::Hex},
         /* prose is not, nor one NUL, non-ASCII or control byte among many digits */
         {Text("# T\nThe face"), Format::Auto},
