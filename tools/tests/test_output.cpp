@@ -1,9 +1,10 @@
-/* Printers: wire strings escaped for text and JSON, and the failures an
- * UPDATE counts for. */
+/* Printers: wire strings escaped for text and JSON, event times, and the
+ * failures an UPDATE counts for. */
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "common/event.h"
 #include "output/escape.h"
 #include "output/printer.h"
 
@@ -45,6 +46,12 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
     const uint8_t aucCut[] = {'a', 0xC3, 0xA9};
     EXPECT_EQ(srp::EscapeText(aucCut, 2u), "a\\xc3");
     EXPECT_EQ(srp::JsonStringLiteral(aucCut, 2u), "\"a\\u00c3\"");
+}
+
+/* A time on a whole second (a BMP peer's time stamp often is one). */
+TEST(Printers, EventTimeOfAWholeSecond)
+{
+    EXPECT_EQ(srp::EventTimeText(1764000000000000), "2025-11-24T16:00:00.000000Z");
 }
 
 TEST(Printers, FailuresCountEachMessageProblemAndEachRouteOnce)
