@@ -114,6 +114,8 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Up({BgpOpen({4, 65001, 90, 1, {{65, 5, 0, 0}}})}), "!Peer Up: OPEN capability overruns its parameter"},
         /* a byte after the OPEN's last parameter */
         {Up({Bgp(1u, Hex("04 fdf2 005a 0a000009 09  02 06 01040001 0049  02"))}), "!Peer Up: OPEN optional parameter overruns the parameters"},
+        /* the extended-length marker as the last byte */
+        {Up({Bgp(1u, Hex("04 fdf2 005a 0a000009 ff ff"))}), "!Peer Up: OPEN extended parameters length missing"},
         {Msg(bmp::kPeerUp, {kPeer, PeerUpFixed(), vecUpdate}), "!Peer Up sent OPEN: BGP message of type 2, expected 1"},
         {Bmp(bmp::kPeerDown, kPeer), "!Peer Down without its reason"},
         {Msg(bmp::kPeerDown, {kPeer, {2u, 0u}}), "!Peer Down without its FSM event code"},
