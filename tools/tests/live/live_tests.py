@@ -152,10 +152,10 @@ def case_faults(tool, wd):
     announce_one(again, "10.3.0.3", 3, [16003])
     want = {(1, 2, "10.1.0.1"), (1, 3, "10.1.0.1"), (1, 3, "10.3.0.3")}
     wait_for(lambda: set(dump_rib(lis, rib_out)) == want, 10, "the routes of the peers that are still up")
-    a.quiet(0.5)
     os.unlink(rib_out)
     ends_cleanly(lis)
     assert set(table_of(read_jsonl(rib_out))) == want, "the table is not written at exit"
+    assert ", treated as withdraw 1, " in lis.stderr(), lis.stderr()
 
 
 def case_hold_timer(tool, wd):
