@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "common/bytes.h"
@@ -20,15 +19,6 @@ inline Bytes Bmp(uint8_t ucType, const Bytes &vecBody)
     srp::Put32(v, static_cast<uint32_t>(6u + vecBody.size()));
     v.push_back(ucType);
     v.insert(v.end(), vecBody.begin(), vecBody.end());
-    return v;
-}
-
-/* The same message with its length field moved by iDelta. */
-inline Bytes Lie(Bytes v, int iDelta)
-{
-    Bytes vecLen;
-    srp::Put32(vecLen, srp::Be32(v.data() + 1) + static_cast<uint32_t>(iDelta));
-    std::copy(vecLen.begin(), vecLen.end(), v.begin() + 1);
     return v;
 }
 
@@ -67,12 +57,6 @@ inline Bytes Tlv(uint16_t usType, const Bytes &vecValue)
 inline Bytes Tlv(uint16_t usType, const std::string &strValue)
 {
     return Tlv(usType, Text(strValue));
-}
-inline Bytes Tlv16(uint16_t usType, uint16_t usValue)
-{
-    Bytes v;
-    srp::Put16(v, usValue);
-    return Tlv(usType, v);
 }
 
 /* An UPDATE with no withdrawn routes and no attributes. */

@@ -67,6 +67,9 @@ TEST(Session, PeerInputToNotification)
 {
     const Bytes vecUpdate = BuildMessage(kBgpUpdate, {0, 0, 0, 0});
     const Bytes vecExtended = Concat({BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(6, {})}}), Keepalive()});
+    /* our own OPEN, of an AS past 2 bytes (AS_TRANS and the 4-octet AS capability) */
+    SessionConfig stWide = Config();
+    stWide.ulLocalAs = 4200000000u;
     struct Row {
         const char *pcName;
         uint32_t ulPeerAs; /* configured */
@@ -89,6 +92,7 @@ TEST(Session, PeerInputToNotification)
         {"capability overruns its parameter", 0, BgpOpen({4, 65001, 90, 1, {{1, 9, 0, 1}}}), "Closed 0200"},
         {"peer AS not the configured one", 65002, BgpOpen({}), "Closed 0202"},
         {"4-octet AS beats AS_TRANS", 4200000000u, BgpOpen({4, kAsTrans, 90, 1, {CapMp(1, 73), CapAs4(4200000000u)}}), "OpenConfirm"},
+        {"our OPEN, read by a peer", 4200000000u, Concat({BuildOpen(stWide), Keepalive()}), "Established up"},
         {"4-octet AS mismatch", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), CapAs4(65009)}}), "Closed 0202"},
         {"another 4-byte capability is not the AS", 65001, BgpOpen({4, 65001, 90, 1, {CapMp(1, 73), Cap(64, {0, 0, 0, 9})}}), "OpenConfirm"},
         {"BGP identifier 0", 0, BgpOpen({4, 65001, 90, 0}), "Closed 0203"},
@@ -123,28 +127,6 @@ TEST(Session, PeerInputToNotification)
             strExpect.erase(std::remove(strExpect.begin(), strExpect.end(), ' '), strExpect.end());
             EXPECT_EQ(strGot, strExpect);
         }
-    }
-}
-
-TEST(Session, OpenOffersFamiliesAndAs)
-{
-    /* our AS, and the 2-byte field of the OPEN */
-    const std::pair<uint32_t, uint16_t> aRows[] = {{65000, 65000}, {65535, 65535}, {65536, kAsTrans}, {4200000000u, kAsTrans}};
-    for (const auto &row : aRows) {
-        SessionConfig st = Config();
-        st.ulLocalAs = row.first;
-        Bytes v = BuildOpen(st);
-        /* A peer session reads our OPEN as we read theirs. */
-        Recorder rec;
-        BgpSession peer(Config(row.first), rec);
-        peer.Start(0.0);
-        peer.Receive(v.data(), v.size(), 0.0);
-        EXPECT_EQ(Be16(&v[20]), row.second);
-        EXPECT_EQ(peer.State(), SessionState::OpenConfirm);
-        EXPECT_EQ(peer.PeerAs(), row.first);
-        EXPECT_TRUE(peer.ExtendedMessages());
-        EXPECT_TRUE(peer.PeerRouteRefresh());
-        EXPECT_EQ(peer.Families(), (std::vector<Family>{{1, 73}, {2, 73}}));
     }
 }
 
@@ -193,22 +175,6 @@ TEST(Session, TimersAndEstablishedTraffic)
     vecIn = Concat({BgpOpen({4, 65001, 0}), Keepalive()});
     s0.Receive(vecIn.data(), vecIn.size(), 0.0);
     EXPECT_DOUBLE_EQ(s0.NextDeadline(), 3600.0);
-}
-
-TEST(Session, NotificationText)
-{
-    const char *const apcTexts[] = {
-        "cease: administrative shutdown (6/2)",
-        "hold timer expired (4/0)",
-        "message header error: connection not synchronized (1/1)",
-        "message header error (1/9)",
-        "OPEN message error: unsupported capability (2/7)",
-        "unknown error (9/1)",
-    };
-    for (const char *pc : apcTexts) {
-        const char *pcCodes = std::strrchr(pc, '(');
-        EXPECT_EQ(NotificationText(static_cast<uint8_t>(pcCodes[1] - '0'), static_cast<uint8_t>(pcCodes[3] - '0')), pc);
-    }
 }
 
 TEST(Session, EndOfRib)

@@ -77,7 +77,7 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
     };
     const std::pair<Bytes, std::string> astRows[] = {
         {Msg(bmp::kInitiation, {Tlv(2u, "r1"), Tlv(1u, "box\x01"), Tlv(9u, "\x01\x02")}), "Initiation sysName=r1 sysDescr=box\\x01 TLV 9=0102"},
-        {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv16(1u, 2u)}), "Termination string=bye reason=out of resources (2)"},
+        {Msg(bmp::kTermination, {Tlv(0u, "bye"), Tlv(1u, Bytes{0, 2})}), "Termination string=bye reason=out of resources (2)"},
         {Msg(bmp::kRouteMonitoring, {kPeer, vecUpdate}), "Route Monitoring " + P + " bgp:23"},
         {Msg(bmp::kRouteMonitoring, {vecPeerV6, vecUpdate}), "Route Monitoring [global 2001:db8::2 AS 65002 post-policy t=1700000000.250] bgp:23"},
         /* Loc-RIB ignores the V and L bits */
@@ -98,10 +98,10 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Msg(bmp::kPeerDown, {vecLocRib, {6u}, Tlv(3u, "red")}), "Peer Down [loc-rib 0.0.0.0 AS 65000 loc-rib t=1700000000.250] local system closed the Loc-RIB (reason 6)"},
         {Msg(bmp::kStatisticsReport, {kPeer, Hex("00000003  0000 0004 00000100  0007 0008 0000000100000002  0009 000b 0001 49 0000000000000005")}),
          "Statistics Report " + P + " 0=256 7=4294967298 9=5"},
-        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv16(1u, 1u)}), "Route Mirroring " + P + " bgp:23 info:1"},
+        {Msg(bmp::kRouteMirroring, {kPeer, Tlv(0u, vecUpdate), Tlv(1u, Bytes{0, 1})}), "Route Mirroring " + P + " bgp:23 info:1"},
 
         {Bytes{1u, 0, 0, 0, 6, bmp::kInitiation}, "!BMP version 1, expected 3"},
-        {Lie(Bmp(bmp::kInitiation, Tlv(2u, "r1")), +4), "!BMP message length 16 in a message of 12 bytes"},
+        {With(Bmp(bmp::kInitiation, Tlv(2u, "r1")), 4, 16u), "!BMP message length 16 in a message of 12 bytes"},
         {Bmp(bmp::kRouteMonitoring, Bytes(kPeer.begin(), kPeer.end() - 1)), "!Route Monitoring message of 47 bytes has no room for its per-peer header (42 bytes)"},
         {Bmp(bmp::kRouteMonitoring, kPeer), "!Route Monitoring UPDATE: 0 bytes left, too short for a BGP header"},
         {Msg(bmp::kRouteMonitoring, {kPeer, Bytes(vecUpdate.begin(), vecUpdate.end() - 1)}), "!Route Monitoring UPDATE: BGP message length 23 with 22 bytes left"},
@@ -114,6 +114,8 @@ TEST(BmpMessage, ReadsEveryTypeAndRefusesMalformedOnes)
         {Up({BgpOpen({4, 65001, 90, 1, {{65, 5, 0, 0}}})}), "!Peer Up: OPEN capability overruns its parameter"},
         /* a byte after the OPEN's last parameter */
         {Up({Bgp(1u, Hex("04 fdf2 005a 0a000009 09  02 06 01040001 0049  02"))}), "!Peer Up: OPEN optional parameter overruns the parameters"},
+        /* the extended-length marker as the last byte */
+        {Up({Bgp(1u, Hex("04 fdf2 005a 0a000009 ff ff"))}), "!Peer Up: OPEN extended parameters length missing"},
         {Msg(bmp::kPeerUp, {kPeer, PeerUpFixed(), vecUpdate}), "!Peer Up sent OPEN: BGP message of type 2, expected 1"},
         {Bmp(bmp::kPeerDown, kPeer), "!Peer Down without its reason"},
         {Msg(bmp::kPeerDown, {kPeer, {2u, 0u}}), "!Peer Down without its FSM event code"},
@@ -286,7 +288,8 @@ TEST_F(MonitorTest, KeepsOneTablePerRouterPeerAndView)
          "r1|10.0.0.8|65008|pre-policy=2 r2|0.0.0.0|65000|loc-rib=2"},
         {"a router gone takes its tables", "r1", {}, "r2|0.0.0.0|65000|loc-rib=2"},
         {"no per-peer header", "r2", Bmp(bmp::kRouteMonitoring, {}), "r2|0.0.0.0|65000|loc-rib=2", false},
-        {"a lying length", "r2", Lie(Bmp(bmp::kPeerDown, Concat({vecLocRib, {4u}})), 1), "r2|0.0.0.0|65000|loc-rib=2", false},
+        /* the last byte of the length field: 50 for 49 bytes */
+        {"a lying length", "r2", With(Bmp(bmp::kPeerDown, Concat({vecLocRib, {4u}})), 4, 50u), "r2|0.0.0.0|65000|loc-rib=2", false},
         {"a mirrored KEEPALIVE is no UPDATE", "r2", Bmp(bmp::kRouteMirroring, Concat({vecLocRib, Tlv(0u, BgpMessage(4u, 0u, 0u))})),
          "r2|0.0.0.0|65000|loc-rib=2"},
         {"refused attribute", "r2", rm(vecLocRib, vecRefused), ""},

@@ -1,47 +1,14 @@
-/* The encoder's warnings for code points RFC 9830 receivers read differently,
- * and UPDATEs that stay within 4096 bytes however many routes share them. The
- * tool's own look at tunnels and sub-TLVs is checked end to end (kept_parts). */
+/* UPDATEs that stay within 4096 bytes however many routes share them. The
+ * encoder's warnings and the tool's own look at tunnels and sub-TLVs are
+ * checked end to end (interop, kept_parts). */
 #include <gtest/gtest.h>
 
 #include "common/bytes.h"
 #include "encode/encode.h"
-#include "encode/interop.h"
-#include "test_support.h"
 
 namespace {
 
 using srp::Bytes;
-using srp_test::Hex;
-
-TEST(Interop, EachCodePointWarnedOncePerRoute)
-{
-    struct Case {
-        const char *pcName;
-        const char *pcValue;
-        std::vector<std::string> vecStarts; /* the warnings' first words, in order */
-    } astCases[] = {
-        {"MPLS labels, flags 0", "000f 000c  8000 09 00  0106 00 00 00064000", {}},
-        {"MPLS labels, flags 0x80 twice", "000f 0014  8000 11 00  0106 80 00 00064000  0106 80 00 000c8000",
-         {"segments written with flags 0x80"}},
-        /* the path MTU, SRv6 segment and segment-list binding SID warnings: srpolicy.interop.* */
-        {"SRv6 segment, type 13 (RFC 9830)",
-         "000f 0018  8000 15 00  0d12 00 00 20010db8000100000000000000000001", {}},
-        {"SRv6 binding SID, structure 128",
-         "000f 001c  141a 20 00 20010db8000100000000000000000001 0030 0000 40 30 10 00", {}},
-        {"SRv6 binding SID, structure 129",
-         "000f 001c  141a 20 00 20010db8000100000000000000000001 0030 0000 40 30 10 01", {"SRv6 binding SID"}},
-        {"structure 129 without the B-flag",
-         "000f 001c  141a 00 00 20010db8000100000000000000000001 0030 0000 40 30 10 01", {}},
-    };
-    for (const Case &st : astCases) {
-        Bytes v = Hex(st.pcValue);
-        std::vector<std::string> vec = srp::InteropWarnings(v.data(), v.size());
-        for (size_t i = 0; i < vec.size() && i < st.vecStarts.size(); i++) {
-            vec[i].resize(std::min(vec[i].size(), st.vecStarts[i].size()));
-        }
-        EXPECT_EQ(vec, st.vecStarts) << st.pcName;
-    }
-}
 
 /* Routes sharing their attributes fill UPDATEs up to 4096 bytes and no
  * further; a change of attributes starts a new one. */

@@ -49,20 +49,6 @@ TEST(HexText, BytesOrTheErrorWithItsPlace)
     EXPECT_EQ(vec, (std::vector<Bytes>{{1, 2}, {3, 4}}));
 }
 
-/* A message whose hex line straddles two of the reader's 1 MiB blocks comes
- * out whole. */
-TEST(HexText, LineAcrossReadBlocks)
-{
-    Bytes vecMsg = BgpMessage(2, 40, 0x5A);
-    std::string strText = "#" + std::string((1u << 20) - 20u, ' ') + "\n" + srp::ToHex(vecMsg) + "\n";
-    RecordingSink sink;
-    std::string strError;
-    ASSERT_TRUE(srp::ReadHexMessages(Text(strText), "t", sink, strError)) << strError;
-    ASSERT_EQ(sink.Kinds(), "msg");
-    EXPECT_EQ(sink.vecSeen[0].vecData, vecMsg);
-    EXPECT_EQ(sink.strProgress, std::to_string(strText.size()) + "/" + std::to_string(strText.size()));
-}
-
 /* Every IPv6 address printed as the C library prints it: zero runs of every
  * length and place, IPv4-mapped and -compatible forms. */
 TEST(AddressText, SameAsTheCLibrary)
@@ -96,6 +82,7 @@ TEST(Formats, DetectedFromTheFirstBytes)
         /* a typo or an odd digit count is still hex, for the reader to point at */
         {Text("fffffffffffffffffffz0"), Format::Hex},
         {Text("0xabc"), Format::Hex},
+        {Text("ff 0x"), Format::Hex}, /* a prefix at the very end */
         {Text("# The face of it\nff"), Format::Hex},
         /* prose is not, nor one NUL, non-ASCII or control byte among many digits */
         {Text("# T\nThe face"), Format::Auto},
@@ -357,10 +344,7 @@ TEST(PcapCapture, LinkLayersAndIpVersions)
         {"BSD loopback IPv6 (28)", 0u, Concat({{28, 0, 0, 0}, Ipv6(vecTcp, false)}), kV6},
         {"BSD loopback IPv6 (30)", 108u, Concat({{0, 0, 0, 30}, Ipv6(vecTcp, false)}), kV6},
         {"OpenBSD loopback", 108u, Concat({{0, 0, 0, 2}, vecV4}), kV4},
-        {"raw IP (12)", 12u, vecV4, kV4},
-        {"raw IP (14)", 14u, Ipv6(vecTcp, false), kV6},
-        {"IPv4", 228u, vecV4, kV4},
-        {"IPv6", 229u, Ipv6(vecTcp, false), kV6},
+        {"version 6 behind the IPv4 type", 1u, Concat({vecEth, With(vecV4, 0, 0x65)}), nullptr},
         /* a version 4 header behind the IPv6 type, its bytes laid out so that read as IPv6 they would
          * lead to the segment: refused */
         {"IPv4 behind the IPv6 type", 1u,

@@ -1,12 +1,10 @@
-/* Printers: wire strings escaped for text and JSON, and the event context
- * (peer and arrival time of live sources) in both forms and in error lines. */
+/* Printers: wire strings escaped for text and JSON, event times, and the
+ * failures an UPDATE counts for. */
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <csignal>
 #include <string>
 
+#include "common/event.h"
 #include "output/escape.h"
 #include "output/printer.h"
 
@@ -50,36 +48,10 @@ TEST(Escape, TextAndJsonFormsOfWireStrings)
     EXPECT_EQ(srp::JsonStringLiteral(aucCut, 2u), "\"a\\u00c3\"");
 }
 
-/* A write that fails (nobody reads the pipe any more) is remembered. */
-TEST(OutBuffer, FailedWriteRemembered)
+/* A time on a whole second (a BMP peer's time stamp often is one). */
+TEST(Printers, EventTimeOfAWholeSecond)
 {
-    int aiFd[2];
-    ASSERT_EQ(pipe(aiFd), 0);
-    close(aiFd[0]);
-    signal(SIGPIPE, SIG_IGN);
-    srp::OutBuffer out(aiFd[1]);
-    out << "x";
-    EXPECT_FALSE(out.Flush());
-    EXPECT_TRUE(out.Failed());
-    close(aiFd[1]);
-}
-
-/* Files name the message by its offset (checked end to end); live sources
- * by the time of arrival and the peer. */
-TEST(Printers, ContextOfLiveSourcesInErrorLines)
-{
-    srp::EventContext stLive;
-    stLive.ullMessage = 9u;
-    stLive.strSource = "session 1";
-    stLive.bHasOffset = false;
-    stLive.bHasTime = true;
-    stLive.llTimeUs = 1767225600123456LL; /* 2026-01-01 */
-    stLive.strPeer = "127.0.0.2";
-    srp::Problem stProblem("route check", 0x50002u, 12u, 0);
-    stProblem.vecReports = {"bol_srpolicy:9 0", "bol_srpolicy:10 0x1f"};
-    EXPECT_EQ(srp::ProblemLine(stLive, stProblem),
-              "srpolicy: error: 2026-01-01T00:00:00.123456Z: peer 127.0.0.2: session 1: message 9 (+12): route check: "
-              "BOL_ERR_PARAM (0x50002) [plug-in report: bol_srpolicy:9 0; bol_srpolicy:10 0x1f]");
+    EXPECT_EQ(srp::EventTimeText(1764000000000000), "2025-11-24T16:00:00.000000Z");
 }
 
 TEST(Printers, FailuresCountEachMessageProblemAndEachRouteOnce)

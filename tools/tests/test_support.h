@@ -44,10 +44,6 @@ public:
         Add("error", o, Bytes(s.begin(), s.end()));
     }
     void Skipped() override { ulSkipped++; }
-    void Progress(uint64_t ullDone, uint64_t ullTotal) override
-    {
-        strProgress = std::to_string(ullDone) + "/" + std::to_string(ullTotal);
-    }
 
     std::string Kinds() const
     {
@@ -59,7 +55,6 @@ public:
     }
     std::vector<Seen> vecSeen;
     size_t ulSkipped = 0;
-    std::string strProgress; /* the last progress report: bytes read of the input's */
 
 private:
     void Add(const char *pcKind, const srp::Origin &o, const Bytes &v)

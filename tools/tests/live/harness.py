@@ -9,6 +9,7 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -168,17 +169,21 @@ def sr_policy_tunnel(preference, labels):
     return struct.pack("!HH", 15, len(sub)) + sub
 
 
+def connect_from(source, port):
+    """A connection from the source address (any port) to port on the loopback address of its family."""
+    s = socket.socket(socket.AF_INET6 if ":" in source else socket.AF_INET)
+    s.settimeout(10)
+    s.bind((source, 0))
+    s.connect((source if ":" in source else LOOPBACK, port))
+    return s
+
+
 class ScriptedPeer:
     """A BGP peer written out byte by byte, on a connection from source to port
     of 127.0.0.1 (or on sock)."""
 
     def __init__(self, port, source, asn=65010, hold=90, sock=None):
-        if sock is None:
-            sock = socket.socket()
-            sock.settimeout(10)
-            sock.bind((source, 0))
-            sock.connect((LOOPBACK, port))
-        self.sock = sock
+        self.sock = sock or connect_from(source, port)
         self.asn = asn
         self.hold = hold
         self.buf = b""
@@ -233,8 +238,8 @@ class ScriptedPeer:
         self.sock.close()
 
 
-def dump_rib(proc, path, timeout=30):
-    """The table a listen run writes anew to path on SIGUSR1: key -> attribute hex."""
+def signalled_table(proc, path, timeout=30):
+    """The entries of the table a run writes anew to path on SIGUSR1, once the file is whole."""
     if os.path.exists(path):
         os.unlink(path)
     proc.send_signal(signal.SIGUSR1)
@@ -245,23 +250,35 @@ def dump_rib(proc, path, timeout=30):
                 text = f.read()
             if text and not text.endswith("\n"):
                 return None
-            return (table_of(json.loads(line) for line in text.splitlines()),)
+            return ([json.loads(line) for line in text.splitlines() if line.strip()],)
         except (OSError, ValueError):
             return None
-    return wait_for(read, timeout, "the table in " + path)[0]
+    return wait_for(read, timeout, "the table in " + path, 0.05)[0]
+
+
+def dump_rib(proc, path):
+    """The listen table: key -> attribute hex."""
+    return table_of(signalled_table(proc, path))
+
+
+def route_key(entry):
+    return (entry["nlri"]["distinguisher"], entry["nlri"]["color"], entry["nlri"]["endpoint"])
 
 
 def table_of(entries):
     """key (distinguisher, color, endpoint) -> attribute hex of table entries."""
-    return {(e["nlri"]["distinguisher"], e["nlri"]["color"], e["nlri"]["endpoint"]): (e["attribute"] or {}).get("hex")
-            for e in entries}
+    return {route_key(e): (e["attribute"] or {}).get("hex") for e in entries}
+
+
+def encode(tool, config, *args):
+    """The hex lines of the UPDATEs encode builds of a configuration."""
+    return subprocess.run([tool, "encode", config, *args], capture_output=True, check=True, timeout=300).stdout
 
 
 def expected_table(tool, config):
     """The table of a configuration, as encode builds it and decode --rib holds it."""
-    hexes = subprocess.run([tool, "encode", config], capture_output=True, check=True, timeout=300).stdout
-    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=hexes, capture_output=True,
-                         check=True, timeout=300).stdout
+    rib = subprocess.run([tool, "decode", "--rib", "--json", "--in", "hex", "-"], input=encode(tool, config),
+                         capture_output=True, check=True, timeout=300).stdout
     return table_of(json.loads(line) for line in rib.decode().splitlines() if line.strip())
 
 
@@ -271,5 +288,26 @@ def read_jsonl(path):
         return [json.loads(line) for line in f if line.endswith("\n") and line.strip()]
 
 
-def workdir():
-    return tempfile.mkdtemp(prefix="srpolicy-live-")
+def main(cases, limit=0):
+    """Runs the case the command line names (SRPOLICY [CONFIGS] CASE) in a work directory of its own, within
+    limit seconds when given; on a failure prints the ends of the runs' logs and keeps the directory. Exit
+    status 0 passed, 1 failed, 2 usage, or what the case returns (77: skipped)."""
+    *args, name = sys.argv[1:] or [""]
+    if not args or name not in cases:
+        print("usage: %s SRPOLICY [CONFIGS] {%s}" % (sys.argv[0], ",".join(cases)), file=sys.stderr)
+        return 2
+    if limit:
+        signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(AssertionError("time limit")))
+        signal.alarm(limit)
+    wd = tempfile.mkdtemp(prefix="srpolicy-live-")
+    try:
+        rc = cases[name](os.path.abspath(args[0]), *args[1:], wd) or 0
+    except AssertionError as e:
+        print("FAILED: %s\nwork directory: %s" % (e, wd))
+        for log in sorted(os.listdir(wd)):
+            if log.endswith((".err", ".out", ".log")):
+                with open(os.path.join(wd, log), errors="replace") as f:
+                    print("---- %s (end)\n%s" % (log, f.read()[-3000:]))
+        return 1
+    shutil.rmtree(wd, ignore_errors=True)
+    return rc
