@@ -392,7 +392,7 @@ inline const NameSlot *FindNameSlot(uint32_t ulType)
 }
 
 /* A name is valid when it is not empty and every byte is printable. */
-inline bool NameValid(const bol::View &stName)
+BOL_WIRE_INLINE bool NameValid(const bol::View &stName)
 {
     return stName.ulLen != 0u && bol::AllBytesIn(stName, 0x20u, 0x7Eu);
 }
@@ -559,6 +559,209 @@ inline void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pu
     }
 }
 
+/* Sub-TLV decoder bodies, after their argument checks: the exported
+ * decoders check and call them, and the walk calls the bodies of the rows it
+ * finds directly. */
+
+
+/* Preference, template id and both slice ids: flags (1), reserved (1) and a
+ * 32-bit value. */
+const uint32_t kFlaggedU32Len = 6u;
+const uint32_t kFlaggedU32ValueOff = 2u;
+
+/* Clears the ignored flags byte and returns the value. */
+uint32_t TakeFlaggedU32(uint8_t *pucValue)
+{
+    bol::View stValue = bol::MakeView(pucValue, kFlaggedU32Len);
+    bol::SetU8(stValue, 0u, 0u);
+    return bol::GetU32(stValue, kFlaggedU32ValueOff);
+}
+
+/* A sub-TLV that may appear once, with a 6-byte value. */
+uint32_t ParseOnceFlaggedU32(uint8_t &ucExist, uint32_t &ulValue, uint8_t *pucValue, uint32_t ulLen)
+{
+    if (ucExist != 0u || ulLen != kFlaggedU32Len) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    ucExist = 1u;
+    ulValue = TakeFlaggedU32(pucValue);
+    return BOL_OK;
+}
+
+/* One kind of slice id (private or standard); each kind may be stored once.
+ * bWrongLenRefused says whether a value that is not 6 bytes long refuses the
+ * attribute or is passed over. */
+uint32_t ParseSliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucKind, uint32_t &ulValue,
+                      bool bWrongLenRefused, uint8_t *pucValue, uint32_t ulLen)
+{
+    if (pstAttr->ucSliceIdExist != 0u && (pstAttr->ucSliceIdKind & ucKind) != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    if (ulLen != kFlaggedU32Len) {
+        return bWrongLenRefused ? BOL_ERR_SUBTLV_INVALID : BOL_OK;
+    }
+    pstAttr->ucSliceIdExist = 1u;
+    pstAttr->ucSliceIdKind = static_cast<uint8_t>(pstAttr->ucSliceIdKind | ucKind);
+    ulValue = TakeFlaggedU32(pucValue);
+    return BOL_OK;
+}
+
+/* Binding SID value forms by length: none, MPLS label field, SRv6 SID. */
+struct BsidForm {
+    uint32_t ulLen;
+    uint8_t ucType;
+};
+const BsidForm g_astBsidForms[] = {{2u, 0u}, {6u, 1u}, {18u, 2u}};
+const uint8_t kBsidTypeMpls = 1u;
+const uint8_t kBsidTypeSrv6 = 2u;
+const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
+const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
+
+/* Candidate path name and policy name: a reserved byte, then the name. */
+__attribute__((always_inline)) inline uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                      const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
+                                                      BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    if (pstAttr->*pstSlot->pucExist != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    pstAttr->*pstSlot->pucValid = 1u;
+    pstAttr->*pstSlot->pucExist = 1u;
+    if (ulLen == 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+
+    bol::View stName = bol::SubView(bol::MakeView(pucValue, ulLen), 1u, ulLen - 1u);
+    if (!NameValid(stName)) {
+        pstAttr->*pstSlot->pucValid = 0u;
+    }
+    if (stName.ulLen == 0u) {
+        pstAttr->*pstSlot->pusLen = 0u;
+        return BOL_OK;
+    }
+
+    uint32_t ulKeep = (stName.ulLen < kNameKeepMax) ? stName.ulLen : kNameKeepMax;
+    uint8_t *pucKept = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulKeep));
+    if (pucKept == nullptr) {
+        BOL_REPORT(ulKeep);
+        return BOL_SRPOLICY_ERR_NOMEM;
+    }
+    pstAttr->*pstSlot->ppucName = pucKept;
+    /* The copy fills the whole buffer, and a failed copy zeroes it, so the
+     * buffer needs no zeroing of its own. */
+    bol::Writer stWr = bol::MakeWriter(pucKept, ulKeep);
+    int iRet = bol::PutBytes(stWr, stName.puc, ulKeep);
+    if (iRet != 0) {
+        BOL_REPORT_SEC(iRet);
+    }
+    BOL_WRITER_FILLED(stWr);
+    pstAttr->*pstSlot->pusLen = static_cast<uint16_t>(ulKeep);
+    return BOL_OK;
+}
+
+
+/* Binding SID; the presence flag is set before the length is judged. */
+__attribute__((always_inline)) inline uint32_t DecodeBsid(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
+                                                       uint32_t ulLen)
+{
+    if (pstAttr->ucBsidExist != 0u) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+    pstAttr->ucBsidExist = 1u;
+
+    const BsidForm *pstForm = nullptr;
+    for (const BsidForm &stForm : g_astBsidForms) {
+        if (stForm.ulLen == ulLen) {
+            pstForm = &stForm;
+            break;
+        }
+    }
+    if (pstForm == nullptr) {
+        return BOL_ERR_SUBTLV_INVALID;
+    }
+
+    bol::View stValue = bol::MakeView(pucValue, ulLen);
+    pstAttr->ucBsidFlags = static_cast<uint8_t>(bol::GetU8(stValue, 0u) & kBsidFlagsKept);
+    bol::SetU8(stValue, 0u, pstAttr->ucBsidFlags);
+    pstAttr->ucBsidType = pstForm->ucType;
+    if (pstForm->ucType == kBsidTypeMpls) {
+        uint32_t ulLabelField = bol::GetU32(stValue, 2u) & kMplsLabelFieldMask;
+        bol::SetU32(stValue, 2u, ulLabelField);
+        pstAttr->aulBsidValue[0] = ulLabelField;
+        pstAttr->ucBsidValueExist = 1u;
+    } else if (pstForm->ucType == kBsidTypeSrv6) {
+        bol::GetWords4(stValue, 2u, pstAttr->aulBsidValue);
+        pstAttr->ucBsidValueExist = 1u;
+    }
+    return BOL_OK;
+}
+
+/* Segment List: checked and cleared in place, then kept in a node of the
+ * record's list. */
+__attribute__((always_inline)) inline uint32_t DecodeSegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
+                                                              uint8_t *pucValue, uint32_t ulLen,
+                                                              BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    uint32_t ulRet = bol::CheckAndClearSegmentList(pucValue, ulLen);
+    if (ulRet != BOL_OK) {
+        return ulRet;
+    }
+
+    /* The node's fixed part followed directly by the value bytes. The value
+     * is copied in full, and a failed copy zeroes it, so only the fixed part
+     * is zeroed here. */
+    uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
+    void *pvNode = BOL_ALLOC(pstInst, ulSize);
+    if (pvNode == nullptr) {
+        BOL_REPORT(ulSize);
+        return BOL_ERR_MALLOC;
+    }
+    memset(pvNode, 0, BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN);
+    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = static_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pvNode);
+    BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
+    DLL_Insert_In_Middle(pstList, pstList->stHead.pstPrev, &pstNode->stNode, &pstList->stHead);
+    bol::Writer stWr = bol::MakeWriter(pstNode->aucSegList, ulLen);
+    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
+    if (iRet != 0) {
+        BOL_REPORT_RET(iRet);
+    }
+    BOL_WRITER_FILLED(stWr);
+    pstNode->usSegListLen = static_cast<uint16_t>(ulLen);
+    return BOL_OK;
+}
+
+/* Runs the decoder in the row that the sub-TLV type finds, if any. The walk
+ * has checked everything the exported decoders check (record, value, instance
+ * and the record's list head are set), so for the rows a typical attribute
+ * carries it runs the decoder's body in place of the call through the row;
+ * any other row is called. */
+__attribute__((always_inline)) inline uint32_t DecodeSubTlv(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucType,
+                                                         uint8_t *pucValue, uint32_t ulLen,
+                                                         BOL_SRPOLICY_INSTANCE_S *pstInst)
+{
+    const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
+    if (pstRow == nullptr) {
+        return BOL_OK;
+    }
+    BOL_SRPOLICY_SUBTLV_PARSE_PF pfnDecode = pstRow->unHandler.pfnSubTlvParse;
+    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_SegmentList) {
+        return DecodeSegmentList(pstAttr, pucValue, ulLen, pstInst);
+    }
+    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_CPathName) {
+        return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_CPATH_NAME), pucValue, ulLen, pstInst);
+    }
+    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_PolicyName) {
+        return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_POLICY_NAME), pucValue, ulLen, pstInst);
+    }
+    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_Preference) {
+        return ParseOnceFlaggedU32(pstAttr->ucPrefExist, pstAttr->ulPreference, pucValue, ulLen);
+    }
+    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_BSID) {
+        return DecodeBsid(pstAttr, pucValue, ulLen);
+    }
+    return (pfnDecode != nullptr) ? pfnDecode(pstAttr, pucValue, ulLen, pstInst) : BOL_OK;
+}
+
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
  * writing the normalised copy at pucPos. In the copy, every sub-TLV is the
  * received bytes as its decoder left them (decoders clear only their own
@@ -594,12 +797,9 @@ __attribute__((always_inline)) inline uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP
         const NameSlot *pstName = FindNameSlot(ucType);
         bool bNameKeptWhole = (usLen - 1u <= kNameKeepMax);
 
-        const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
-        if (pstRow != nullptr && pstRow->unHandler.pfnSubTlvParse != nullptr) {
-            uint32_t ulRet = pstRow->unHandler.pfnSubTlvParse(pstAttr, stValue.puc, usLen, pstInst);
-            if (ulRet != BOL_OK) {
-                return ulRet;
-            }
+        uint32_t ulRet = DecodeSubTlv(pstAttr, ucType, stValue.puc, usLen, pstInst);
+        if (ulRet != BOL_OK) {
+            return ulRet;
         }
         if (pstName == nullptr) {
             NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
@@ -780,104 +980,6 @@ uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint3
 /* Sub-TLV decoders                                                         */
 /* ======================================================================== */
 
-namespace {
-
-/* Preference, template id and both slice ids: flags (1), reserved (1) and a
- * 32-bit value. */
-const uint32_t kFlaggedU32Len = 6u;
-const uint32_t kFlaggedU32ValueOff = 2u;
-
-/* Clears the ignored flags byte and returns the value. */
-uint32_t TakeFlaggedU32(uint8_t *pucValue)
-{
-    bol::View stValue = bol::MakeView(pucValue, kFlaggedU32Len);
-    bol::SetU8(stValue, 0u, 0u);
-    return bol::GetU32(stValue, kFlaggedU32ValueOff);
-}
-
-/* A sub-TLV that may appear once, with a 6-byte value. */
-uint32_t ParseOnceFlaggedU32(uint8_t &ucExist, uint32_t &ulValue, uint8_t *pucValue, uint32_t ulLen)
-{
-    if (ucExist != 0u || ulLen != kFlaggedU32Len) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-    ucExist = 1u;
-    ulValue = TakeFlaggedU32(pucValue);
-    return BOL_OK;
-}
-
-/* One kind of slice id (private or standard); each kind may be stored once.
- * bWrongLenRefused says whether a value that is not 6 bytes long refuses the
- * attribute or is passed over. */
-uint32_t ParseSliceId(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucKind, uint32_t &ulValue,
-                      bool bWrongLenRefused, uint8_t *pucValue, uint32_t ulLen)
-{
-    if (pstAttr->ucSliceIdExist != 0u && (pstAttr->ucSliceIdKind & ucKind) != 0u) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-    if (ulLen != kFlaggedU32Len) {
-        return bWrongLenRefused ? BOL_ERR_SUBTLV_INVALID : BOL_OK;
-    }
-    pstAttr->ucSliceIdExist = 1u;
-    pstAttr->ucSliceIdKind = static_cast<uint8_t>(pstAttr->ucSliceIdKind | ucKind);
-    ulValue = TakeFlaggedU32(pucValue);
-    return BOL_OK;
-}
-
-/* Binding SID value forms by length: none, MPLS label field, SRv6 SID. */
-struct BsidForm {
-    uint32_t ulLen;
-    uint8_t ucType;
-};
-const BsidForm g_astBsidForms[] = {{2u, 0u}, {6u, 1u}, {18u, 2u}};
-const uint8_t kBsidTypeMpls = 1u;
-const uint8_t kBsidTypeSrv6 = 2u;
-const uint8_t kBsidFlagsKept = 0xC0u;     /* S and I flags */
-const uint32_t kMplsLabelFieldMask = 0xFFFFF000u; /* the label; low 12 bits ignored */
-
-/* Candidate path name and policy name: a reserved byte, then the name. */
-__attribute__((always_inline)) inline uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr,
-                                                      const NameSlot *pstSlot, uint8_t *pucValue, uint32_t ulLen,
-                                                      BOL_SRPOLICY_INSTANCE_S *pstInst)
-{
-    if (pstAttr->*pstSlot->pucExist != 0u) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-    pstAttr->*pstSlot->pucValid = 1u;
-    pstAttr->*pstSlot->pucExist = 1u;
-    if (ulLen == 0u) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-
-    bol::View stName = bol::SubView(bol::MakeView(pucValue, ulLen), 1u, ulLen - 1u);
-    if (!NameValid(stName)) {
-        pstAttr->*pstSlot->pucValid = 0u;
-    }
-    if (stName.ulLen == 0u) {
-        pstAttr->*pstSlot->pusLen = 0u;
-        return BOL_OK;
-    }
-
-    uint32_t ulKeep = (stName.ulLen < kNameKeepMax) ? stName.ulLen : kNameKeepMax;
-    uint8_t *pucKept = static_cast<uint8_t *>(BOL_ALLOC(pstInst, ulKeep));
-    if (pucKept == nullptr) {
-        BOL_REPORT(ulKeep);
-        return BOL_SRPOLICY_ERR_NOMEM;
-    }
-    pstAttr->*pstSlot->ppucName = pucKept;
-    /* The copy fills the whole buffer, and a failed copy zeroes it, so the
-     * buffer needs no zeroing of its own. */
-    bol::Writer stWr = bol::MakeWriter(pucKept, ulKeep);
-    int iRet = bol::PutBytes(stWr, stName.puc, ulKeep);
-    if (iRet != 0) {
-        BOL_REPORT_SEC(iRet);
-    }
-    BOL_WRITER_FILLED(stWr);
-    pstAttr->*pstSlot->pusLen = static_cast<uint16_t>(ulKeep);
-    return BOL_OK;
-}
-
-} /* namespace */
 
 extern "C" {
 
@@ -928,36 +1030,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_BSID(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, ui
     BOL_CHECK_PTR(pstAttr, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pucValue, BOL_ERR_PARAM);
 
-    if (pstAttr->ucBsidExist != 0u) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-    pstAttr->ucBsidExist = 1u;
-
-    const BsidForm *pstForm = nullptr;
-    for (const BsidForm &stForm : g_astBsidForms) {
-        if (stForm.ulLen == ulLen) {
-            pstForm = &stForm;
-            break;
-        }
-    }
-    if (pstForm == nullptr) {
-        return BOL_ERR_SUBTLV_INVALID;
-    }
-
-    bol::View stValue = bol::MakeView(pucValue, ulLen);
-    pstAttr->ucBsidFlags = static_cast<uint8_t>(bol::GetU8(stValue, 0u) & kBsidFlagsKept);
-    bol::SetU8(stValue, 0u, pstAttr->ucBsidFlags);
-    pstAttr->ucBsidType = pstForm->ucType;
-    if (pstForm->ucType == kBsidTypeMpls) {
-        uint32_t ulLabelField = bol::GetU32(stValue, 2u) & kMplsLabelFieldMask;
-        bol::SetU32(stValue, 2u, ulLabelField);
-        pstAttr->aulBsidValue[0] = ulLabelField;
-        pstAttr->ucBsidValueExist = 1u;
-    } else if (pstForm->ucType == kBsidTypeSrv6) {
-        bol::GetWords4(stValue, 2u, pstAttr->aulBsidValue);
-        pstAttr->ucBsidValueExist = 1u;
-    }
-    return BOL_OK;
+    return DecodeBsid(pstAttr, pucValue, ulLen);
 }
 
 uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
@@ -968,32 +1041,7 @@ uint32_t BOL_SRPOLICY_ParseSubTlv_SegmentList(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstA
     BOL_CHECK_PTR(pstInst, BOL_ERR_PARAM);
     BOL_CHECK_PTR(pstAttr->pstSegListHead, BOL_ERR_PARAM);
 
-    uint32_t ulRet = bol::CheckAndClearSegmentList(pucValue, ulLen);
-    if (ulRet != BOL_OK) {
-        return ulRet;
-    }
-
-    /* The node's fixed part followed directly by the value bytes. The value
-     * is copied in full, and a failed copy zeroes it, so only the fixed part
-     * is zeroed here. */
-    uint32_t ulSize = static_cast<uint32_t>(BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN) + ulLen;
-    void *pvNode = BOL_ALLOC(pstInst, ulSize);
-    if (pvNode == nullptr) {
-        BOL_REPORT(ulSize);
-        return BOL_ERR_MALLOC;
-    }
-    memset(pvNode, 0, BOL_SRPOLICY_SEGLIST_NODE_HDR_LEN);
-    BOL_SRPOLICY_SEGLIST_NODE_S *pstNode = static_cast<BOL_SRPOLICY_SEGLIST_NODE_S *>(pvNode);
-    BOL_SRPOLICY_LIST_HEAD_S *pstList = pstAttr->pstSegListHead;
-    DLL_Insert_In_Middle(pstList, pstList->stHead.pstPrev, &pstNode->stNode, &pstList->stHead);
-    bol::Writer stWr = bol::MakeWriter(pstNode->aucSegList, ulLen);
-    int iRet = bol::PutBytes(stWr, pucValue, ulLen);
-    if (iRet != 0) {
-        BOL_REPORT_RET(iRet);
-    }
-    BOL_WRITER_FILLED(stWr);
-    pstNode->usSegListLen = static_cast<uint16_t>(ulLen);
-    return BOL_OK;
+    return DecodeSegmentList(pstAttr, pucValue, ulLen, pstInst);
 }
 
 uint32_t BOL_SRPOLICY_ParseSubTlv_CPathName(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,

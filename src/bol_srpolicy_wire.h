@@ -13,26 +13,31 @@
 
 #include "bol_platform.h"
 
+/* The helpers are a few instructions each and sit in the decoders' inner
+ * loops: always inlined, so that a large caller does not turn them into
+ * calls. */
+#define BOL_WIRE_INLINE __attribute__((always_inline)) inline
+
 namespace bol {
 
-inline uint16_t LoadBe16(const uint8_t *puc)
+BOL_WIRE_INLINE uint16_t LoadBe16(const uint8_t *puc)
 {
     return static_cast<uint16_t>((static_cast<uint32_t>(puc[0]) << 8) | puc[1]);
 }
 
-inline uint32_t LoadBe32(const uint8_t *puc)
+BOL_WIRE_INLINE uint32_t LoadBe32(const uint8_t *puc)
 {
     return (static_cast<uint32_t>(puc[0]) << 24) | (static_cast<uint32_t>(puc[1]) << 16) |
            (static_cast<uint32_t>(puc[2]) << 8) | static_cast<uint32_t>(puc[3]);
 }
 
-inline void StoreBe16(uint8_t *puc, uint16_t usVal)
+BOL_WIRE_INLINE void StoreBe16(uint8_t *puc, uint16_t usVal)
 {
     puc[0] = static_cast<uint8_t>(usVal >> 8);
     puc[1] = static_cast<uint8_t>(usVal);
 }
 
-inline void StoreBe32(uint8_t *puc, uint32_t ulVal)
+BOL_WIRE_INLINE void StoreBe32(uint8_t *puc, uint32_t ulVal)
 {
     puc[0] = static_cast<uint8_t>(ulVal >> 24);
     puc[1] = static_cast<uint8_t>(ulVal >> 16);
@@ -42,14 +47,14 @@ inline void StoreBe32(uint8_t *puc, uint32_t ulVal)
 
 /* A 16-bit field of a host record, in host byte order and at any alignment;
  * plain byte copies, which cannot fail. */
-inline uint16_t LoadHost16(const uint8_t *puc)
+BOL_WIRE_INLINE uint16_t LoadHost16(const uint8_t *puc)
 {
     uint16_t usVal = 0u;
     memcpy(&usVal, puc, sizeof(usVal));
     return usVal;
 }
 
-inline void StoreHost16(uint8_t *puc, uint16_t usVal)
+BOL_WIRE_INLINE void StoreHost16(uint8_t *puc, uint16_t usVal)
 {
     memcpy(puc, &usVal, sizeof(usVal));
 }
@@ -61,51 +66,51 @@ struct View {
     uint32_t ulLen;
 };
 
-inline View MakeView(uint8_t *puc, uint32_t ulLen)
+BOL_WIRE_INLINE View MakeView(uint8_t *puc, uint32_t ulLen)
 {
     View stView = {puc, (puc == nullptr) ? 0u : ulLen};
     return stView;
 }
 
 /* True when [ulOff, ulOff + ulCount) lies inside the view. */
-inline bool ViewHas(const View &stView, uint32_t ulOff, uint32_t ulCount)
+BOL_WIRE_INLINE bool ViewHas(const View &stView, uint32_t ulOff, uint32_t ulCount)
 {
     return ulOff <= stView.ulLen && ulCount <= stView.ulLen - ulOff;
 }
 
 /* Reads outside the view give 0; callers check lengths first, this keeps a
  * missed check from ever touching a byte outside the range. */
-inline uint8_t GetU8(const View &stView, uint32_t ulOff)
+BOL_WIRE_INLINE uint8_t GetU8(const View &stView, uint32_t ulOff)
 {
     return ViewHas(stView, ulOff, 1) ? stView.puc[ulOff] : 0u;
 }
 
-inline uint16_t GetU16(const View &stView, uint32_t ulOff)
+BOL_WIRE_INLINE uint16_t GetU16(const View &stView, uint32_t ulOff)
 {
     return ViewHas(stView, ulOff, 2) ? LoadBe16(stView.puc + ulOff) : 0u;
 }
 
-inline uint32_t GetU32(const View &stView, uint32_t ulOff)
+BOL_WIRE_INLINE uint32_t GetU32(const View &stView, uint32_t ulOff)
 {
     return ViewHas(stView, ulOff, 4) ? LoadBe32(stView.puc + ulOff) : 0u;
 }
 
 /* Writes outside the view are dropped. */
-inline void SetU8(const View &stView, uint32_t ulOff, uint8_t ucVal)
+BOL_WIRE_INLINE void SetU8(const View &stView, uint32_t ulOff, uint8_t ucVal)
 {
     if (ViewHas(stView, ulOff, 1)) {
         stView.puc[ulOff] = ucVal;
     }
 }
 
-inline void SetU16(const View &stView, uint32_t ulOff, uint16_t usVal)
+BOL_WIRE_INLINE void SetU16(const View &stView, uint32_t ulOff, uint16_t usVal)
 {
     if (ViewHas(stView, ulOff, 2)) {
         StoreBe16(stView.puc + ulOff, usVal);
     }
 }
 
-inline void SetU32(const View &stView, uint32_t ulOff, uint32_t ulVal)
+BOL_WIRE_INLINE void SetU32(const View &stView, uint32_t ulOff, uint32_t ulVal)
 {
     if (ViewHas(stView, ulOff, 4)) {
         StoreBe32(stView.puc + ulOff, ulVal);
@@ -113,7 +118,7 @@ inline void SetU32(const View &stView, uint32_t ulOff, uint32_t ulVal)
 }
 
 /* The sub-range [ulOff, ulOff + ulCount); empty when it does not fit. */
-inline View SubView(const View &stView, uint32_t ulOff, uint32_t ulCount)
+BOL_WIRE_INLINE View SubView(const View &stView, uint32_t ulOff, uint32_t ulCount)
 {
     if (!ViewHas(stView, ulOff, ulCount)) {
         return View{nullptr, 0u};
@@ -122,7 +127,7 @@ inline View SubView(const View &stView, uint32_t ulOff, uint32_t ulCount)
 }
 
 /* Four big-endian words at ulOff (an IPv6 address or SRv6 SID). */
-inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
+BOL_WIRE_INLINE void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
 {
     for (uint32_t i = 0; i < 4u; i++) {
         aulOut[i] = GetU32(stView, ulOff + 4u * i);
@@ -134,7 +139,7 @@ inline void GetWords4(const View &stView, uint32_t ulOff, uint32_t aulOut[4])
  * (w - ucLo x 0x01..01) & ~w has a top bit set, and some byte is above ucHi
  * when (w + (0x7F - ucHi) x 0x01..01) | w has one (a borrow or carry between
  * bytes only comes from a byte that is itself out of range). */
-inline bool WordBytesIn(uint64_t ullWord, uint8_t ucLo, uint8_t ucHi)
+BOL_WIRE_INLINE bool WordBytesIn(uint64_t ullWord, uint8_t ucLo, uint8_t ucHi)
 {
     const uint64_t kOnes = 0x0101010101010101u;
     const uint64_t ullBelow = kOnes * ucLo;
@@ -144,7 +149,7 @@ inline bool WordBytesIn(uint64_t ullWord, uint8_t ucLo, uint8_t ucHi)
 
 /* Eight bytes at any alignment as one word, in host byte order: for checks
  * that treat every byte alike. */
-inline uint64_t LoadHost64(const uint8_t *puc)
+BOL_WIRE_INLINE uint64_t LoadHost64(const uint8_t *puc)
 {
     uint64_t ullVal = 0u;
     memcpy(&ullVal, puc, sizeof(ullVal));
@@ -156,7 +161,7 @@ inline uint64_t LoadHost64(const uint8_t *puc)
  * ends with its last eight bytes, which may overlap bytes already checked. A
  * view of four to seven bytes is checked as its first and its last four
  * bytes in one word, a shorter one byte by byte. */
-inline bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
+BOL_WIRE_INLINE bool AllBytesIn(const View &stView, uint8_t ucLo, uint8_t ucHi)
 {
     const uint32_t ulLen = stView.ulLen;
     if (ulLen < 4u) {
@@ -186,18 +191,18 @@ struct Reader {
     uint32_t ulLeft;
 };
 
-inline Reader MakeReader(uint8_t *puc, uint32_t ulLen)
+BOL_WIRE_INLINE Reader MakeReader(uint8_t *puc, uint32_t ulLen)
 {
     Reader stRd = {puc, (puc == nullptr) ? 0u : ulLen};
     return stRd;
 }
 
-inline Reader MakeReader(const View &stView)
+BOL_WIRE_INLINE Reader MakeReader(const View &stView)
 {
     return MakeReader(stView.puc, stView.ulLen);
 }
 
-inline bool ReadU8(Reader &stRd, uint8_t &ucOut)
+BOL_WIRE_INLINE bool ReadU8(Reader &stRd, uint8_t &ucOut)
 {
     if (stRd.ulLeft < 1u) {
         return false;
@@ -208,7 +213,7 @@ inline bool ReadU8(Reader &stRd, uint8_t &ucOut)
     return true;
 }
 
-inline bool ReadU16(Reader &stRd, uint16_t &usOut)
+BOL_WIRE_INLINE bool ReadU16(Reader &stRd, uint16_t &usOut)
 {
     if (stRd.ulLeft < 2u) {
         return false;
@@ -219,7 +224,7 @@ inline bool ReadU16(Reader &stRd, uint16_t &usOut)
     return true;
 }
 
-inline bool Skip(Reader &stRd, uint32_t ulCount)
+BOL_WIRE_INLINE bool Skip(Reader &stRd, uint32_t ulCount)
 {
     if (stRd.ulLeft < ulCount) {
         return false;
@@ -230,7 +235,7 @@ inline bool Skip(Reader &stRd, uint32_t ulCount)
 }
 
 /* Takes the next ulCount bytes as a view and steps past them. */
-inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
+BOL_WIRE_INLINE bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
 {
     if (stRd.ulLeft < ulCount) {
         return false;
@@ -244,7 +249,7 @@ inline bool ReadView(Reader &stRd, uint32_t ulCount, View &stOut)
 /* The next TLV with a 1-byte type and a 1-byte length (segment sub-TLVs):
  * its type and its value as a view, stepping past both. False, and nothing
  * consumed, when the header or the value does not fit. */
-inline bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
+BOL_WIRE_INLINE bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
 {
     if (stRd.ulLeft < 2u) {
         return false;
@@ -273,20 +278,20 @@ struct Writer {
     uint32_t ulShort;
 };
 
-inline Writer MakeWriter(uint8_t *puc, uint32_t ulRoom)
+BOL_WIRE_INLINE Writer MakeWriter(uint8_t *puc, uint32_t ulRoom)
 {
     Writer stWr = {puc, (puc == nullptr) ? 0u : ulRoom, 0u};
     return stWr;
 }
 
-inline bool Fits(const Writer &stWr, uint32_t ulCount)
+BOL_WIRE_INLINE bool Fits(const Writer &stWr, uint32_t ulCount)
 {
     return stWr.ulShort == 0u && ulCount <= stWr.ulRoom;
 }
 
 /* Reserves ulCount bytes at the position and steps past them: their start,
  * or null (and the write remembered as short) when they do not fit. */
-inline uint8_t *Take(Writer &stWr, uint32_t ulCount)
+BOL_WIRE_INLINE uint8_t *Take(Writer &stWr, uint32_t ulCount)
 {
     if (!Fits(stWr, ulCount)) {
         stWr.ulShort = (ulCount > UINT32_MAX - stWr.ulShort) ? UINT32_MAX : stWr.ulShort + ulCount;
@@ -298,7 +303,7 @@ inline uint8_t *Take(Writer &stWr, uint32_t ulCount)
     return puc;
 }
 
-inline void PutU8(Writer &stWr, uint8_t ucVal)
+BOL_WIRE_INLINE void PutU8(Writer &stWr, uint8_t ucVal)
 {
     uint8_t *puc = Take(stWr, 1u);
     if (puc != nullptr) {
@@ -306,7 +311,7 @@ inline void PutU8(Writer &stWr, uint8_t ucVal)
     }
 }
 
-inline void PutU16(Writer &stWr, uint16_t usVal)
+BOL_WIRE_INLINE void PutU16(Writer &stWr, uint16_t usVal)
 {
     uint8_t *puc = Take(stWr, 2u);
     if (puc != nullptr) {
@@ -314,7 +319,7 @@ inline void PutU16(Writer &stWr, uint16_t usVal)
     }
 }
 
-inline void PutU32(Writer &stWr, uint32_t ulVal)
+BOL_WIRE_INLINE void PutU32(Writer &stWr, uint32_t ulVal)
 {
     uint8_t *puc = Take(stWr, 4u);
     if (puc != nullptr) {
@@ -323,7 +328,7 @@ inline void PutU32(Writer &stWr, uint32_t ulVal)
 }
 
 /* The first ulWords (at most 4) of four words big-endian, first word first. */
-inline void PutWords(Writer &stWr, const uint32_t aulWords[4], uint32_t ulWords)
+BOL_WIRE_INLINE void PutWords(Writer &stWr, const uint32_t aulWords[4], uint32_t ulWords)
 {
     if (ulWords > 4u) {
         ulWords = 4u;
@@ -335,18 +340,18 @@ inline void PutWords(Writer &stWr, const uint32_t aulWords[4], uint32_t ulWords)
 }
 
 /* Four words big-endian, first word first. */
-inline void PutWords4(Writer &stWr, const uint32_t aulWords[4])
+BOL_WIRE_INLINE void PutWords4(Writer &stWr, const uint32_t aulWords[4])
 {
     PutWords(stWr, aulWords, 4u);
 }
 
 /* True when any of four words is not 0 (an SID or address that is set). */
-inline bool AnyWord(const uint32_t aulWords[4])
+BOL_WIRE_INLINE bool AnyWord(const uint32_t aulWords[4])
 {
     return (aulWords[0] | aulWords[1] | aulWords[2] | aulWords[3]) != 0u;
 }
 
-inline void PutZeros(Writer &stWr, uint32_t ulCount)
+BOL_WIRE_INLINE void PutZeros(Writer &stWr, uint32_t ulCount)
 {
     uint8_t *puc = Take(stWr, ulCount);
     if (puc != nullptr) {
@@ -355,7 +360,7 @@ inline void PutZeros(Writer &stWr, uint32_t ulCount)
 }
 
 /* Steps over bytes that the encoder leaves as the caller's buffer held them. */
-inline void PutSkip(Writer &stWr, uint32_t ulCount)
+BOL_WIRE_INLINE void PutSkip(Writer &stWr, uint32_t ulCount)
 {
     (void)Take(stWr, ulCount);
 }
@@ -363,7 +368,7 @@ inline void PutSkip(Writer &stWr, uint32_t ulCount)
 /* The writer's position as a view of ulCount bytes, stepping past them: for
  * fields that are filled or patched after the fact (a length written later).
  * An empty view when they do not fit. */
-inline View PutView(Writer &stWr, uint32_t ulCount)
+BOL_WIRE_INLINE View PutView(Writer &stWr, uint32_t ulCount)
 {
     uint8_t *puc = Take(stWr, ulCount);
     return (puc != nullptr) ? View{puc, ulCount} : View{nullptr, 0u};
@@ -371,7 +376,7 @@ inline View PutView(Writer &stWr, uint32_t ulCount)
 
 /* A writer whose room ends at pucEnd (the first byte past the usable
  * buffer); no room when pucEnd lies before puc. */
-inline Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
+BOL_WIRE_INLINE Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
 {
     if (puc == nullptr || pucEnd == nullptr || pucEnd < puc) {
         return Writer{puc, 0u, 0u};
@@ -385,7 +390,7 @@ inline Writer MakeWriterTo(uint8_t *puc, const uint8_t *pucEnd)
  * clears no more than that. Bytes that do not fit are not copied (a short
  * write). The copy's result is returned: callers report a non-zero one and
  * carry on as if the bytes had been written. */
-inline int PutBytesIn(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount, uint32_t ulDstSize)
+BOL_WIRE_INLINE int PutBytesIn(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount, uint32_t ulDstSize)
 {
     uint8_t *puc = Take(stWr, ulCount);
     if (puc == nullptr) {
@@ -395,13 +400,13 @@ inline int PutBytesIn(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount, uin
 }
 
 /* PutBytesIn with the item's own size as the destination size. */
-inline int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+BOL_WIRE_INLINE int PutBytes(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
 {
     return PutBytesIn(stWr, pucSrc, ulCount, ulCount);
 }
 
 /* PutBytesIn with the whole room left before the copy as the destination size. */
-inline int PutBytesInRoom(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
+BOL_WIRE_INLINE int PutBytesInRoom(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
 {
     uint32_t ulRoom = stWr.ulRoom;
     return PutBytesIn(stWr, pucSrc, ulCount, ulRoom);
@@ -413,14 +418,14 @@ inline int PutBytesInRoom(Writer &stWr, const uint8_t *pucSrc, uint32_t ulCount)
  * renderers, for instance). View is shared with the decoders, which clear
  * bytes in place, so constness is dropped here, in one place; nothing writes
  * through a view made by this function. */
-inline View MakeReadView(const uint8_t *puc, uint32_t ulLen)
+BOL_WIRE_INLINE View MakeReadView(const uint8_t *puc, uint32_t ulLen)
 {
     return MakeView(const_cast<uint8_t *>(puc), ulLen);
 }
 
 /* Width of a Tunnel Encapsulation sub-TLV's length field: 2 bytes when the
  * type is 128 or more (bit 7 set), else 1 byte. */
-inline uint32_t SubTlvLenWidth(uint8_t ucType)
+BOL_WIRE_INLINE uint32_t SubTlvLenWidth(uint8_t ucType)
 {
     return ((ucType & 0x80u) != 0u) ? 2u : 1u;
 }
@@ -428,7 +433,7 @@ inline uint32_t SubTlvLenWidth(uint8_t ucType)
 /* Header of a Tunnel Encapsulation sub-TLV: a type byte, then the value
  * length in the width the type gives. False when the header does not fit in
  * what is left. */
-inline bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
+BOL_WIRE_INLINE bool ReadSubTlvHeader(Reader &stRd, uint8_t &ucType, uint16_t &usLen)
 {
     if (!ReadU8(stRd, ucType)) {
         return false;
