@@ -158,6 +158,27 @@ constexpr SubTlvRowIndex MakeSubTlvRowIndex(const BOL_SRPOLICY_PROC_ENTRY_S (&as
 
 constexpr SubTlvRowIndex g_stSubTlvParseRows = MakeSubTlvRowIndex(g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL);
 
+namespace {
+
+/* Whether the row a sub-TLV type finds holds this decoder. */
+constexpr bool RowDecodesWith(uint32_t ulType, BOL_SRPOLICY_SUBTLV_PARSE_PF pfnDecode)
+{
+    return g_stSubTlvParseRows.aucRowPlus1[ulType] != 0u &&
+           g_astBOL_SRPOLICY_TUNENCAPSUBTLV_PARSE_TBL[g_stSubTlvParseRows.aucRowPlus1[ulType] - 1u]
+                   .unHandler.pfnSubTlvParse == pfnDecode;
+}
+
+} /* namespace */
+
+/* The attribute walk runs the bodies of these rows' decoders in place of the
+ * call through the row. */
+static_assert(RowDecodesWith(BOL_SRPOLICY_SUBTLV_SEGLIST, BOL_SRPOLICY_ParseSubTlv_SegmentList) &&
+                  RowDecodesWith(BOL_SRPOLICY_SUBTLV_PREF, BOL_SRPOLICY_ParseSubTlv_Preference) &&
+                  RowDecodesWith(BOL_SRPOLICY_SUBTLV_BSID, BOL_SRPOLICY_ParseSubTlv_BSID) &&
+                  RowDecodesWith(BOL_SRPOLICY_SUBTLV_CPATH_NAME, BOL_SRPOLICY_ParseSubTlv_CPathName) &&
+                  RowDecodesWith(BOL_SRPOLICY_SUBTLV_POLICY_NAME, BOL_SRPOLICY_ParseSubTlv_PolicyName),
+              "the sub-TLV rows the attribute walk decodes in place");
+
 } /* namespace bol */
 
 extern "C" {
@@ -739,13 +760,17 @@ constexpr uint64_t LenBit(uint32_t ulLen)
     return uint64_t{1} << ulLen;
 }
 
+/* The value length of an MPLS label segment (type 1): flags, reserved byte,
+ * label field. */
+const uint8_t kSegMplsLen = 6u;
+
 /* Accepted value lengths of segment types 1 to 8 (bit n set: length n),
  * indexed like the check table; row 0 has no check. The checks in rows 1 to 8
  * of the table test exactly these, and the segment walk tests them without
  * the call. */
 constexpr uint64_t g_aullSegTypeLens[] = {
     0u,                                                  /* 0: no check */
-    LenBit(6u),                                          /* 1: MPLS label */
+    LenBit(kSegMplsLen),                                 /* 1: MPLS label */
     LenBit(18u),                                         /* 2: SRv6 SID */
     LenBit(6u) | LenBit(10u),                            /* 3 */
     LenBit(18u) | LenBit(22u),                           /* 4 */
@@ -884,8 +909,16 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
     uint8_t ucType = 0u;
     bol::View stSeg = {nullptr, 0u};
     /* The reader refuses a header or value that does not fit, and stops at
-     * the end; only the end leaves nothing behind. */
-    while (bol::ReadTlv8(stRd, ucType, stSeg)) {
+     * the end; only the end leaves nothing behind. MPLS label segments, the
+     * usual run, are accepted by their fixed header alone (the only length
+     * their check accepts). */
+    for (;;) {
+        if (bol::SkipTlv8Of(stRd, BOL_SRPOLICY_SEG_MPLS, kSegMplsLen)) {
+            continue;
+        }
+        if (!bol::ReadTlv8(stRd, ucType, stSeg)) {
+            break;
+        }
         if (LenAccepted(g_stSegQuickLens.aull[ucType], stSeg.ulLen)) {
             continue;
         }

@@ -730,36 +730,15 @@ __attribute__((always_inline)) inline uint32_t DecodeSegmentList(BOL_SRPOLICY_TN
     return BOL_OK;
 }
 
-/* Runs the decoder in the row that the sub-TLV type finds, if any. The walk
- * has checked everything the exported decoders check (record, value, instance
- * and the record's list head are set), so for the rows a typical attribute
- * carries it runs the decoder's body in place of the call through the row;
- * any other row is called. */
-__attribute__((always_inline)) inline uint32_t DecodeSubTlv(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucType,
-                                                         uint8_t *pucValue, uint32_t ulLen,
-                                                         BOL_SRPOLICY_INSTANCE_S *pstInst)
+/* Runs the decoder in the row that the sub-TLV type finds, if any. */
+inline uint32_t DecodeByRow(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t ucType, uint8_t *pucValue, uint32_t ulLen,
+                            BOL_SRPOLICY_INSTANCE_S *pstInst)
 {
     const BOL_SRPOLICY_PROC_ENTRY_S *pstRow = bol::SubTlvParseRow(ucType);
-    if (pstRow == nullptr) {
+    if (pstRow == nullptr || pstRow->unHandler.pfnSubTlvParse == nullptr) {
         return BOL_OK;
     }
-    BOL_SRPOLICY_SUBTLV_PARSE_PF pfnDecode = pstRow->unHandler.pfnSubTlvParse;
-    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_SegmentList) {
-        return DecodeSegmentList(pstAttr, pucValue, ulLen, pstInst);
-    }
-    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_CPathName) {
-        return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_CPATH_NAME), pucValue, ulLen, pstInst);
-    }
-    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_PolicyName) {
-        return ParseName(pstAttr, FindNameSlot(BOL_SRPOLICY_SUBTLV_POLICY_NAME), pucValue, ulLen, pstInst);
-    }
-    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_Preference) {
-        return ParseOnceFlaggedU32(pstAttr->ucPrefExist, pstAttr->ulPreference, pucValue, ulLen);
-    }
-    if (pfnDecode == BOL_SRPOLICY_ParseSubTlv_BSID) {
-        return DecodeBsid(pstAttr, pucValue, ulLen);
-    }
-    return (pfnDecode != nullptr) ? pfnDecode(pstAttr, pucValue, ulLen, pstInst) : BOL_OK;
+    return pstRow->unHandler.pfnSubTlvParse(pstAttr, pucValue, ulLen, pstInst);
 }
 
 /* Walks the sub-TLV area, decoding each known sub-TLV into the record and
@@ -794,23 +773,48 @@ __attribute__((always_inline)) inline uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP
         }
 
         uint8_t *pucLands = pucPos + (pucTlv - pucRun); /* this sub-TLV's place in the copy */
-        const NameSlot *pstName = FindNameSlot(ucType);
-        bool bNameKeptWhole = (usLen - 1u <= kNameKeepMax);
-
-        uint32_t ulRet = DecodeSubTlv(pstAttr, ucType, stValue.puc, usLen, pstInst);
+        uint8_t *pucValue = stValue.puc;
+        uint32_t ulRet = BOL_OK;
+        /* The rows a typical attribute carries run their decoder's body in
+         * place of the call through the row: the walk has checked everything
+         * the exported decoders check (record, value, instance and the
+         * record's list head are set). The sub-TLV table holds these rows
+         * (checked where it is defined). */
+        switch (ucType) {
+            case BOL_SRPOLICY_SUBTLV_SEGLIST:
+                ulRet = DecodeSegmentList(pstAttr, pucValue, usLen, pstInst);
+                break;
+            case BOL_SRPOLICY_SUBTLV_PREF:
+                ulRet = ParseOnceFlaggedU32(pstAttr->ucPrefExist, pstAttr->ulPreference, pucValue, usLen);
+                break;
+            case BOL_SRPOLICY_SUBTLV_BSID:
+                ulRet = DecodeBsid(pstAttr, pucValue, usLen);
+                break;
+            case BOL_SRPOLICY_SUBTLV_CPATH_NAME:
+            case BOL_SRPOLICY_SUBTLV_POLICY_NAME: {
+                const NameSlot &stName = *FindNameSlot(ucType);
+                ulRet = ParseName(pstAttr, &stName, pucValue, usLen, pstInst);
+                if (ulRet != BOL_OK) {
+                    return ulRet;
+                }
+                if (usLen - 1u <= kNameKeepMax) {
+                    /* Kept whole: the copy is the received sub-TLV with its
+                     * reserved byte (just after the length field) cleared. */
+                    stPending.apuc[ucType - BOL_SRPOLICY_SUBTLV_CPATH_NAME] = pucLands + 1u + ulWidth;
+                } else {
+                    FlushRun(pucPos, pucRun, pucTlv, stPending);
+                    CopyNameTlv(pucPos, pstAttr, ucType, stName);
+                    pucRun = stRd.puc;
+                }
+                break;
+            }
+            default:
+                ulRet = DecodeByRow(pstAttr, ucType, pucValue, usLen, pstInst);
+                NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
+                break;
+        }
         if (ulRet != BOL_OK) {
             return ulRet;
-        }
-        if (pstName == nullptr) {
-            NoteSliceIdTlv(pucLands, ucType, &stPos.pucPriv, &stPos.pucStd);
-        } else if (bNameKeptWhole) {
-            /* Kept whole: the copy is the received sub-TLV with its reserved
-             * byte (just after the length field) cleared. */
-            stPending.apuc[ucType - BOL_SRPOLICY_SUBTLV_CPATH_NAME] = pucLands + 1u + ulWidth;
-        } else {
-            FlushRun(pucPos, pucRun, pucTlv, stPending);
-            CopyNameTlv(pucPos, pstAttr, ucType, *pstName);
-            pucRun = stRd.puc;
         }
         if (stRd.ulLeft == 0u) {
             FlushRun(pucPos, pucRun, stRd.puc, stPending);
