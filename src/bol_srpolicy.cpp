@@ -913,7 +913,16 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
      * usual run, are accepted by their fixed header alone (the only length
      * their check accepts). */
     for (;;) {
-        if (bol::SkipTlv8Of(stRd, BOL_SRPOLICY_SEG_MPLS, kSegMplsLen)) {
+        if (bol::ReadTlv8Of(stRd, BOL_SRPOLICY_SEG_MPLS, kSegMplsLen, stSeg)) {
+            continue;
+        }
+        if (stMarkers.ulWeightSeen == 0u &&
+            bol::ReadTlv8Of(stRd, BOL_SRPOLICY_SEG_WEIGHT, kSegFlaggedU32Len, stSeg)) {
+            stMarkers.ulWeightSeen = 1u;
+            if (stTarget.puc == nullptr) {
+                stTarget = stSeg;
+                ucTargetType = BOL_SRPOLICY_SEG_WEIGHT;
+            }
             continue;
         }
         if (!bol::ReadTlv8(stRd, ucType, stSeg)) {

@@ -265,16 +265,18 @@ BOL_WIRE_INLINE bool ReadTlv8(Reader &stRd, uint8_t &ucType, View &stValue)
     return true;
 }
 
-/* Steps past the next TLV with a 1-byte type and length when it has exactly
- * this type and value length; false, and nothing consumed, otherwise (also
- * when it does not fit). The step is a constant, so that a walk over a run of
- * such TLVs need not wait for each length byte before it reads the next. */
-BOL_WIRE_INLINE bool SkipTlv8Of(Reader &stRd, uint8_t ucType, uint8_t ucLen)
+/* The next TLV with a 1-byte type and length when it has exactly this type
+ * and value length: its value as a view, stepping past it. False, and
+ * nothing consumed, otherwise (also when it does not fit). The step is a
+ * constant, so that a walk over a run of such TLVs need not wait for each
+ * length byte before it reads the next. */
+BOL_WIRE_INLINE bool ReadTlv8Of(Reader &stRd, uint8_t ucType, uint8_t ucLen, View &stValue)
 {
     const uint32_t ulTake = 2u + ucLen;
     if (stRd.ulLeft < ulTake || LoadBe16(stRd.puc) != ((uint32_t{ucType} << 8) | ucLen)) {
         return false;
     }
+    stValue = View{stRd.puc + 2, ucLen};
     stRd.puc += ulTake;
     stRd.ulLeft -= ulTake;
     return true;
