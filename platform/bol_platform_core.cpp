@@ -284,6 +284,29 @@ char *PutHexGroup(char *pc, unsigned uGroup)
     return pc;
 }
 
+/* Copies count bytes between buffers that do not overlap. A copy of 16 bytes
+ * or fewer (a name, a label, an address) is made here, up from 8 bytes as a
+ * load of the first and of the last 8 bytes and their stores (overlapping in
+ * the middle): the call into the C library and its dispatch on the size cost
+ * more than such a copy. Longer copies are the library's. */
+inline void CopyBytes(uint8_t *pucDst, const uint8_t *pucSrc, size_t count)
+{
+    if (count > 16u) {
+        memcpy(pucDst, pucSrc, count);
+    } else if (count >= 8u) {
+        uint64_t ullHead = 0u;
+        uint64_t ullTail = 0u;
+        memcpy(&ullHead, pucSrc, sizeof(ullHead));
+        memcpy(&ullTail, pucSrc + count - sizeof(ullTail), sizeof(ullTail));
+        memcpy(pucDst, &ullHead, sizeof(ullHead));
+        memcpy(pucDst + count - sizeof(ullTail), &ullTail, sizeof(ullTail));
+    } else {
+        for (size_t i = 0; i < count; i++) {
+            pucDst[i] = pucSrc[i];
+        }
+    }
+}
+
 } /* namespace */
 
 extern "C" {
@@ -417,9 +440,7 @@ int memcpy_s(void *dest, size_t destMax, const void *src, size_t count)
         memset(dest, 0, destMax);
         return iRet;
     }
-    if (count != 0u) {
-        memcpy(dest, src, count);
-    }
+    CopyBytes(static_cast<uint8_t *>(dest), static_cast<const uint8_t *>(src), count);
     return 0;
 }
 

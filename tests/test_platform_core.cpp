@@ -54,6 +54,28 @@ TEST(MemcpyS, CopiesOrZeroesTheDestination)
     EXPECT_EQ(aucOv[0], 1);
 }
 
+/* Every count up to past the short-copy sizes, at unaligned source and
+ * destination offsets: exactly count bytes land, nothing around them moves. */
+TEST(MemcpyS, CopiesEveryShortCountExactly)
+{
+    unsigned char aucSrc[64];
+    for (size_t i = 0; i < sizeof(aucSrc); i++) {
+        aucSrc[i] = static_cast<unsigned char>(i + 1u);
+    }
+    for (size_t count = 0; count <= 40u; count++) {
+        for (size_t off = 0; off < 3u; off++) {
+            SCOPED_TRACE(::testing::Message() << "count " << count << ", offset " << off);
+            unsigned char aucDst[48];
+            memset(aucDst, 0xEE, sizeof(aucDst));
+            ASSERT_EQ(memcpy_s(aucDst + off, count, aucSrc + off + 1u, count), 0);
+            for (size_t i = 0; i < sizeof(aucDst); i++) {
+                bool bIn = i >= off && i < off + count;
+                ASSERT_EQ(aucDst[i], bIn ? aucSrc[i + 1u] : 0xEEu) << i;
+            }
+        }
+    }
+}
+
 /* The formatting functions against the C library's snprintf: the same text,
  * length, cut and terminator at every room size, for each conversion form the
  * functions format themselves and for forms they hand on. */

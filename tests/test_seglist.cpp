@@ -49,6 +49,13 @@ TEST_F(SegList, ValidationAndClearing)
          "00 | 09 06 FF FF 00 00 00 01 | 0D 06 FF FF 00 00 05 DC", BOL_OK,
          "00 | 09 06 00 FF 00 00 00 01 | 0D 06 FF FF 00 00 05 DC"},
         {"type 33 flags 0x40 of length 10", "00 | 21 0A 40 00 00 01 00 00 00 02 00 00", BOL_ERR_SUBTLV_INVALID, ""},
+        {"two weights", "00 | 09 06 FF 00 00 00 00 01 | 01 06 00 00 00 06 40 00 | 09 06 FF 00 00 00 00 02",
+         BOL_ERR_SUBTLV_INVALID, ""},
+        {"type-13 path MTU before a weight: only the path MTU cleared",
+         "00 | 0D 06 FF FF 00 00 05 DC | 09 06 FF FF 00 00 00 01", BOL_OK,
+         "00 | 0D 06 00 00 00 00 05 DC | 09 06 FF FF 00 00 00 01"},
+        {"a label whose value the list cuts", "00 | 01 06 00 00 00 06 40 00 | 01 06 00 00 00 06",
+         BOL_ERR_SUBTLV_MALFORMED, ""},
         /* Refused after a clear target: the target keeps its bytes. */
         {"a weight, then a refused label", "00 | 09 06 FF 00 00 00 00 01 | 01 05 00 00 00 00 00",
          BOL_ERR_SUBTLV_INVALID, ""},
