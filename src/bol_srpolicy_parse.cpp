@@ -200,15 +200,18 @@ __attribute__((always_inline)) inline uint32_t DecodeMpNlri(uint8_t **ppucCur, u
      * not be handed over, so that it can skip this NLRI: past the body once
      * the key is handed over, else just after the length byte. Both are
      * stored before the output block is built, so that little is kept across
-     * its calls; a failure puts the cursor back at the body. */
-    *pulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
+     * its calls; a failure puts the cursor back at the body. The key is built
+     * first: the block's key copy reads it back, and the sooner its stores
+     * are done the less that copy waits for them. */
+    uint32_t ulMore = (stRd.ulLeft != ulBody) ? 1u : 0u;
     bol::View stBody = {};
     (void)bol::ReadView(stRd, ulBody, stBody);
-    *ppucCur = stRd.puc;
     /* The body decoder that BOL_SRPOLICY_ParseBgpNlri wraps, without its
      * checks: they hold here. */
     BOL_SRPOLICY_NLRI_S stKey = {};
     NlriKey(stBody, ulBody == kNlriBodyV4, stKey);
+    *pulMore = ulMore;
+    *ppucCur = stRd.puc;
     uint32_t ulRet = OutputKeyOnly(ppvOut, &stKey, pstInst);
     if (ulRet != BOL_OK) {
         *ppucCur = stBody.puc;
