@@ -1,24 +1,139 @@
 /* The table of current routes. */
 #include "rib/rib.h"
 
+#include <string_view>
 #include <utility>
 
 #include "plugin/describer.h"
 
 namespace srp {
 
-void Rib::Announce(const RibSource &stSource, const RibKey &stKey, RibRoute stRoute)
+namespace {
+
+/* Nodes per chunk of the pool: some hundred kilobytes at a time. */
+const size_t kNodesPerChunk = 4096u;
+
+size_t HashPath(const RibPath &st)
 {
-    m_mapSources[stSource].insert_or_assign(stKey, std::move(stRoute));
+    std::string_view svAttr(reinterpret_cast<const char *>(st.vecAttr.data()), st.vecAttr.size());
+    size_t ulHash = std::hash<std::string_view>()(svAttr);
+    ulHash ^= std::hash<std::string_view>()(st.strNextHop) + 0x9e3779b97f4a7c15ull + (ulHash << 6) + (ulHash >> 2);
+    return ulHash ^ static_cast<size_t>(st.bHasAttr);
+}
+
+}  // namespace
+
+RibNodePool::~RibNodePool()
+{
+    for (char *p : m_vecChunks) {
+        ::operator delete(p);
+    }
+}
+
+void *RibNodePool::Take(size_t ulSize)
+{
+    if (m_ulSize == 0u && ulSize >= sizeof(Free)) {
+        m_ulSize = (ulSize + alignof(std::max_align_t) - 1u) / alignof(std::max_align_t) * alignof(std::max_align_t);
+    }
+    if (ulSize > m_ulSize || ulSize + alignof(std::max_align_t) <= m_ulSize) {
+        return ::operator new(ulSize);
+    }
+    if (m_pFree != nullptr) {
+        Free *p = m_pFree;
+        m_pFree = p->pNext;
+        return p;
+    }
+    if (m_pNext == m_pEnd) {
+        m_vecChunks.reserve(m_vecChunks.size() + 1u);
+        m_pNext = static_cast<char *>(::operator new(m_ulSize * kNodesPerChunk));
+        m_pEnd = m_pNext + m_ulSize * kNodesPerChunk;
+        m_vecChunks.push_back(m_pNext);
+    }
+    void *p = m_pNext;
+    m_pNext += m_ulSize;
+    return p;
+}
+
+void RibNodePool::Give(void *p, size_t ulSize)
+{
+    if (ulSize > m_ulSize || ulSize + alignof(std::max_align_t) <= m_ulSize) {
+        ::operator delete(p);
+        return;
+    }
+    Free *pFree = static_cast<Free *>(p);
+    pFree->pNext = m_pFree;
+    m_pFree = pFree;
+}
+
+Rib::~Rib()
+{
+    m_mapSources.clear();
+    for (SharedPath *p : m_setPaths) {
+        delete p;
+    }
+}
+
+const RibPath *Rib::Share(bool bHasAttr, const Bytes &vecAttr, const std::string &strNextHop)
+{
+    m_stProbe.bHasAttr = bHasAttr;
+    m_stProbe.vecAttr.assign(vecAttr.begin(), vecAttr.end());
+    m_stProbe.strNextHop.assign(strNextHop);
+    m_stProbe.ulHash = HashPath(m_stProbe);
+    auto it = m_setPaths.find(&m_stProbe);
+    if (it != m_setPaths.end()) {
+        return *it;
+    }
+    auto *pNew = new SharedPath(m_stProbe);
+    m_setPaths.insert(pNew);
+    return pNew;
+}
+
+void Rib::Release(const RibPath *pPath)
+{
+    auto *p = static_cast<SharedPath *>(const_cast<RibPath *>(pPath));
+    if (--p->ulRoutes == 0u) {
+        m_setPaths.erase(p);
+        delete p;
+    }
+}
+
+Rib::Table &Rib::TableOf(const RibSource &stSource)
+{
+    if (m_pLastTable == nullptr || !(stSource == *m_pLastSource)) {
+        auto it = m_mapSources.try_emplace(stSource, Table::allocator_type(&m_pool)).first;
+        m_pLastSource = &it->first;
+        m_pLastTable = &it->second;
+    }
+    return *m_pLastTable;
+}
+
+void Rib::Announce(const RibSource &stSource, const RibKey &stKey, const RibPath *pPath, double dReceived)
+{
+    static_cast<SharedPath *>(const_cast<RibPath *>(pPath))->ulRoutes++;
+    auto stDone = TableOf(stSource).try_emplace(stKey, RibRoute{pPath, dReceived});
+    if (!stDone.second) { /* a route the source had: the new one replaces it */
+        RibRoute &stOld = stDone.first->second;
+        const RibPath *pOld = stOld.pPath;
+        stOld = RibRoute{pPath, dReceived};
+        Release(pOld);
+    }
 }
 
 bool Rib::Withdraw(const RibSource &stSource, const RibKey &stKey)
 {
     auto it = m_mapSources.find(stSource);
-    if (it == m_mapSources.end() || it->second.erase(stKey) == 0u) {
+    if (it == m_mapSources.end()) {
         return false;
     }
+    auto itRoute = it->second.find(stKey);
+    if (itRoute == it->second.end()) {
+        return false;
+    }
+    const RibPath *pPath = itRoute->second.pPath;
+    it->second.erase(itRoute);
+    Release(pPath);
     if (it->second.empty()) {
+        m_pLastTable = nullptr;
         m_mapSources.erase(it);
     }
     return true;
@@ -31,6 +146,10 @@ size_t Rib::Clear(const RibSource &stSource)
         return 0u;
     }
     size_t ulCount = it->second.size();
+    for (const auto &stRoute : it->second) {
+        Release(stRoute.second.pPath);
+    }
+    m_pLastTable = nullptr;
     m_mapSources.erase(it);
     return ulCount;
 }
@@ -82,6 +201,7 @@ const char *RibViewName(RibView eView)
 size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived)
 {
     size_t ulTreated = 0;
+    const RibPath *pPath = nullptr; /* shared by the UPDATE's announced routes */
     for (const DescribedRoute &stRoute : stUpdate.vecRoutes) {
         RibKey stKey;
         stKey.usAfi = stRoute.usAfi;
@@ -91,12 +211,10 @@ size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &s
             rib.Withdraw(stSource, stKey);
             continue;
         }
-        RibRoute stEntry;
-        stEntry.bHasAttr = stUpdate.stAttr.bPresent;
-        stEntry.vecAttr = stUpdate.stAttr.vecNormalised;
-        stEntry.strNextHop = stUpdate.strNextHop;
-        stEntry.dReceived = dReceived;
-        rib.Announce(stSource, stKey, std::move(stEntry));
+        if (pPath == nullptr) {
+            pPath = rib.Share(stUpdate.stAttr.bPresent, stUpdate.stAttr.vecNormalised, stUpdate.strNextHop);
+        }
+        rib.Announce(stSource, stKey, pPath, dReceived);
     }
     return ulTreated;
 }
