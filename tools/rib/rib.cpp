@@ -67,7 +67,6 @@ void RibNodePool::Give(void *p, size_t ulSize)
 
 Rib::~Rib()
 {
-    m_mapSources.clear();
     for (SharedPath *p : m_setPaths) {
         delete p;
     }
@@ -97,10 +96,10 @@ void Rib::Release(const RibPath *pPath)
     }
 }
 
-Rib::Table &Rib::TableOf(const RibSource &stSource)
+Rib::SourceTable &Rib::TableOf(const RibSource &stSource)
 {
     if (m_pLastTable == nullptr || !(stSource == *m_pLastSource)) {
-        auto it = m_mapSources.try_emplace(stSource, Table::allocator_type(&m_pool)).first;
+        auto it = m_mapSources.try_emplace(stSource, &m_pool).first;
         m_pLastSource = &it->first;
         m_pLastTable = &it->second;
     }
@@ -110,13 +109,33 @@ Rib::Table &Rib::TableOf(const RibSource &stSource)
 void Rib::Announce(const RibSource &stSource, const RibKey &stKey, const RibPath *pPath, double dReceived)
 {
     static_cast<SharedPath *>(const_cast<RibPath *>(pPath))->ulRoutes++;
-    auto stDone = TableOf(stSource).try_emplace(stKey, RibRoute{pPath, dReceived});
-    if (!stDone.second) { /* a route the source had: the new one replaces it */
-        RibRoute &stOld = stDone.first->second;
-        const RibPath *pOld = stOld.pPath;
-        stOld = RibRoute{pPath, dReceived};
-        Release(pOld);
+    SourceTable &stTable = TableOf(stSource);
+    Table &map = stTable.mapRoutes;
+    Table::iterator &itLast = stTable.LastOf(stKey);
+    Table::iterator it = map.end();
+    if (itLast != map.end() && itLast->first < stKey) { /* after the group's last route: is it the next? */
+        Table::iterator itNext = std::next(itLast);
+        if (itNext == map.end() || stKey < itNext->first) {
+            itLast = map.emplace_hint(itNext, stKey, RibRoute{pPath, dReceived});
+            return;
+        }
+        if (!(itNext->first < stKey)) {
+            it = itNext;
+        }
     }
+    if (it == map.end()) {
+        auto stDone = map.try_emplace(stKey, RibRoute{pPath, dReceived});
+        itLast = stDone.first;
+        if (stDone.second) {
+            return;
+        }
+        it = stDone.first;
+    }
+    /* a route the source had: the new one replaces it */
+    itLast = it;
+    const RibPath *pOld = it->second.pPath;
+    it->second = RibRoute{pPath, dReceived};
+    Release(pOld);
 }
 
 bool Rib::Withdraw(const RibSource &stSource, const RibKey &stKey)
@@ -125,14 +144,19 @@ bool Rib::Withdraw(const RibSource &stSource, const RibKey &stKey)
     if (it == m_mapSources.end()) {
         return false;
     }
-    auto itRoute = it->second.find(stKey);
-    if (itRoute == it->second.end()) {
+    Table &map = it->second.mapRoutes;
+    auto itRoute = map.find(stKey);
+    if (itRoute == map.end()) {
         return false;
     }
+    Table::iterator &itLast = it->second.LastOf(stKey);
+    if (itLast == itRoute) {
+        itLast = map.end();
+    }
     const RibPath *pPath = itRoute->second.pPath;
-    it->second.erase(itRoute);
+    map.erase(itRoute);
     Release(pPath);
-    if (it->second.empty()) {
+    if (map.empty()) {
         m_pLastTable = nullptr;
         m_mapSources.erase(it);
     }
@@ -145,8 +169,8 @@ size_t Rib::Clear(const RibSource &stSource)
     if (it == m_mapSources.end()) {
         return 0u;
     }
-    size_t ulCount = it->second.size();
-    for (const auto &stRoute : it->second) {
+    size_t ulCount = it->second.mapRoutes.size();
+    for (const auto &stRoute : it->second.mapRoutes) {
         Release(stRoute.second.pPath);
     }
     m_pLastTable = nullptr;
@@ -158,7 +182,7 @@ size_t Rib::Size() const
 {
     size_t ulCount = 0u;
     for (const auto &stEntry : m_mapSources) {
-        ulCount += stEntry.second.size();
+        ulCount += stEntry.second.mapRoutes.size();
     }
     return ulCount;
 }
@@ -166,7 +190,7 @@ size_t Rib::Size() const
 size_t Rib::Size(const RibSource &stSource) const
 {
     auto it = m_mapSources.find(stSource);
-    return it == m_mapSources.end() ? 0u : it->second.size();
+    return it == m_mapSources.end() ? 0u : it->second.mapRoutes.size();
 }
 
 const RibRoute *Rib::Find(const RibSource &stSource, const RibKey &stKey) const
@@ -175,14 +199,14 @@ const RibRoute *Rib::Find(const RibSource &stSource, const RibKey &stKey) const
     if (it == m_mapSources.end()) {
         return nullptr;
     }
-    auto itRoute = it->second.find(stKey);
-    return itRoute == it->second.end() ? nullptr : &itRoute->second;
+    auto itRoute = it->second.mapRoutes.find(stKey);
+    return itRoute == it->second.mapRoutes.end() ? nullptr : &itRoute->second;
 }
 
 void Rib::ForEach(const std::function<void(const RibSource &, const RibKey &, const RibRoute &)> &fn) const
 {
     for (const auto &stSource : m_mapSources) {
-        for (const auto &stRoute : stSource.second) {
+        for (const auto &stRoute : stSource.second.mapRoutes) {
             fn(stSource.first, stRoute.first, stRoute.second);
         }
     }

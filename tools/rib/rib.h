@@ -9,6 +9,7 @@
 #ifndef SRPOLICY_TOOL_RIB_RIB_H
 #define SRPOLICY_TOOL_RIB_RIB_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -189,15 +190,29 @@ private:
             return a->ulHash == b->ulHash && static_cast<const RibPath &>(*a) == *b;
         }
     };
+    /* A source's routes, and where the last route announced into each of a
+     * few groups (family, distinguisher and color, hashed) went: a peer that
+     * sends a policy's endpoints in order, as a table is sent, has its next
+     * route placed right after the last one, without a walk from the root. */
+    struct SourceTable {
+        static constexpr size_t kGroups = 16u;
+        explicit SourceTable(RibNodePool *pPool) : mapRoutes(Table::allocator_type(pPool)) { aitLast.fill(mapRoutes.end()); }
+        Table mapRoutes;
+        std::array<Table::iterator, kGroups> aitLast; /* end(): none */
+        Table::iterator &LastOf(const RibKey &stKey)
+        {
+            return aitLast[(stKey.usAfi ^ stKey.stKey.ulDistinguisher * 31u ^ stKey.stKey.ulPolicyColor) % kGroups];
+        }
+    };
     void Release(const RibPath *pPath);
-    Table &TableOf(const RibSource &stSource);
+    SourceTable &TableOf(const RibSource &stSource);
 
     RibNodePool m_pool; /* before the tables: they give their nodes back to it */
-    std::map<RibSource, Table> m_mapSources;
+    std::map<RibSource, SourceTable> m_mapSources;
     /* The source of the last announcement and its table: a session's routes
      * come from one source, and the lookup compares its texts. */
     const RibSource *m_pLastSource = nullptr;
-    Table *m_pLastTable = nullptr;
+    SourceTable *m_pLastTable = nullptr;
     std::unordered_set<SharedPath *, PathHash, PathEqual> m_setPaths;
     SharedPath m_stProbe; /* the path looked for, its buffers reused */
 };

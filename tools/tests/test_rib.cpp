@@ -54,6 +54,11 @@ TEST(Rib, PathsSharedAndReleased)
         {"the first peer goes", "a", {}, -2, "", "b 1=7@n1", 1},
         {"the last route goes", "b", {1}, -1, "", "", 0},
         {"the table fills again", "b", {6, 1}, 9, "n3", "b 1=9@n3 b 6=9@n3", 1},
+        {"the last route announced goes", "b", {1}, -1, "", "b 6=9@n3", 1},
+        {"routes in order after it", "b", {2, 3}, 9, "n3", "b 2=9@n3 b 3=9@n3 b 6=9@n3", 1},
+        {"a route before the last", "b", {1}, 5, "n3", "b 1=5@n3 b 2=9@n3 b 3=9@n3 b 6=9@n3", 2},
+        {"the next one re-announced", "b", {2}, 5, "n3", "b 1=5@n3 b 2=5@n3 b 3=9@n3 b 6=9@n3", 2},
+        {"past the end, then between", "b", {7, 4}, 5, "n3", "b 1=5@n3 b 2=5@n3 b 3=9@n3 b 4=5@n3 b 6=9@n3 b 7=5@n3", 2},
     };
     srp::Rib rib;
     for (const Step &st : astSteps) {
