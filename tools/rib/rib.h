@@ -16,7 +16,7 @@
 #include <map>
 #include <string>
 #include <tuple>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "bol_srpolicy.h"
@@ -170,7 +170,7 @@ public:
     size_t Size() const;
     size_t Size(const RibSource &stSource) const;
     /* Distinct paths held. */
-    size_t Paths() const { return m_setPaths.size(); }
+    size_t Paths() const { return m_mapPaths.size(); }
     const RibRoute *Find(const RibSource &stSource, const RibKey &stKey) const;
 
     /* Every route in order: source, family, distinguisher, color, endpoint. */
@@ -180,15 +180,6 @@ private:
     struct SharedPath : RibPath {
         size_t ulHash = 0;
         size_t ulRoutes = 0; /* routes that carry it */
-    };
-    struct PathHash {
-        size_t operator()(const SharedPath *p) const { return p->ulHash; }
-    };
-    struct PathEqual {
-        bool operator()(const SharedPath *a, const SharedPath *b) const
-        {
-            return a->ulHash == b->ulHash && static_cast<const RibPath &>(*a) == *b;
-        }
     };
     /* A source's routes, and where the last route announced into each of a
      * few groups (family, distinguisher and color, hashed) went: a peer that
@@ -213,8 +204,10 @@ private:
      * come from one source, and the lookup compares its texts. */
     const RibSource *m_pLastSource = nullptr;
     SourceTable *m_pLastTable = nullptr;
-    std::unordered_set<SharedPath *, PathHash, PathEqual> m_setPaths;
-    SharedPath m_stProbe; /* the path looked for, its buffers reused */
+    /* The shared paths by the hash of their bytes (the hash is their own:
+     * the paths are compared with the UPDATE's bytes where they are, not
+     * copied first for a lookup). */
+    std::unordered_multimap<size_t, SharedPath *, std::hash<size_t>> m_mapPaths;
 };
 
 struct DescribedUpdate;
