@@ -80,18 +80,39 @@ void RibNodePool::Give(void *p, size_t ulSize)
 
 Rib::~Rib()
 {
-    for (const auto &stEntry : m_mapPaths) {
-        delete stEntry.second;
+    for (const PathSlot &st : m_vecPathSlots) {
+        delete st.p;
+    }
+}
+
+void Rib::GrowPathSlots()
+{
+    std::vector<PathSlot> vecOld(std::max<size_t>(64u, m_vecPathSlots.size() * 2u));
+    vecOld.swap(m_vecPathSlots);
+    size_t ulMask = m_vecPathSlots.size() - 1u;
+    for (const PathSlot &st : vecOld) {
+        if (st.p != nullptr) {
+            size_t i = st.ulHash & ulMask;
+            while (m_vecPathSlots[i].p != nullptr) {
+                i = (i + 1u) & ulMask;
+            }
+            m_vecPathSlots[i] = st;
+        }
     }
 }
 
 const RibPath *Rib::Share(bool bHasAttr, const Bytes &vecAttr, const std::string &strNextHop)
 {
+    if (2u * (m_ulPaths + 1u) > m_vecPathSlots.size()) {
+        GrowPathSlots();
+    }
     size_t ulHash = HashPath(bHasAttr, vecAttr, strNextHop);
-    auto stRange = m_mapPaths.equal_range(ulHash);
-    for (auto it = stRange.first; it != stRange.second; ++it) {
-        const SharedPath &st = *it->second;
-        if (st.bHasAttr == bHasAttr && st.vecAttr == vecAttr && st.strNextHop == strNextHop) {
+    size_t ulMask = m_vecPathSlots.size() - 1u;
+    size_t i = ulHash & ulMask;
+    for (; m_vecPathSlots[i].p != nullptr; i = (i + 1u) & ulMask) {
+        const SharedPath &st = *m_vecPathSlots[i].p;
+        if (m_vecPathSlots[i].ulHash == ulHash && st.bHasAttr == bHasAttr && st.vecAttr == vecAttr &&
+            st.strNextHop == strNextHop) {
             return &st;
         }
     }
@@ -100,7 +121,8 @@ const RibPath *Rib::Share(bool bHasAttr, const Bytes &vecAttr, const std::string
     pNew->vecAttr = vecAttr;
     pNew->strNextHop = strNextHop;
     pNew->ulHash = ulHash;
-    m_mapPaths.emplace(ulHash, pNew);
+    m_vecPathSlots[i] = PathSlot{ulHash, pNew};
+    m_ulPaths++;
     return pNew;
 }
 
@@ -110,13 +132,23 @@ void Rib::Release(const RibPath *pPath)
     if (--p->ulRoutes != 0u) {
         return;
     }
-    auto stRange = m_mapPaths.equal_range(p->ulHash);
-    for (auto it = stRange.first; it != stRange.second; ++it) {
-        if (it->second == p) {
-            m_mapPaths.erase(it);
-            break;
+    size_t ulMask = m_vecPathSlots.size() - 1u;
+    size_t i = p->ulHash & ulMask;
+    while (m_vecPathSlots[i].p != p) {
+        i = (i + 1u) & ulMask;
+    }
+    /* The paths after it in its run move back where their probe would
+     * otherwise stop early at the freed slot. */
+    for (size_t j = (i + 1u) & ulMask; m_vecPathSlots[j].p != nullptr; j = (j + 1u) & ulMask) {
+        /* it stays where its own slot lies after the freed one (going round) */
+        size_t ulHome = m_vecPathSlots[j].ulHash & ulMask;
+        if (((j - ulHome) & ulMask) >= ((j - i) & ulMask)) {
+            m_vecPathSlots[i] = m_vecPathSlots[j];
+            i = j;
         }
     }
+    m_vecPathSlots[i] = PathSlot{};
+    m_ulPaths--;
     delete p;
 }
 

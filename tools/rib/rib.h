@@ -16,7 +16,6 @@
 #include <map>
 #include <string>
 #include <tuple>
-#include <unordered_map>
 #include <vector>
 
 #include "bol_srpolicy.h"
@@ -170,7 +169,7 @@ public:
     size_t Size() const;
     size_t Size(const RibSource &stSource) const;
     /* Distinct paths held. */
-    size_t Paths() const { return m_mapPaths.size(); }
+    size_t Paths() const { return m_ulPaths; }
     const RibRoute *Find(const RibSource &stSource, const RibKey &stKey) const;
 
     /* Every route in order: source, family, distinguisher, color, endpoint. */
@@ -204,10 +203,16 @@ private:
      * come from one source, and the lookup compares its texts. */
     const RibSource *m_pLastSource = nullptr;
     SourceTable *m_pLastTable = nullptr;
-    /* The shared paths by the hash of their bytes (the hash is their own:
-     * the paths are compared with the UPDATE's bytes where they are, not
-     * copied first for a lookup). */
-    std::unordered_multimap<size_t, SharedPath *, std::hash<size_t>> m_mapPaths;
+    /* The shared paths in an open-addressed table by the hash of their
+     * bytes (linear probing, at most half full): a lookup reads a slot and
+     * the path it names, and compares the UPDATE's bytes where they are. */
+    struct PathSlot {
+        size_t ulHash = 0;
+        SharedPath *p = nullptr; /* none: the slot is free */
+    };
+    void GrowPathSlots();
+    std::vector<PathSlot> m_vecPathSlots;
+    size_t m_ulPaths = 0;
 };
 
 struct DescribedUpdate;

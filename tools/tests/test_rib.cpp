@@ -3,6 +3,7 @@
  * another's path. */
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,65 @@ TEST(Rib, PathsSharedAndReleased)
         EXPECT_EQ(TableText(rib), st.pcTable);
         EXPECT_EQ(rib.Paths(), st.ulPaths);
     }
+}
+
+/* Many paths (the table of paths grows, probes collide): withdrawn in an
+ * order that frees them between others, every remaining route keeps its own
+ * path, and the count follows. */
+TEST(Rib, ManyPathsReleasedInAnyOrder)
+{
+    const uint32_t ulRoutes = 3000u, ulPaths = 700u;
+    srp::Rib rib;
+    srp::RibSource stSource;
+    stSource.strPeer = "p";
+    auto update = [](uint32_t ulRoute, bool bWithdrawn) {
+        srp::DescribedUpdate st;
+        st.strNextHop = "n";
+        st.stAttr.bPresent = true;
+        uint32_t ulPath = ulRoute % ulPaths;
+        st.stAttr.vecNormalised = Bytes{static_cast<uint8_t>(ulPath >> 8), static_cast<uint8_t>(ulPath), 0x0F};
+        srp::DescribedRoute stRoute;
+        stRoute.usAfi = 1u;
+        stRoute.stKey.ulPolicyColor = ulRoute % 7u;
+        stRoute.stKey.aulEndpoint[0] = ulRoute;
+        stRoute.bWithdrawn = bWithdrawn;
+        st.vecRoutes.push_back(stRoute);
+        return st;
+    };
+    for (uint32_t i = 0; i < ulRoutes; i++) {
+        srp::ApplyUpdate(rib, stSource, update(i, false), 1.0);
+    }
+    ASSERT_EQ(rib.Paths(), ulPaths);
+    /* every route whose number is a multiple of 3 or 5 goes */
+    std::vector<bool> vecKept(ulRoutes, true);
+    for (uint32_t i = ulRoutes; i-- > 0;) {
+        if (i % 3u == 0u || i % 5u == 0u) {
+            srp::ApplyUpdate(rib, stSource, update(i, true), 1.0);
+            vecKept[i] = false;
+        }
+    }
+    std::vector<bool> vecPathUsed(ulPaths, false);
+    size_t ulLeft = 0;
+    for (uint32_t i = 0; i < ulRoutes; i++) {
+        srp::RibKey stKey;
+        stKey.usAfi = 1u;
+        stKey.stKey.ulPolicyColor = i % 7u;
+        stKey.stKey.aulEndpoint[0] = i;
+        const srp::RibRoute *pRoute = rib.Find(stSource, stKey);
+        ASSERT_EQ(pRoute != nullptr, vecKept[i]) << i;
+        if (pRoute != nullptr) {
+            ulLeft++;
+            vecPathUsed[i % ulPaths] = true;
+            EXPECT_EQ(pRoute->pPath->vecAttr, update(i, false).stAttr.vecNormalised) << i;
+        }
+    }
+    EXPECT_EQ(rib.Size(), ulLeft);
+    EXPECT_EQ(rib.Paths(), static_cast<size_t>(std::count(vecPathUsed.begin(), vecPathUsed.end(), true)));
+    /* the freed paths come back as new ones */
+    for (uint32_t i = 0; i < ulRoutes; i += 3u) {
+        srp::ApplyUpdate(rib, stSource, update(i, false), 1.0);
+    }
+    EXPECT_EQ(rib.Paths(), ulPaths);
 }
 
 /* Keys order by family, distinguisher, color, then the endpoint words. */
