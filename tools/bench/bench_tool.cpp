@@ -128,8 +128,10 @@ void BM_DecodeSample(benchmark::State &state)
 BENCHMARK(BM_DecodeSample);
 
 /* The table a live session keeps: 100,000 routes of distinct keys, one
- * UPDATE each, announced into an empty table (the table's share of a
- * route's cost in `listen`; compare with BM_DecodeSample's routes/s). */
+ * UPDATE each, announced into an empty table in the order of the live
+ * burst (colours 1 to 7 in turn, endpoints rising, a thousand distinct
+ * label stacks); the table's share of a route's cost in `listen`: compare
+ * with BM_DecodeSample's routes/s. */
 void BM_TableAnnounce(benchmark::State &state)
 {
     const uint32_t ulRoutes = 100000u;
@@ -138,18 +140,23 @@ void BM_TableAnnounce(benchmark::State &state)
     srp::DescribedUpdate stUpdate;
     stUpdate.strNextHop = "192.0.2.1";
     stUpdate.stAttr.bPresent = true;
-    stUpdate.stAttr.vecNormalised = srp_test::Hex("000f 0034 0c06000000000064 0d06 0000003e8000 8000 2100"
-                                                  "0906000000000001 0106800000100000 0106800000110000");
+    stUpdate.stAttr.vecNormalised = srp_test::Hex("000f 001c 0c06000000000064 8000 1100"
+                                                  "0106800003e80000 0106800004268000");
+    const size_t ulLabel = stUpdate.stAttr.vecNormalised.size() - 12u; /* the first label: its field is label << 12 */
     stUpdate.vecRoutes.resize(1u);
     srp::DescribedRoute &stRoute = stUpdate.vecRoutes[0];
     stRoute.usAfi = 1u;
     stRoute.stKey.ucNlriLen = BOL_SRPOLICY_NLRI_LEN_IPV4;
-    stRoute.stKey.ulPolicyColor = 100u;
+    stRoute.stKey.ulDistinguisher = 1u;
     for (auto _ : state) {
         srp::Rib rib;
         for (uint32_t i = 0; i < ulRoutes; i++) {
-            stRoute.stKey.ulDistinguisher = i;
+            stRoute.stKey.ulPolicyColor = 1u + i % 7u;
             stRoute.stKey.aulEndpoint[0] = 0x0A000000u + i;
+            uint32_t ulLabelValue = 16000u + i % 1000u;
+            stUpdate.stAttr.vecNormalised[ulLabel] = static_cast<uint8_t>(ulLabelValue >> 12);
+            stUpdate.stAttr.vecNormalised[ulLabel + 1u] = static_cast<uint8_t>(ulLabelValue >> 4);
+            stUpdate.stAttr.vecNormalised[ulLabel + 2u] = static_cast<uint8_t>(ulLabelValue << 4);
             srp::ApplyUpdate(rib, stSource, stUpdate, 1.0);
         }
         benchmark::DoNotOptimize(rib.Size());

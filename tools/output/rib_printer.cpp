@@ -16,9 +16,9 @@ size_t PrintRib(const Rib &rib, PluginHost &host, Printer &printer, const Descri
     rib.ForEach([&](const RibSource &stSource, const RibKey &stKey, const RibRoute &stRoute) {
         stWalk.Clear();
         stWalk.vecRoutes.push_back(WalkedRoute{stKey.stKey, stKey.usAfi, false});
-        stWalk.bHasAttr = stRoute.bHasAttr;
-        stWalk.vecAttr = stRoute.vecAttr;
-        stWalk.strNextHop = stRoute.strNextHop;
+        stWalk.bHasAttr = stRoute.pPath->bHasAttr;
+        stWalk.vecAttr = stRoute.pPath->vecAttr;
+        stWalk.strNextHop = stRoute.pPath->strNextHop;
         stUpdate.Clear();
         describer.Describe(stWalk, stUpdate);
         stCtx.ullMessage++;

@@ -9,12 +9,14 @@
 #ifndef SRPOLICY_TOOL_RIB_RIB_H
 #define SRPOLICY_TOOL_RIB_RIB_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "bol_srpolicy.h"
 #include "common/bytes.h"
@@ -52,28 +54,113 @@ struct RibKey {
 };
 
 /* Here and not out of line: the table compares keys some seventeen times per
- * insertion into 100,000 routes, and each call cost more than the compare. */
+ * insertion into 100,000 routes, and each call cost more than the compare.
+ * The seven fields are compared as four 64-bit words in the same order
+ * (family and distinguisher, color and the first endpoint word, then the
+ * other three words): fewer branches on the way down the tree. */
 inline bool RibKey::operator<(const RibKey &o) const
 {
-    return std::tie(usAfi, stKey.ulDistinguisher, stKey.ulPolicyColor, stKey.aulEndpoint[0], stKey.aulEndpoint[1],
-                    stKey.aulEndpoint[2], stKey.aulEndpoint[3]) <
-           std::tie(o.usAfi, o.stKey.ulDistinguisher, o.stKey.ulPolicyColor, o.stKey.aulEndpoint[0],
-                    o.stKey.aulEndpoint[1], o.stKey.aulEndpoint[2], o.stKey.aulEndpoint[3]);
+    auto word = [](uint32_t ulHigh, uint32_t ulLow) { return uint64_t{ulHigh} << 32 | ulLow; };
+    const uint32_t *a = stKey.aulEndpoint;
+    const uint32_t *b = o.stKey.aulEndpoint;
+    uint64_t ullA = word(usAfi, stKey.ulDistinguisher);
+    uint64_t ullB = word(o.usAfi, o.stKey.ulDistinguisher);
+    if (ullA != ullB) {
+        return ullA < ullB;
+    }
+    ullA = word(stKey.ulPolicyColor, a[0]);
+    ullB = word(o.stKey.ulPolicyColor, b[0]);
+    if (ullA != ullB) {
+        return ullA < ullB;
+    }
+    ullA = word(a[1], a[2]);
+    ullB = word(b[1], b[2]);
+    return ullA != ullB ? ullA < ullB : a[3] < b[3];
 }
 
-struct RibRoute {
-    Bytes vecAttr;          /* normalised Tunnel Encapsulation attribute value */
-    bool bHasAttr = false;  /* an UPDATE without the attribute still installs the key */
+/* What an UPDATE says of all its announced routes: the normalised attribute
+ * and the next hop. The table holds each distinct one once, shared by every
+ * route that carries it (an UPDATE's routes always do, and so do the many
+ * UPDATEs of a controller that announces the same paths). */
+struct RibPath {
+    Bytes vecAttr;         /* normalised Tunnel Encapsulation attribute value */
+    bool bHasAttr = false; /* an UPDATE without the attribute still installs the key */
     std::string strNextHop;
-    double dReceived = 0.0; /* seconds since the epoch */
+
+    bool operator==(const RibPath &o) const
+    {
+        return bHasAttr == o.bHasAttr && vecAttr == o.vecAttr && strNextHop == o.strNextHop;
+    }
+};
+
+struct RibRoute {
+    const RibPath *pPath = nullptr; /* owned by the table, shared */
+    double dReceived = 0.0;         /* seconds since the epoch */
+};
+
+/* Fixed-size blocks for the table's nodes, cut from large chunks and reused
+ * once freed: a burst of new routes costs no allocation per route. Only
+ * blocks of the size first asked for come from here (a map asks for its
+ * nodes only); anything else goes to the heap. */
+class RibNodePool {
+public:
+    RibNodePool() = default;
+    ~RibNodePool();
+    RibNodePool(const RibNodePool &) = delete;
+    RibNodePool &operator=(const RibNodePool &) = delete;
+
+    void *Take(size_t ulSize);
+    void Give(void *p, size_t ulSize);
+
+private:
+    struct Free {
+        Free *pNext;
+    };
+    size_t m_ulSize = 0;
+    Free *m_pFree = nullptr;
+    char *m_pNext = nullptr; /* uncut part of the newest chunk */
+    char *m_pEnd = nullptr;
+    std::vector<char *> m_vecChunks;
+};
+
+template <class T>
+struct RibNodeAllocator {
+    using value_type = T;
+    RibNodePool *pPool;
+
+    explicit RibNodeAllocator(RibNodePool *p) : pPool(p) {}
+    template <class U>
+    RibNodeAllocator(const RibNodeAllocator<U> &o) : pPool(o.pPool)
+    {
+    }
+    T *allocate(size_t n) { return static_cast<T *>(pPool->Take(n * sizeof(T))); }
+    void deallocate(T *p, size_t n) { pPool->Give(p, n * sizeof(T)); }
+    template <class U>
+    bool operator==(const RibNodeAllocator<U> &o) const
+    {
+        return pPool == o.pPool;
+    }
+    template <class U>
+    bool operator!=(const RibNodeAllocator<U> &o) const
+    {
+        return pPool != o.pPool;
+    }
 };
 
 class Rib {
 public:
-    using Table = std::map<RibKey, RibRoute>;
+    using Table = std::map<RibKey, RibRoute, std::less<RibKey>, RibNodeAllocator<std::pair<const RibKey, RibRoute>>>;
 
+    Rib() = default;
+    ~Rib();
+    Rib(const Rib &) = delete;
+    Rib &operator=(const Rib &) = delete;
+
+    /* The table's shared copy of a path (made when it holds none yet); it
+     * lives while a route carries it, so announce with it at once. */
+    const RibPath *Share(bool bHasAttr, const Bytes &vecAttr, const std::string &strNextHop);
     /* An announcement: replaces what the source had under the key. */
-    void Announce(const RibSource &stSource, const RibKey &stKey, RibRoute stRoute);
+    void Announce(const RibSource &stSource, const RibKey &stKey, const RibPath *pPath, double dReceived);
     /* A withdrawal; false when the source did not hold the key. */
     bool Withdraw(const RibSource &stSource, const RibKey &stKey);
     /* Everything a source held goes (its session ended, its peer went down). */
@@ -81,13 +168,51 @@ public:
 
     size_t Size() const;
     size_t Size(const RibSource &stSource) const;
+    /* Distinct paths held. */
+    size_t Paths() const { return m_ulPaths; }
     const RibRoute *Find(const RibSource &stSource, const RibKey &stKey) const;
 
     /* Every route in order: source, family, distinguisher, color, endpoint. */
     void ForEach(const std::function<void(const RibSource &, const RibKey &, const RibRoute &)> &fn) const;
 
 private:
-    std::map<RibSource, Table> m_mapSources;
+    struct SharedPath : RibPath {
+        size_t ulHash = 0;
+        size_t ulRoutes = 0; /* routes that carry it */
+    };
+    /* A source's routes, and where the last route announced into each of a
+     * few groups (family, distinguisher and color, hashed) went: a peer that
+     * sends a policy's endpoints in order, as a table is sent, has its next
+     * route placed right after the last one, without a walk from the root. */
+    struct SourceTable {
+        static constexpr size_t kGroups = 16u;
+        explicit SourceTable(RibNodePool *pPool) : mapRoutes(Table::allocator_type(pPool)) { aitLast.fill(mapRoutes.end()); }
+        Table mapRoutes;
+        std::array<Table::iterator, kGroups> aitLast; /* end(): none */
+        Table::iterator &LastOf(const RibKey &stKey)
+        {
+            return aitLast[(stKey.usAfi ^ stKey.stKey.ulDistinguisher * 31u ^ stKey.stKey.ulPolicyColor) % kGroups];
+        }
+    };
+    void Release(const RibPath *pPath);
+    SourceTable &TableOf(const RibSource &stSource);
+
+    RibNodePool m_pool; /* before the tables: they give their nodes back to it */
+    std::map<RibSource, SourceTable> m_mapSources;
+    /* The source of the last announcement and its table: a session's routes
+     * come from one source, and the lookup compares its texts. */
+    const RibSource *m_pLastSource = nullptr;
+    SourceTable *m_pLastTable = nullptr;
+    /* The shared paths in an open-addressed table by the hash of their
+     * bytes (linear probing, at most half full): a lookup reads a slot and
+     * the path it names, and compares the UPDATE's bytes where they are. */
+    struct PathSlot {
+        size_t ulHash = 0;
+        SharedPath *p = nullptr; /* none: the slot is free */
+    };
+    void GrowPathSlots();
+    std::vector<PathSlot> m_vecPathSlots;
+    size_t m_ulPaths = 0;
 };
 
 struct DescribedUpdate;
