@@ -68,13 +68,19 @@ stage=${recheck:+recheck-}
 tree=$work/${stage}tree
 # The working tree as it is, uncommitted changes included. Only files whose content differs from
 # the copy are written (and so get a new time): the next build recompiles exactly those, also
-# when the last run stopped with a planted fault compiled into an object.
+# when the last run stopped with a planted fault compiled into an object. Files the working tree
+# no longer has are removed from the copy (a test file left behind would still be globbed in).
 git ls-files -z --cached --others --exclude-standard | python3 -c '
 import os, shutil, sys
 tree = sys.argv[1]
-for name in sys.stdin.read().split("\0"):
-    if not name or not os.path.isfile(name):
-        continue
+names = [n for n in sys.stdin.read().split("\0") if n and os.path.isfile(n)]
+keep = set(os.path.normpath(n) for n in names)
+for root, _, files in os.walk(tree):
+    for f in files:
+        rel = os.path.normpath(os.path.relpath(os.path.join(root, f), tree))
+        if rel not in keep:
+            os.remove(os.path.join(root, f))
+for name in names:
     dest = os.path.join(tree, name)
     with open(name, "rb") as f:
         data = f.read()
