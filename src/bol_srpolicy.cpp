@@ -918,22 +918,20 @@ __attribute__((always_inline)) inline uint32_t WalkSegments(const bol::View &stV
         }
         if (stMarkers.ulWeightSeen == 0u &&
             bol::ReadTlv8Of(stRd, BOL_SRPOLICY_SEG_WEIGHT, kSegFlaggedU32Len, stSeg)) {
+            /* A first weight of the one accepted length: its check passes. */
+            ucType = BOL_SRPOLICY_SEG_WEIGHT;
             stMarkers.ulWeightSeen = 1u;
-            if (stTarget.puc == nullptr) {
-                stTarget = stSeg;
-                ucTargetType = BOL_SRPOLICY_SEG_WEIGHT;
+        } else {
+            if (!bol::ReadTlv8(stRd, ucType, stSeg)) {
+                break;
             }
-            continue;
-        }
-        if (!bol::ReadTlv8(stRd, ucType, stSeg)) {
-            break;
-        }
-        if (LenAccepted(g_stSegQuickLens.aull[ucType], stSeg.ulLen)) {
-            continue;
-        }
-        uint32_t ulRet = CheckOneSegment(ucType, stSeg, stMarkers);
-        if (ulRet != BOL_OK) {
-            return ulRet;
+            if (LenAccepted(g_stSegQuickLens.aull[ucType], stSeg.ulLen)) {
+                continue;
+            }
+            uint32_t ulRet = CheckOneSegment(ucType, stSeg, stMarkers);
+            if (ulRet != BOL_OK) {
+                return ulRet;
+            }
         }
         if (stTarget.puc == nullptr && IsClearTarget(ucType, stSeg)) {
             stTarget = stSeg;

@@ -566,7 +566,6 @@ inline void FlushRun(uint8_t *&pucPos, const uint8_t *pucFrom, const uint8_t *pu
  * decoders check and call them, and the walk calls the bodies of the rows it
  * finds directly. */
 
-
 /* Preference, template id and both slice ids: flags (1), reserved (1) and a
  * 32-bit value. */
 const uint32_t kFlaggedU32Len = 6u;
@@ -661,7 +660,6 @@ __attribute__((always_inline)) inline uint32_t ParseName(BOL_SRPOLICY_TNLENCAP_A
     pstAttr->*pstSlot->pusLen = static_cast<uint16_t>(ulKeep);
     return BOL_OK;
 }
-
 
 /* Binding SID; the presence flag is set before the length is judged. */
 __attribute__((always_inline)) inline uint32_t DecodeBsid(BOL_SRPOLICY_TNLENCAP_ATTR_S *pstAttr, uint8_t *pucValue,
@@ -798,7 +796,7 @@ __attribute__((always_inline)) inline uint32_t WalkSubTlvs(BOL_SRPOLICY_TNLENCAP
                 const NameSlot &stName = *FindNameSlot(ucType);
                 ulRet = ParseName(pstAttr, &stName, pucValue, usLen, pstInst);
                 if (ulRet != BOL_OK) {
-                    return ulRet;
+                    break;
                 }
                 if (usLen - 1u <= kNameKeepMax) {
                     /* Kept whole: the copy is the received sub-TLV with its
@@ -986,7 +984,6 @@ uint32_t BOL_SRPOLICY_ParseTunnelEncapsulationAttribute(uint8_t **ppucCur, uint3
 /* ======================================================================== */
 /* Sub-TLV decoders                                                         */
 /* ======================================================================== */
-
 
 extern "C" {
 

@@ -22,11 +22,14 @@ size_t HashPath(bool bHasAttr, const Bytes &vecAttr, const std::string &strNextH
     uint64_t ullHash = bHasAttr ? 0x9E3779B97F4A7C15ull : 0x6A09E667F3BCC909ull;
     auto mix = [&ullHash](const uint8_t *p, size_t n) {
         ullHash ^= n;
-        for (; n != 0u; p += std::min<size_t>(n, 8u), n -= std::min<size_t>(n, 8u)) {
+        while (n != 0u) {
+            size_t ulTake = std::min<size_t>(n, 8u);
             uint64_t ullWord = 0;
-            std::memcpy(&ullWord, p, std::min<size_t>(n, 8u));
+            std::memcpy(&ullWord, p, ulTake);
             ullHash = (ullHash ^ ullWord) * 0xFF51AFD7ED558CCDull;
             ullHash ^= ullHash >> 32;
+            p += ulTake;
+            n -= ulTake;
         }
     };
     mix(vecAttr.data(), vecAttr.size());
@@ -48,7 +51,7 @@ void *RibNodePool::Take(size_t ulSize)
     if (m_ulSize == 0u && ulSize >= sizeof(Free)) {
         m_ulSize = (ulSize + alignof(std::max_align_t) - 1u) / alignof(std::max_align_t) * alignof(std::max_align_t);
     }
-    if (ulSize > m_ulSize || ulSize + alignof(std::max_align_t) <= m_ulSize) {
+    if (!Pooled(ulSize)) {
         return ::operator new(ulSize);
     }
     if (m_pFree != nullptr) {
@@ -69,7 +72,7 @@ void *RibNodePool::Take(size_t ulSize)
 
 void RibNodePool::Give(void *p, size_t ulSize)
 {
-    if (ulSize > m_ulSize || ulSize + alignof(std::max_align_t) <= m_ulSize) {
+    if (!Pooled(ulSize)) {
         ::operator delete(p);
         return;
     }

@@ -86,11 +86,6 @@ struct RibPath {
     Bytes vecAttr;         /* normalised Tunnel Encapsulation attribute value */
     bool bHasAttr = false; /* an UPDATE without the attribute still installs the key */
     std::string strNextHop;
-
-    bool operator==(const RibPath &o) const
-    {
-        return bHasAttr == o.bHasAttr && vecAttr == o.vecAttr && strNextHop == o.strNextHop;
-    }
 };
 
 struct RibRoute {
@@ -116,6 +111,12 @@ private:
     struct Free {
         Free *pNext;
     };
+    /* Whether a block of this size is one of the pool's (the size first
+     * asked for, rounded up to the alignment every block keeps). */
+    bool Pooled(size_t ulSize) const
+    {
+        return ulSize <= m_ulSize && ulSize + alignof(std::max_align_t) > m_ulSize;
+    }
     size_t m_ulSize = 0;
     Free *m_pFree = nullptr;
     char *m_pNext = nullptr; /* uncut part of the newest chunk */
@@ -217,13 +218,14 @@ private:
 
 struct DescribedUpdate;
 
-/* A described UPDATE into the table: announced routes replace, withdrawn
- * ones go. An announcement whose Tunnel Encapsulation attribute was refused
- * removes the route instead (treat-as-withdraw, RFC 7606). Returns how many
- * routes were treated as withdrawn. */
 /* "received", "pre-policy", "post-policy", "loc-rib". */
 const char *RibViewName(RibView eView);
 
+/* A described UPDATE into the table: announced routes replace, withdrawn
+ * ones go. An announcement whose Tunnel Encapsulation attribute was refused
+ * removes the route instead (treat-as-withdraw, RFC 7606). Returns how many
+ * routes were treated as withdrawn. The UPDATE's announced routes share one
+ * path. */
 size_t ApplyUpdate(Rib &rib, const RibSource &stSource, const DescribedUpdate &stUpdate, double dReceived);
 
 }  // namespace srp
